@@ -1,0 +1,9 @@
+#!/usr/bin/env bash
+# Installs what is needed, builds, makes the demo device and runs the main job on it.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/install-deps.sh
+scripts/build.sh build -DSTOWHAVEN_TESTS=OFF
+rm -rf demo-device
+scripts/make-device demo-device
+build/stowhaven --root demo-device packages

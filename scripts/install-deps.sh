@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Installs, from Debian's packages, everything the build, the program and its tests need.
+# Does nothing when all of it is there already.
+set -euo pipefail
+
+packages=(
+  # build
+  cmake ninja-build g++ pkg-config
+  # libraries
+  libplist-dev zlib1g-dev libssl-dev libcurl4-openssl-dev nlohmann-json3-dev libpugixml-dev
+  libsqlite3-dev libcli11-dev libfmt-dev
+  # tests and benchmarks
+  libgtest-dev libgmock-dev libbenchmark-dev
+  # the device's own tools, as Debian has them
+  dpkg dpkg-dev apt tar coreutils findutils bzip2 gawk openssl sharutils unzip procps sudo libplist-utils
+  # the sandbox device builder
+  python3
+)
+
+missing=()
+for package in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
+done
+if ((${#missing[@]})); then
+  echo "Installing: ${missing[*]}"
+  apt-get update -qq
+  DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
+fi

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace stowhaven {
+
+// Where the device's file system starts: "/" on the device itself, a directory laid out
+// like a device anywhere else. Every device path of the system goes through here.
+class DeviceRoot {
+public:
+    // Takes a directory; the path is made absolute and normal. Device paths stand
+    // unquoted in some command lines, so a root may only hold letters, digits and
+    // "/ . _ - +"; another is refused (false) and the root stays as it was.
+    static bool set(std::string_view root);
+    static std::string get();
+    static bool isDeviceItself();
+
+    // "/var/mobile/x" -> "<root>/var/mobile/x"; unchanged when the root is "/".
+    static std::string path(std::string_view devicePath);
+
+    // The device's "var" folder: "/" with "var" added as a path component, under the root.
+    static std::string var();
+};
+
+}  // namespace stowhaven

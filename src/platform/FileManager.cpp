@@ -1,0 +1,186 @@
+#include "platform/FileManager.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace fs = std::filesystem;
+
+namespace stowhaven {
+
+namespace {
+
+bool fail(std::string* error, const std::string& what, const std::string& path, const std::string& reason) {
+    if (error) *error = what + " <" + path + ">: " + reason;
+    return false;
+}
+
+bool fail(std::string* error, const std::string& what, const std::string& path, const std::error_code& code) {
+    return fail(error, what, path, code.message());
+}
+
+FileType typeOf(mode_t mode) {
+    if (S_ISREG(mode)) return FileType::Regular;
+    if (S_ISDIR(mode)) return FileType::Directory;
+    if (S_ISLNK(mode)) return FileType::SymbolicLink;
+    return FileType::Other;
+}
+
+}  // namespace
+
+bool FileManager::fileExists(const std::string& path) {
+    bool isDirectory = false;
+    return fileExists(path, isDirectory);
+}
+
+bool FileManager::fileExists(const std::string& path, bool& isDirectory) {
+    struct stat info {};
+    if (stat(path.c_str(), &info) != 0) return false;
+    isDirectory = S_ISDIR(info.st_mode);
+    return true;
+}
+
+bool FileManager::isRegularFile(const std::string& path) {
+    bool isDirectory = false;
+    return fileExists(path, isDirectory) && !isDirectory;
+}
+
+std::optional<std::vector<std::string>> FileManager::contentsOfDirectory(const std::string& path,
+                                                                         std::string* error) {
+    std::error_code code;
+    fs::directory_iterator entries(path, code);
+    if (code) {
+        fail(error, "Couldn't list", path, code);
+        return std::nullopt;
+    }
+    std::vector<std::string> names;
+    for (const auto& entry : entries) names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::optional<FileAttributes> FileManager::attributesOfItem(const std::string& path, std::string* error) {
+    struct stat info {};
+    if (lstat(path.c_str(), &info) != 0) {
+        fail(error, "Couldn't read the attributes of", path, std::strerror(errno));
+        return std::nullopt;
+    }
+    return FileAttributes{typeOf(info.st_mode), static_cast<std::uint64_t>(info.st_size), info.st_mode & 07777U,
+                          info.st_uid, info.st_gid, info.st_mtime};
+}
+
+std::optional<FileSystemAttributes> FileManager::attributesOfFileSystem(const std::string& path,
+                                                                        std::string* error) {
+    struct statvfs info {};
+    if (statvfs(path.c_str(), &info) != 0) {
+        fail(error, "Couldn't read the file system of", path, std::strerror(errno));
+        return std::nullopt;
+    }
+    return FileSystemAttributes{static_cast<std::uint64_t>(info.f_blocks) * info.f_frsize,
+                                static_cast<std::uint64_t>(info.f_bavail) * info.f_frsize};
+}
+
+std::uint64_t FileManager::sizeOfItem(const std::string& path) {
+    std::error_code code;
+    const auto status = fs::symlink_status(path, code);
+    if (code) return 0;
+    if (fs::is_regular_file(status)) return fs::file_size(path, code);
+    if (!fs::is_directory(status)) return 0;
+    std::uint64_t total = 0;
+    for (fs::recursive_directory_iterator it(path, fs::directory_options::skip_permission_denied, code), end;
+         !code && it != end; it.increment(code)) {
+        std::error_code entryCode;
+        if (it->is_regular_file(entryCode) && !it->is_symlink(entryCode)) total += it->file_size(entryCode);
+    }
+    return total;
+}
+
+bool FileManager::createDirectory(const std::string& path, bool withIntermediates, std::string* error) {
+    std::error_code code;
+    if (withIntermediates) {
+        fs::create_directories(path, code);
+        if (!code && fs::is_directory(path, code)) return true;
+        return fail(error, "Couldn't create", path, code ? code.message() : "a file stands in its place");
+    }
+    if (mkdir(path.c_str(), 0755) != 0) return fail(error, "Couldn't create", path, std::strerror(errno));
+    return true;
+}
+
+bool FileManager::copyItem(const std::string& from, const std::string& to, std::string* error) {
+    std::error_code code;
+    if (fs::exists(fs::symlink_status(to, code))) return fail(error, "Couldn't copy onto", to, "it exists");
+    fs::copy(from, to, fs::copy_options::recursive | fs::copy_options::copy_symlinks, code);
+    return code ? fail(error, "Couldn't copy", from, code) : true;
+}
+
+bool FileManager::moveItem(const std::string& from, const std::string& to, std::string* error) {
+    std::error_code code;
+    if (fs::exists(fs::symlink_status(to, code))) return fail(error, "Couldn't move onto", to, "it exists");
+    fs::rename(from, to, code);
+    if (code == std::errc::cross_device_link) {
+        // Another file system: copy, then remove the original only once the copy is whole.
+        if (!copyItem(from, to, error)) return false;
+        return removeItem(from, error);
+    }
+    return code ? fail(error, "Couldn't move", from, code) : true;
+}
+
+bool FileManager::removeItem(const std::string& path, std::string* error) {
+    std::error_code code;
+    if (!fs::exists(fs::symlink_status(path, code))) return fail(error, "Couldn't remove", path, "no such file");
+    fs::remove_all(path, code);
+    return code ? fail(error, "Couldn't remove", path, code) : true;
+}
+
+bool FileManager::createSymbolicLink(const std::string& path, const std::string& destination, std::string* error) {
+    std::error_code code;
+    fs::create_symlink(destination, path, code);
+    return code ? fail(error, "Couldn't create the link", path, code) : true;
+}
+
+std::optional<std::string> FileManager::contentsOfFile(const std::string& path, std::string* error) {
+    bool isDirectory = false;
+    if (!fileExists(path, isDirectory) || isDirectory) {
+        fail(error, "Couldn't read", path, isDirectory ? "it is a folder" : "no such file");
+        return std::nullopt;
+    }
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        fail(error, "Couldn't read", path, std::strerror(errno));
+        return std::nullopt;
+    }
+    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+bool FileManager::writeFile(const std::string& path, const std::string& bytes, std::string* error, unsigned mode) {
+    std::string temporary = path + ".XXXXXX";
+    const int descriptor = mkstemp(temporary.data());
+    if (descriptor < 0) return fail(error, "Couldn't write", path, std::strerror(errno));
+    fchmod(descriptor, mode);
+    std::size_t written = 0;
+    while (written < bytes.size()) {
+        const ssize_t count = ::write(descriptor, bytes.data() + written, bytes.size() - written);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) break;
+        written += static_cast<std::size_t>(count);
+    }
+    const bool complete = written == bytes.size() && fsync(descriptor) == 0;
+    const int savedErrno = errno;
+    close(descriptor);
+    if (!complete || rename(temporary.c_str(), path.c_str()) != 0) {
+        const int reason = complete ? errno : savedErrno;
+        unlink(temporary.c_str());
+        return fail(error, "Couldn't write", path, std::strerror(reason));
+    }
+    return true;
+}
+
+}  // namespace stowhaven

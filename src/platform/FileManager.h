@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace stowhaven {
+
+enum class FileType { Regular, Directory, SymbolicLink, Other };
+
+struct FileAttributes {
+    FileType type = FileType::Other;
+    std::uint64_t size = 0;  // bytes of the item itself; see sizeOfItem for a folder's
+    unsigned permissions = 0;
+    unsigned ownerId = 0;
+    unsigned groupId = 0;
+    std::time_t modificationTime = 0;
+};
+
+struct FileSystemAttributes {
+    std::uint64_t size = 0;
+    std::uint64_t freeSize = 0;
+};
+
+// The device's file operations. Failures answer false or nothing and, when asked, leave a
+// readable description in `error`; nothing throws.
+class FileManager {
+public:
+    static bool fileExists(const std::string& path);
+    static bool fileExists(const std::string& path, bool& isDirectory);
+    static bool isRegularFile(const std::string& path);
+
+    // Names of the entries, sorted; "." and ".." left out.
+    static std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path,
+                                                                       std::string* error = nullptr);
+    // Does not follow a final symbolic link.
+    static std::optional<FileAttributes> attributesOfItem(const std::string& path, std::string* error = nullptr);
+    static std::optional<FileSystemAttributes> attributesOfFileSystem(const std::string& path,
+                                                                      std::string* error = nullptr);
+    // Bytes of a file, or of all the files below a folder; links are not followed.
+    static std::uint64_t sizeOfItem(const std::string& path);
+
+    static bool createDirectory(const std::string& path, bool withIntermediates, std::string* error = nullptr);
+    // Copies a file or a whole folder; the destination must not exist yet.
+    static bool copyItem(const std::string& from, const std::string& to, std::string* error = nullptr);
+    // Moves a file or a folder, across file systems too; the destination must not exist yet.
+    static bool moveItem(const std::string& from, const std::string& to, std::string* error = nullptr);
+    // Removes a file, a link or a whole folder.
+    static bool removeItem(const std::string& path, std::string* error = nullptr);
+    static bool createSymbolicLink(const std::string& path, const std::string& destination,
+                                   std::string* error = nullptr);
+
+    static std::optional<std::string> contentsOfFile(const std::string& path, std::string* error = nullptr);
+    // Atomically: into a temporary file beside the target, then renamed over it.
+    static bool writeFile(const std::string& path, const std::string& bytes, std::string* error = nullptr,
+                          unsigned mode = 0644);
+};
+
+}  // namespace stowhaven

@@ -1,0 +1,63 @@
+#include "platform/HostShell.h"
+
+#include "platform/DeviceTools.h"
+#include "platform/Log.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+namespace stowhaven {
+
+namespace {
+
+class SpawnActions {
+public:
+    SpawnActions() {
+        posix_spawn_file_actions_init(&actions_);
+        for (int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+            const int flags = descriptor == STDIN_FILENO ? O_RDONLY : O_WRONLY;
+            posix_spawn_file_actions_addopen(&actions_, descriptor, "/dev/null", flags, 0);
+        }
+    }
+    ~SpawnActions() { posix_spawn_file_actions_destroy(&actions_); }
+    SpawnActions(const SpawnActions&) = delete;
+    SpawnActions& operator=(const SpawnActions&) = delete;
+    const posix_spawn_file_actions_t* get() const { return &actions_; }
+
+private:
+    posix_spawn_file_actions_t actions_;
+};
+
+std::vector<char*> pointersTo(std::vector<std::string>& texts) {
+    std::vector<char*> pointers;
+    for (std::string& text : texts) pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+}  // namespace
+
+void HostShell::systemExecute(const std::string& command) {
+    std::vector<std::string> arguments = {"sh", "-c", wrap(command)};
+    std::vector<std::string> environment = DeviceTools::environment();
+    std::vector<char*> argv = pointersTo(arguments);
+    std::vector<char*> envp = pointersTo(environment);
+
+    SpawnActions actions;
+    pid_t child = 0;
+    const int spawnError = posix_spawn(&child, "/bin/sh", actions.get(), nullptr, argv.data(), envp.data());
+    if (spawnError != 0) {
+        SH_LOG("Couldn't start the shell: {}", std::strerror(spawnError));
+        return;
+    }
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+}
+
+}  // namespace stowhaven

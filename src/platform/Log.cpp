@@ -1,0 +1,52 @@
+#include "platform/Log.h"
+
+#include <syslog.h>
+
+#include <cstdio>
+#include <mutex>
+
+namespace stowhaven {
+
+namespace {
+
+std::mutex gLogMutex;
+bool gVerbose = false;
+Log::Capture gCapture;
+
+// Keeps "Class::method" out of a compiler signature such as
+// "void stowhaven::Class::method(int) const".
+std::string_view shortFunctionName(std::string_view signature) {
+    const auto open = signature.find('(');
+    std::string_view head = signature.substr(0, open);
+    const auto space = head.rfind(' ');
+    if (space != std::string_view::npos) head.remove_prefix(space + 1);
+    constexpr std::string_view ns = "stowhaven::";
+    if (head.starts_with(ns)) head.remove_prefix(ns.size());
+    return head;
+}
+
+}  // namespace
+
+std::string Log::prefix(const std::source_location& where) {
+    return fmt::format("{} [L:{}] ", shortFunctionName(where.function_name()), where.line());
+}
+
+void Log::write(const std::source_location& where, std::string_view message) {
+    const std::string line = prefix(where) + std::string(message);
+    std::lock_guard lock(gLogMutex);
+    syslog(LOG_NOTICE, "%s", line.c_str());
+    if (gVerbose) std::fprintf(stderr, "%s\n", line.c_str());
+    if (gCapture) gCapture(line);
+}
+
+void Log::setVerbose(bool verbose) {
+    std::lock_guard lock(gLogMutex);
+    gVerbose = verbose;
+}
+
+void Log::setCapture(Capture capture) {
+    std::lock_guard lock(gLogMutex);
+    gCapture = std::move(capture);
+}
+
+}  // namespace stowhaven

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+namespace stowhaven {
+
+// Runs the device's command lines. The system never learns how a command went except
+// through the files it was to leave behind.
+class Shell {
+public:
+    virtual ~Shell() = default;
+
+    // Wraps the line as the device's system() call does, runs it and blocks until the
+    // shell returns. Output and exit status are thrown away.
+    virtual void systemExecute(const std::string& command) = 0;
+
+    // The exact text handed to the shell for a command line.
+    static std::string wrap(const std::string& command);
+};
+
+}  // namespace stowhaven

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <chrono>
+
+namespace stowhaven {
+
+// The time of day, the one place the system reads it.
+class Clock {
+public:
+    virtual ~Clock() = default;
+    virtual std::chrono::system_clock::time_point now() const = 0;
+};
+
+class HostClock final : public Clock {
+public:
+    std::chrono::system_clock::time_point now() const override { return std::chrono::system_clock::now(); }
+};
+
+}  // namespace stowhaven

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/services/MailComposer.h"
+
+namespace stowhaven {
+
+// Saves each mail as a MIME message (.eml) in <var>/mobile/Library/Stowhaven/Mail, from
+// where any mail program can open and send it; a "mailto:" address is saved there as a
+// text file.
+class HostMailComposer final : public MailComposer {
+public:
+    bool canSendMail() const override { return true; }
+    MailResult compose(const MailMessage& message) override;
+    void openMailURL(const std::string& url) override;
+};
+
+}  // namespace stowhaven
