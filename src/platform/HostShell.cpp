@@ -2,6 +2,7 @@
 
 #include "platform/DeviceTools.h"
 #include "platform/Log.h"
+#include "platform/TemporaryDirectory.h"
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -17,8 +18,11 @@ namespace {
 
 class SpawnActions {
 public:
-    SpawnActions() {
+    // A command starts in the program's own temporary folder: a line whose "cd" fails
+    // then still acts there and nowhere else.
+    explicit SpawnActions(const std::string& workingFolder) {
         posix_spawn_file_actions_init(&actions_);
+        posix_spawn_file_actions_addchdir_np(&actions_, workingFolder.c_str());
         for (int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
             const int flags = descriptor == STDIN_FILENO ? O_RDONLY : O_WRONLY;
             posix_spawn_file_actions_addopen(&actions_, descriptor, "/dev/null", flags, 0);
@@ -48,7 +52,7 @@ void HostShell::systemExecute(const std::string& command) {
     std::vector<char*> argv = pointersTo(arguments);
     std::vector<char*> envp = pointersTo(environment);
 
-    SpawnActions actions;
+    SpawnActions actions(TemporaryDirectory::path());
     pid_t child = 0;
     const int spawnError = posix_spawn(&child, "/bin/sh", actions.get(), nullptr, argv.data(), envp.data());
     if (spawnError != 0) {

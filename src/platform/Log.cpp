@@ -14,14 +14,16 @@ bool gVerbose = false;
 Log::Capture gCapture;
 
 // Keeps "Class::method" out of a compiler signature such as
-// "void stowhaven::Class::method(int) const".
+// "std::map<int, int> stowhaven::Class::method(int) const"; a lambda logs as the
+// function it stands in.
 std::string_view shortFunctionName(std::string_view signature) {
     const auto open = signature.find('(');
     std::string_view head = signature.substr(0, open);
     const auto space = head.rfind(' ');
     if (space != std::string_view::npos) head.remove_prefix(space + 1);
-    constexpr std::string_view ns = "stowhaven::";
-    if (head.starts_with(ns)) head.remove_prefix(ns.size());
+    for (std::string_view scope : {"stowhaven::", "{anonymous}::"}) {
+        if (head.starts_with(scope)) head.remove_prefix(scope.size());
+    }
     return head;
 }
 

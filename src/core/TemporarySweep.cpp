@@ -1,0 +1,67 @@
+#include "core/TemporarySweep.h"
+
+#include "platform/FileManager.h"
+#include "platform/Log.h"
+#include "platform/Platform.h"
+#include "platform/ShellQuote.h"
+#include "platform/TemporaryDirectory.h"
+
+#include <array>
+#include <cctype>
+#include <string_view>
+
+namespace stowhaven {
+
+namespace {
+
+std::string_view extensionOf(std::string_view name) {
+    const auto dot = name.rfind('.');
+    return dot == std::string_view::npos || dot == 0 ? std::string_view() : name.substr(dot + 1);
+}
+
+}  // namespace
+
+bool TemporarySweep::isSweptName(const std::string& name) {
+    constexpr std::array<std::string_view, 7> kExtensions = {"txt", "zip", "tar", "tbz", "idx", "stowhvn", "deb"};
+    if (name.empty()) return false;
+    if (std::isdigit(static_cast<unsigned char>(name.front()))) return true;
+    const std::string_view extension = extensionOf(name);
+    for (std::string_view swept : kExtensions) {
+        if (extension == swept) return true;
+    }
+    return name.starts_with("pkg") || name.find('-') != std::string::npos;
+}
+
+std::string TemporarySweep::shellSweepCommand(const std::string& folder) {
+    return "cd \"" + ShellQuote::inDoubleQuotes(folder) + "\"; rm *-[0-9]*";
+}
+
+void TemporarySweep::removeTemporaryFiles() {
+    const std::string folder = TemporaryDirectory::path();
+    std::string error;
+    const auto names = FileManager::contentsOfDirectory(folder, &error);
+    if (!names) {
+        SH_LOG("{}", error);
+        return;
+    }
+    for (const std::string& name : *names) {
+        if (!isSweptName(name)) continue;
+        const std::string path = folder + "/" + name;
+        if (!FileManager::removeItem(path)) SH_LOG("Can't delete <{}>", path);
+    }
+    Platform::current().shell().systemExecute(shellSweepCommand(folder));
+}
+
+void TemporarySweep::removeTemporaryFolders() {
+    const std::string folder = TemporaryDirectory::path();
+    for (const char* name : {"debs", "Photos", "Videos"}) {
+        const std::string path = folder + "/" + name;
+        if (!FileManager::fileExists(path)) {
+            SH_LOG("Can't find <{}>", path);
+        } else if (!FileManager::removeItem(path)) {
+            SH_LOG("Can't delete <{}>", path);
+        }
+    }
+}
+
+}  // namespace stowhaven

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+namespace stowhaven {
+
+// The sweep of the program's temporary folder, at start, on cancel and when the program
+// leaves. It deletes broadly inside that folder, and never outside it.
+class TemporarySweep {
+public:
+    // Deletes the entries that the system's working files are named like, then runs the
+    // shell's own sweep of hyphenated names.
+    static void removeTemporaryFiles();
+    // Removes the working folders "debs", "Photos" and "Videos".
+    static void removeTemporaryFolders();
+
+    // A name the sweep deletes: a leading digit; the extension txt, zip, tar, tbz, idx,
+    // stowhvn or deb; the prefix "pkg"; or a hyphen anywhere.
+    static bool isSweptName(const std::string& name);
+
+    // The shell's sweep of hyphenated names in FOLDER.
+    static std::string shellSweepCommand(const std::string& folder);
+};
+
+}  // namespace stowhaven

@@ -1,0 +1,116 @@
+#include "platform/HostShell.h"
+#include "platform/ShellQuote.h"
+#include "platform/TemporaryDirectory.h"
+#include "support/DeviceRootScope.h"
+#include "support/TestFolder.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace stowhaven {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string contentsOf(const std::string& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+// Sends the process's own standard output and error into a file while it lives.
+class TerminalCapture {
+public:
+    explicit TerminalCapture(const std::string& file) {
+        std::fflush(stdout);
+        std::fflush(stderr);
+        const int capture = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        savedOut_ = dup(STDOUT_FILENO);
+        savedError_ = dup(STDERR_FILENO);
+        dup2(capture, STDOUT_FILENO);
+        dup2(capture, STDERR_FILENO);
+        close(capture);
+    }
+    ~TerminalCapture() {
+        std::fflush(stdout);
+        std::fflush(stderr);
+        dup2(savedOut_, STDOUT_FILENO);
+        dup2(savedError_, STDERR_FILENO);
+        close(savedOut_);
+        close(savedError_);
+    }
+
+private:
+    int savedOut_;
+    int savedError_;
+};
+
+class ShellTest : public ::testing::Test {
+protected:
+    test::TestFolder folder_;
+    test::DeviceRootScope root_{folder_.path().string()};
+    HostShell shell_;
+};
+
+TEST_F(ShellTest, WrapsTheLineAsTheDeviceDoes) {
+    EXPECT_EQ(Shell::wrap("ls /"), "export PATH=/usr/bin:$PATH; (ls /) > /dev/null 2>&1; echo Done");
+}
+
+TEST_F(ShellTest, ACommandLeavesItsFilesAndNothingElseComesBack) {
+    const std::string output = folder_ / "out.txt";
+    shell_.systemExecute("echo hello > " + output);
+    EXPECT_EQ(contentsOf(output), "hello\n");
+}
+
+TEST_F(ShellTest, NothingReachesTheTerminalWhateverTheCommandDoes) {
+    const std::string captured = folder_ / "terminal";
+    {
+        TerminalCapture capture(captured);
+        shell_.systemExecute("echo to-stdout; echo to-stderr >&2");
+        shell_.systemExecute("exit 3");
+        shell_.systemExecute("no-such-tool-anywhere --flag");
+        shell_.systemExecute("(echo unbalanced");
+    }
+    EXPECT_EQ(contentsOf(captured), "");
+}
+
+TEST_F(ShellTest, BlocksUntilTheShellReturns) {
+    const std::string marker = folder_ / "late";
+    shell_.systemExecute("sleep 0.2; touch " + marker);
+    EXPECT_TRUE(fs::exists(marker));
+}
+
+TEST_F(ShellTest, ALineWhoseFolderChangeFailsStaysInTheProgramsOwnFolder) {
+    const std::string outside = folder_ / "victim-1";
+    std::ofstream(outside) << "keep";
+    shell_.systemExecute("cd \"" + (folder_ / "missing") + "\"; touch here-1");
+    EXPECT_TRUE(fs::exists(outside));
+    EXPECT_TRUE(fs::exists(TemporaryDirectory::path() + "/here-1"));
+}
+
+TEST_F(ShellTest, HostileValuesStayInertBetweenDoubleQuotes) {
+    const std::string marker = folder_ / "pwned";
+    const std::string files = folder_ / "files";
+    fs::create_directory(files);
+    const std::string hostile[] = {
+        "a\"; touch " + marker + "; echo \"",
+        "$(touch " + marker + ")",
+        "`touch " + marker + "`",
+        "tail\\",
+        "${HOME}$$",
+        "line\nbreak; touch " + marker,
+    };
+    for (const std::string& name : hostile) {
+        const std::string safeName = std::to_string(std::hash<std::string>{}(name));
+        shell_.systemExecute("printf %s \"" + ShellQuote::inDoubleQuotes(name) + "\" > \"" + files + "/" + safeName + "\"");
+        EXPECT_EQ(contentsOf(files + "/" + safeName), name) << name;
+    }
+    EXPECT_FALSE(fs::exists(marker));
+}
+
+}  // namespace
+}  // namespace stowhaven
