@@ -4,6 +4,9 @@
 #include "platform/services/OutboxFile.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
+
+#include <atomic>
 
 namespace stowhaven {
 
@@ -67,7 +70,8 @@ std::string HostCalendarStore::iCalendarText(const CalendarEvent& event, const s
 
 std::optional<std::string> HostCalendarStore::addEvent(const CalendarEvent& event) {
     const std::string folder = DeviceRoot::var() + "/mobile/Library/Stowhaven/Calendar";
-    const std::string uid = OutboxFile::utcStamp(event.start) + "@stowhaven";
+    static std::atomic<unsigned> eventsThisRun{0};
+    const std::string uid = fmt::format("{}-{}-{}@stowhaven", OutboxFile::utcStamp(event.start), getpid(), ++eventsThisRun);
     if (!OutboxFile::write(folder, event.start, "ics", iCalendarText(event, uid))) {
         return fmt::format("Couldn't write the event into <{}>", folder);
     }

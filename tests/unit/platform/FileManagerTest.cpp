@@ -1,0 +1,96 @@
+#include "platform/FileManager.h"
+#include "support/TestFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace stowhaven {
+namespace {
+
+namespace fs = std::filesystem;
+
+class FileManagerTest : public ::testing::Test {
+protected:
+    void write(const std::string& name, const std::string& text) {
+        fs::create_directories(fs::path(folder_ / name).parent_path());
+        std::ofstream(folder_ / name) << text;
+    }
+    test::TestFolder folder_;
+};
+
+TEST_F(FileManagerTest, ListsNamesSortedAndReportsAMissingFolder) {
+    write("b", "");
+    write("a", "");
+    fs::create_directory(folder_ / "c");
+    EXPECT_EQ(FileManager::contentsOfDirectory(folder_.path()), (std::vector<std::string>{"a", "b", "c"}));
+
+    std::string error;
+    EXPECT_FALSE(FileManager::contentsOfDirectory(folder_ / "missing", &error));
+    EXPECT_NE(error.find("missing"), std::string::npos);
+}
+
+TEST_F(FileManagerTest, SizesAFolderByItsFilesWithoutFollowingLinks) {
+    write("data/one", std::string(1000, 'x'));
+    write("data/deeper/two", std::string(24, 'y'));
+    write("elsewhere/big", std::string(5000, 'z'));
+    fs::create_directory_symlink(folder_ / "elsewhere", folder_ / "data/link");
+
+    EXPECT_EQ(FileManager::sizeOfItem(folder_ / "data"), 1024u);
+    EXPECT_EQ(FileManager::sizeOfItem(folder_ / "data/one"), 1000u);
+    EXPECT_EQ(FileManager::sizeOfItem(folder_ / "missing"), 0u);
+}
+
+TEST_F(FileManagerTest, CopyAndMoveNeverReplaceAnExistingItem) {
+    write("from/file", "new");
+    write("to", "old");
+    EXPECT_FALSE(FileManager::copyItem(folder_ / "from", folder_ / "to"));
+    EXPECT_FALSE(FileManager::moveItem(folder_ / "from", folder_ / "to"));
+    EXPECT_EQ(*FileManager::contentsOfFile(folder_ / "to"), "old");
+
+    EXPECT_TRUE(FileManager::copyItem(folder_ / "from", folder_ / "copy"));
+    EXPECT_TRUE(FileManager::moveItem(folder_ / "from", folder_ / "moved"));
+    EXPECT_EQ(*FileManager::contentsOfFile(folder_ / "copy/file"), "new");
+    EXPECT_EQ(*FileManager::contentsOfFile(folder_ / "moved/file"), "new");
+    EXPECT_FALSE(FileManager::fileExists(folder_ / "from"));
+}
+
+TEST_F(FileManagerTest, WritesAtomicallyWithTheModeAskedFor) {
+    const std::string path = folder_ / "settings";
+    ASSERT_TRUE(FileManager::writeFile(path, std::string("a\0b", 3), nullptr, 0600));
+    EXPECT_EQ(*FileManager::contentsOfFile(path), std::string("a\0b", 3));
+    EXPECT_EQ(FileManager::attributesOfItem(path)->permissions, 0600u);
+    EXPECT_EQ(FileManager::contentsOfDirectory(folder_.path())->size(), 1u) << "no temporary file is left behind";
+}
+
+TEST_F(FileManagerTest, AFailedWriteLeavesWhatStoodThereAndNoLitter) {
+    write("occupied/inside", "old");
+    std::string error;
+    EXPECT_FALSE(FileManager::writeFile(folder_ / "occupied", "new", &error));
+    EXPECT_FALSE(error.empty());
+    EXPECT_EQ(*FileManager::contentsOfFile(folder_ / "occupied/inside"), "old");
+    EXPECT_FALSE(FileManager::writeFile(folder_ / "missing/file", "new"));
+    EXPECT_EQ(FileManager::contentsOfDirectory(folder_.path()), (std::vector<std::string>{"occupied"}));
+}
+
+TEST_F(FileManagerTest, ReadingAFolderOrNothingFailsCleanly) {
+    std::string error;
+    EXPECT_FALSE(FileManager::contentsOfFile(folder_.path(), &error));
+    EXPECT_FALSE(FileManager::contentsOfFile(folder_ / "missing", &error));
+    EXPECT_FALSE(FileManager::removeItem(folder_ / "missing", &error));
+    EXPECT_TRUE(FileManager::createDirectory(folder_ / "a/b/c", true));
+    EXPECT_FALSE(FileManager::createDirectory(folder_ / "x/y", false, &error));
+}
+
+TEST_F(FileManagerTest, AttributesDescribeTheItemItselfNotTheLinkTarget) {
+    write("target", "12345");
+    fs::create_symlink(folder_ / "target", folder_ / "link");
+    EXPECT_EQ(FileManager::attributesOfItem(folder_ / "target")->type, FileType::Regular);
+    EXPECT_EQ(FileManager::attributesOfItem(folder_ / "target")->size, 5u);
+    EXPECT_EQ(FileManager::attributesOfItem(folder_ / "link")->type, FileType::SymbolicLink);
+    EXPECT_GT(FileManager::attributesOfFileSystem(folder_.path())->freeSize, 0u);
+}
+
+}  // namespace
+}  // namespace stowhaven
