@@ -55,7 +55,12 @@ std::string prepareToolFolder(const std::string& root, const std::string& hostPa
     for (const Shim& shim : kShims) {
         if (!isOnPath(shim.name, "/usr/bin:" + hostPath)) writeFile(folder + "/" + shim.name, shim.text(), 0755);
     }
-    if (root != "/") writeFile(folder + "/apt.conf", DeviceTools::aptConfiguration(root), 0644);
+    if (root != "/") {
+        writeFile(folder + "/apt.conf", DeviceTools::aptConfiguration(root), 0644);
+        // dpkg's log is no part of its database: it follows the configuration in $HOME.
+        std::filesystem::create_directories(folder + "/home", ignored);
+        writeFile(folder + "/home/.dpkg.cfg", "log " + root + "/var/log/dpkg.log\n", 0644);
+    }
     return folder;
 }
 
@@ -92,7 +97,8 @@ std::vector<std::string> DeviceTools::environment() {
     for (char** entry = environ; *entry != nullptr; ++entry) {
         const std::string_view variable = *entry;
         const bool replaced = variable.starts_with("PATH=") || variable.starts_with("DPKG_ROOT=") ||
-                              variable.starts_with("DPKG_ADMINDIR=") || variable.starts_with("APT_CONFIG=");
+                              variable.starts_with("DPKG_ADMINDIR=") || variable.starts_with("APT_CONFIG=") ||
+                              (root != "/" && variable.starts_with("HOME="));
         if (!replaced) variables.emplace_back(variable);
     }
     variables.push_back("PATH=" + hostPath + ":" + toolFolder);
@@ -100,6 +106,7 @@ std::vector<std::string> DeviceTools::environment() {
         variables.push_back("DPKG_ROOT=" + root);
         variables.push_back("DPKG_ADMINDIR=" + root + "/var/lib/dpkg");
         variables.push_back("APT_CONFIG=" + toolFolder + "/apt.conf");
+        variables.push_back("HOME=" + toolFolder + "/home");
     }
     return variables;
 }

@@ -1,0 +1,67 @@
+#include "core/PackageScan.h"
+#include "platform/Platform.h"
+#include "support/DeviceRootScope.h"
+#include "support/SandboxDevice.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace stowhaven {
+namespace {
+
+// The host's own view, without the device root's variables.
+bool hostKnowsPackage(const std::string& identifier) {
+    return std::system(("env -u DPKG_ROOT -u DPKG_ADMINDIR -u APT_CONFIG dpkg-query -W " + identifier +
+                        " >/dev/null 2>&1").c_str()) == 0;
+}
+
+bool hostAptKnowsPackage(const std::string& identifier) {
+    return std::system(("env -u APT_CONFIG apt-cache show " + identifier + " >/dev/null 2>&1").c_str()) == 0;
+}
+
+std::vector<std::string> scannedIdentifiers() {
+    std::vector<std::string> identifiers;
+    for (const std::string& line : PackageScan::lines().value_or(std::vector<std::string>{})) {
+        if (const auto scan = PackageScan::parse(line)) identifiers.push_back(scan->identifier);
+    }
+    return identifiers;
+}
+
+bool contains(const std::vector<std::string>& list, const std::string& value) {
+    return std::find(list.begin(), list.end(), value) != list.end();
+}
+
+class DeviceIsolationTest : public ::testing::Test {
+protected:
+    test::SandboxDevice device_{"minimal"};
+    test::DeviceRootScope root_{device_.root()};
+    Shell& shell_ = Platform::current().shell();
+};
+
+TEST_F(DeviceIsolationTest, DpkgInstallsIntoTheRootAndTheHostNeverSeesIt) {
+    const std::string repository = device_.path("/private/var/lib/sandbox-repository");
+    shell_.systemExecute("dpkg -i " + repository + "/com.example.extra_*.deb");
+
+    EXPECT_TRUE(contains(scannedIdentifiers(), "com.example.extra"));
+    EXPECT_FALSE(hostKnowsPackage("com.example.extra"));
+}
+
+TEST_F(DeviceIsolationTest, TheHostsPackagesNeverShowInTheRoot) {
+    ASSERT_TRUE(hostKnowsPackage("coreutils"));
+    const auto identifiers = scannedIdentifiers();
+    EXPECT_TRUE(contains(identifiers, "mobilesubstrate"));
+    EXPECT_FALSE(contains(identifiers, "coreutils"));
+}
+
+TEST_F(DeviceIsolationTest, AptGetWorksOnTheRootsOwnSourcesListsAndCaches) {
+    shell_.systemExecute("apt-get update");
+    shell_.systemExecute("apt-get -y install com.example.extra");
+
+    EXPECT_TRUE(contains(scannedIdentifiers(), "com.example.extra"));
+    EXPECT_FALSE(hostKnowsPackage("com.example.extra"));
+    EXPECT_FALSE(hostAptKnowsPackage("com.example.extra"));
+}
+
+}  // namespace
+}  // namespace stowhaven
