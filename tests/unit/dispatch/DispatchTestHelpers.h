@@ -1,0 +1,70 @@
+#pragma once
+
+#include "platform/dispatch/Queue.h"
+#include "platform/dispatch/Semaphore.h"
+
+#include <chrono>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+namespace stowhaven::test {
+
+// How long a test waits for something that should happen before calling it a failure.
+inline constexpr std::chrono::seconds kFailureGuard{10};
+
+// Waits, polling, until the condition holds; answers false if the guard runs out first.
+inline bool eventually(const std::function<bool()>& condition) {
+    const auto deadline = std::chrono::steady_clock::now() + kFailureGuard;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() >= deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
+// A queue that keeps the blocks it is sent until the test runs them, so that a test can
+// see where a block landed and when.
+class RecordingQueue final : public Queue {
+public:
+    void async(Block block) override {
+        {
+            std::lock_guard lock(mutex_);
+            blocks_.push_back(std::move(block));
+        }
+        arrived_.signal();
+    }
+
+    // Waits for `count` further blocks to arrive.
+    bool waitForArrivals(std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i) {
+            if (!arrived_.wait(kFailureGuard)) return false;
+        }
+        return true;
+    }
+
+    std::size_t pendingCount() {
+        std::lock_guard lock(mutex_);
+        return blocks_.size();
+    }
+
+    // Runs what it holds on the calling thread, in the order it arrived.
+    void runAll() {
+        std::deque<Block> blocks;
+        {
+            std::lock_guard lock(mutex_);
+            blocks.swap(blocks_);
+        }
+        for (auto& block : blocks) block();
+    }
+
+private:
+    std::mutex mutex_;
+    std::deque<Block> blocks_;
+    Semaphore arrived_;
+};
+
+}  // namespace stowhaven::test

@@ -1,0 +1,89 @@
+#include "platform/dispatch/DispatchTimer.h"
+
+#include "platform/dispatch/GlobalQueue.h"
+#include "platform/dispatch/MainQueue.h"
+#include "platform/dispatch/Semaphore.h"
+#include "unit/dispatch/DispatchTestHelpers.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace stowhaven {
+namespace {
+
+using namespace std::chrono_literals;
+using test::kFailureGuard;
+using test::RecordingQueue;
+
+TEST(DispatchTimerTest, BlocksLandOnTheQueueTheyWereScheduledFor) {
+    RecordingQueue first, second;
+    DispatchTimer timer;
+    std::vector<std::string> ran;
+    timer.schedule(10ms, first, [&] { ran.push_back("first"); });
+    timer.schedule(10ms, second, [&] { ran.push_back("second"); });
+    ASSERT_TRUE(first.waitForArrivals(1));
+    ASSERT_TRUE(second.waitForArrivals(1));
+
+    second.runAll();
+    EXPECT_EQ(ran, std::vector<std::string>{"second"});
+    first.runAll();
+    EXPECT_EQ(ran, (std::vector<std::string>{"second", "first"}));
+}
+
+TEST(DispatchTimerTest, ShutdownDropsWaitingBlocksAndLaterOnes) {
+    RecordingQueue queue;
+    DispatchTimer timer;
+    auto capture = std::make_shared<int>();
+    const std::weak_ptr<int> waiting = capture;
+    timer.schedule(1h, queue, [capture] {});
+    capture.reset();
+    EXPECT_FALSE(waiting.expired());
+
+    timer.shutdown();
+    EXPECT_TRUE(waiting.expired());
+
+    auto lateCapture = std::make_shared<int>();
+    const std::weak_ptr<int> late = lateCapture;
+    timer.schedule(0s, queue, [lateCapture] {});
+    lateCapture.reset();
+    EXPECT_TRUE(late.expired());
+    EXPECT_EQ(queue.pendingCount(), 0u);
+}
+
+TEST(DispatchAfterTest, OnTheMainQueueABlockComesAfterBlocksSentBeforeItIsDue) {
+    auto& mainQueue = MainQueue::shared();
+    mainQueue.bindToCurrentThread();
+    std::vector<std::string> ran;
+    bool ranOnMainThread = false;
+    dispatchAfter(400ms, mainQueue, [&] {
+        ran.push_back("after 400ms");
+        ranOnMainThread = mainQueue.isMainThread();
+    });
+    dispatchAfter(100ms, mainQueue, [&] { ran.push_back("after 100ms"); });
+    std::this_thread::sleep_for(30ms);
+    mainQueue.async([&] { ran.push_back("sent 30ms later"); });
+
+    ASSERT_TRUE(mainQueue.runUntil([&] { return ran.size() == 3; }, kFailureGuard));
+    EXPECT_EQ(ran, (std::vector<std::string>{"sent 30ms later", "after 100ms", "after 400ms"}));
+    EXPECT_TRUE(ranOnMainThread);
+}
+
+TEST(DispatchAfterTest, OnAGlobalQueueABlockRunsOffTheMainThread) {
+    MainQueue::shared().bindToCurrentThread();
+    Semaphore ran;
+    std::atomic<bool> onMainThread = true;
+    dispatchAfter(10ms, GlobalQueue::get(GlobalQueue::Priority::Background), [&] {
+        onMainThread = MainQueue::shared().isMainThread();
+        ran.signal();
+    });
+    ASSERT_TRUE(ran.wait(kFailureGuard));
+    EXPECT_FALSE(onMainThread);
+}
+
+}  // namespace
+}  // namespace stowhaven
