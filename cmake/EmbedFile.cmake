@@ -4,6 +4,6 @@ string(REGEX REPLACE "([0-9a-f][0-9a-f])" "0x\\1," BYTES "${CONTENT}")
 file(WRITE ${OUTPUT}
   "#include <string_view>\n"
   "namespace stowhaven {\n"
-  "static const char kBytes[] = {${BYTES} 0};\n"
-  "std::string_view ${SYMBOL}() { return {kBytes, sizeof(kBytes) - 1}; }\n"
+  "static const unsigned char kBytes[] = {${BYTES} 0};\n"
+  "std::string_view ${SYMBOL}() { return {reinterpret_cast<const char*>(kBytes), sizeof(kBytes) - 1}; }\n"
   "}\n")
