@@ -1,0 +1,54 @@
+#include "platform/DeviceFacts.h"
+#include "platform/plist/PlistCodec.h"
+#include "support/DeviceRootScope.h"
+#include "support/TestFolder.h"
+
+#include <gtest/gtest.h>
+#include <sys/utsname.h>
+
+#include <filesystem>
+
+namespace stowhaven {
+namespace {
+
+class DeviceFactsTest : public ::testing::Test {
+protected:
+    void writePlist(const std::string& devicePath, PlistValue::Dictionary contents, PlistFormat format) {
+        const std::filesystem::path path = folder_.path().string() + devicePath;
+        std::filesystem::create_directories(path.parent_path());
+        ASSERT_TRUE(PlistCodec::writeFile(path, contents, format, 0644));
+    }
+    test::TestFolder folder_;
+    test::DeviceRootScope root_{folder_.path().string()};
+};
+
+TEST_F(DeviceFactsTest, ComeFromWhereTheDeviceImageKeepsThem) {
+    writePlist("/System/Library/CoreServices/SystemVersion.plist", {{"ProductVersion", "8.1.2"}}, PlistFormat::Xml);
+    writePlist("/var/root/Library/Lockdown/data_ark.plist",
+               {{"-DeviceName", "  Ann's iPhone\n"}, {"-UniqueDeviceID", "3f2a9c"}, {"-ProductType", "iPhone7,2"}},
+               PlistFormat::Binary);
+
+    EXPECT_EQ(DeviceFactsReader::read(), (DeviceFacts{"3f2a9c", "Ann's iPhone", "iPhone7,2", "8.1.2"}));
+}
+
+TEST_F(DeviceFactsTest, WhatTheImageLacksComesFromTheHost) {
+    writePlist("/var/root/Library/Lockdown/data_ark.plist", {{"-DeviceName", 42}}, PlistFormat::Binary);
+    utsname host{};
+    ASSERT_EQ(uname(&host), 0);
+
+    const DeviceFacts facts = DeviceFactsReader::read();
+    EXPECT_EQ(facts.platform, host.machine);
+    EXPECT_FALSE(facts.name.empty());
+    EXPECT_EQ(facts.systemVersion, "");
+}
+
+TEST_F(DeviceFactsTest, PinnedFactsWinUntilUnpinned) {
+    const DeviceFacts pinned{"udid", "Pinned", "iPad4,1", "7.1.2"};
+    DeviceFactsReader::pin(pinned);
+    EXPECT_EQ(DeviceFactsReader::read(), pinned);
+    DeviceFactsReader::pin(std::nullopt);
+    EXPECT_NE(DeviceFactsReader::read(), pinned);
+}
+
+}  // namespace
+}  // namespace stowhaven

@@ -1,0 +1,241 @@
+#include "platform/FileManager.h"
+#include "platform/plist/PlistCodec.h"
+#include "support/TestFolder.h"
+#include "unit/plist/CapturedLog.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+namespace stowhaven {
+namespace {
+
+using Array = PlistValue::Array;
+using Dictionary = PlistValue::Dictionary;
+
+std::string hexToBytes(std::string_view hex) {
+    std::string bytes;
+    for (std::size_t i = 0; i + 1 < hex.size(); i += 2) {
+        bytes += static_cast<char>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16));
+    }
+    return bytes;
+}
+
+bool contains(const std::string& haystack, const std::string& needle) {
+    return haystack.find(needle) != std::string::npos;
+}
+
+// Everything a property list can hold. Dates are whole seconds, as XML keeps them.
+PlistValue everyKind() {
+    return Dictionary{
+        {"booleans", Array{true, false}},
+        {"integers", Array{0, 1, -1, 255, 65536, std::numeric_limits<std::int64_t>::max(),
+                           std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::uint64_t>::max(),
+                           std::uint64_t{1} << 63}},
+        {"reals", Array{0.0, -2.5, 0.1, 1e-300, 1e300, 3.141592653589793, INFINITY, -INFINITY}},
+        {"strings", Array{"", "plain", "h\u00e9llo w\u00f6rld", "\xf0\x9f\x98\x80 emoji", "<&>\"'"}},
+        {"data", Array{PlistValue::data(""), PlistValue::data(std::string("a\0b\0", 4)),
+                       PlistValue::data(std::string(300, '\xff'))}},
+        {"dates", Array{Date(0), Date(447166800), Date(-86400 * 365.0)}},
+        {"uids", Array{PlistValue::uid(0), PlistValue::uid(1), PlistValue::uid(4000000)}},
+        {"empty", Dictionary{{"array", Array{}}, {"dictionary", Dictionary{}}}},
+        {"nested", Array{Array{Array{Dictionary{{"deep", "yes"}}}}}},
+        {"\u00fcnicode key \xf0\x9f\x98\x80", 1},
+        {"", "empty key"}};
+}
+
+class PlistCodecRoundTrip : public ::testing::TestWithParam<PlistFormat> {};
+
+TEST_P(PlistCodecRoundTrip, KeepsEveryKind) {
+    const PlistValue value = everyKind();
+    const auto bytes = PlistCodec::serialize(value, GetParam());
+    ASSERT_TRUE(bytes);
+    EXPECT_EQ(PlistCodec::parse(*bytes), value);
+}
+
+TEST_P(PlistCodecRoundTrip, KeepsAScalarAtTheTop) {
+    for (const PlistValue& value : {PlistValue(42), PlistValue("alone"), PlistValue(Date(60)), PlistValue(Array{})}) {
+        const auto bytes = PlistCodec::serialize(value, GetParam());
+        ASSERT_TRUE(bytes) << value.description();
+        EXPECT_EQ(PlistCodec::parse(*bytes), value);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, PlistCodecRoundTrip, ::testing::Values(PlistFormat::Binary, PlistFormat::Xml),
+                         [](const auto& format) { return format.param == PlistFormat::Binary ? "Binary" : "Xml"; });
+
+TEST(PlistCodecTest, BinaryKeepsDatesToTheLastBitAndXmlToTheSecond) {
+    // A fraction finer than a microsecond, and fractions before the reference date, where
+    // libplist's own accessors would round or lose the sign.
+    const Array dates = {Date(436218764.123456789), Date(-0.25), Date(-1.5), Date(63113904000.5)};
+    EXPECT_EQ(PlistCodec::parse(*PlistCodec::serialize(dates, PlistFormat::Binary)), PlistValue(dates));
+
+    const auto xml = PlistCodec::serialize(Date(12.75), PlistFormat::Xml);
+    EXPECT_TRUE(contains(*xml, "<date>2001-01-01T00:00:12Z</date>")) << *xml;
+    EXPECT_EQ(PlistCodec::parse(*xml), PlistValue(Date(12)));
+}
+
+TEST(PlistCodecTest, WritesNumbersDatesAndUidsAsTheFormatDefinesThem) {
+    const auto binary = *PlistCodec::serialize(Array{-1, std::numeric_limits<std::uint64_t>::max(), Date(0.5),
+                                                     PlistValue::uid(7)},
+                                               PlistFormat::Binary);
+    EXPECT_TRUE(contains(binary, hexToBytes("13ffffffffffffffff"))) << "a negative number: 8 bytes, two's complement";
+    EXPECT_TRUE(contains(binary, hexToBytes("140000000000000000ffffffffffffffff"))) << "unsigned: 16 bytes";
+    EXPECT_TRUE(contains(binary, hexToBytes("333fe0000000000000"))) << "a date: a big-endian double";
+    EXPECT_TRUE(contains(binary, hexToBytes("8007"))) << "a UID";
+
+    const auto xml = *PlistCodec::serialize(Array{-5, std::numeric_limits<std::uint64_t>::max(), PlistValue::uid(7)},
+                                            PlistFormat::Xml);
+    EXPECT_TRUE(contains(xml, "<integer>-5</integer>")) << xml;
+    EXPECT_TRUE(contains(xml, "<integer>18446744073709551615</integer>")) << xml;
+    EXPECT_TRUE(contains(xml, "<key>CF$UID</key>")) << xml;
+}
+
+TEST(PlistCodecTest, ReadsWhatAnotherWriterMade) {
+    // Written by a different implementation of the binary format, keys sorted.
+    const std::string binary = hexToBytes(
+        "62706c6973743030da0102030405060708090a0b0c0d0e0f10151617185464617461546461746555656d707479556c61726765586e"
+        "65676174697665566e6573746564547265616c54746578745375696453796573420001333fe0000000000000a01400000000000000"
+        "00ffffffffffffffff13ffffffffffffffffd11112546c697374a2131410015374776f233fb999999999999a68006800e9006c006c"
+        "006f0020d83dde00800309081d22272d333c43484d5155586162737c7f8487898d96a7a900000000000001010000000000000019000"
+        "000000000000000000000000000aa");
+    const PlistValue expected = Dictionary{{"data", PlistValue::data(std::string("\0\1", 2))},
+                                           {"date", Date(0.5)},
+                                           {"empty", Array{}},
+                                           {"large", std::numeric_limits<std::uint64_t>::max()},
+                                           {"negative", -1},
+                                           {"nested", Dictionary{{"list", Array{1, "two"}}}},
+                                           {"real", 0.1},
+                                           {"text", "h\u00e9llo \xf0\x9f\x98\x80"},
+                                           {"uid", PlistValue::uid(3)},
+                                           {"yes", true}};
+    EXPECT_EQ(PlistCodec::parse(binary), expected);
+
+    const std::string xml = R"(<?xml version="1.0" encoding="UTF-8"?>
+<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
+<plist version="1.0">
+<dict>
+	<key>FTPPort</key>
+	<integer>21</integer>
+	<key>MinDeviceBatteryLevel</key>
+	<real>0.25</real>
+	<key>FTPPassive</key>
+	<true/>
+	<key>Photos_Backup</key>
+	<array>
+		<string>Camera Roll</string>
+	</array>
+	<key>LAST_RESTORE_DATE</key>
+	<date>2015-03-04T13:00:00Z</date>
+	<key>icon</key>
+	<data>AAEC/w==</data>
+	<key>$top</key>
+	<dict>
+		<key>root</key>
+		<dict>
+			<key>CF$UID</key>
+			<integer>1</integer>
+		</dict>
+	</dict>
+</dict>
+</plist>
+)";
+    const PlistValue expectedXml = Dictionary{{"FTPPort", 21},
+                                              {"MinDeviceBatteryLevel", 0.25},
+                                              {"FTPPassive", true},
+                                              {"Photos_Backup", Array{"Camera Roll"}},
+                                              {"LAST_RESTORE_DATE", Date(447166800)},
+                                              {"icon", PlistValue::data(std::string("\0\1\2\xff", 4))},
+                                              {"$top", Dictionary{{"root", PlistValue::uid(1)}}}};
+    EXPECT_EQ(PlistCodec::parse(xml), expectedXml);
+}
+
+TEST(PlistCodecTest, RefusesValuesNoPropertyListCanHold) {
+    const std::vector<PlistValue> refused = {
+        PlistValue(),
+        Array{1, PlistValue()},
+        Dictionary{{"key", Dictionary{{"inner", PlistValue()}}}},
+        std::string("a\0b", 3),
+        "\xc3",                       // a sequence cut short
+        "\xed\xa0\x80",               // a surrogate
+        "\xc0\xaf",                   // an overlong form
+        "\xf4\x90\x80\x80",           // beyond U+10FFFF
+        Dictionary{{std::string("k\0", 2), 1}},
+        Dictionary{{"\xff", 1}},
+    };
+    for (const PlistValue& value : refused) {
+        for (const PlistFormat format : {PlistFormat::Binary, PlistFormat::Xml}) {
+            test::CapturedLog log;
+            EXPECT_EQ(PlistCodec::serialize(value, format), std::nullopt) << value.description();
+            EXPECT_TRUE(log.contains("Can't write a property list holding")) << value.description();
+        }
+    }
+}
+
+PlistValue nestedArrays(std::size_t depth) {
+    PlistValue value = "bottom";
+    for (std::size_t i = 0; i < depth; ++i) value = Array{std::move(value)};
+    return value;
+}
+
+TEST(PlistCodecTest, WritesNoNestingItWouldRefuseToRead) {
+    for (const PlistFormat format : {PlistFormat::Binary, PlistFormat::Xml}) {
+        const PlistValue deepest = nestedArrays(PlistCodec::kMaximumNesting);
+        const auto bytes = PlistCodec::serialize(deepest, format);
+        ASSERT_TRUE(bytes);
+        EXPECT_EQ(PlistCodec::parse(*bytes), deepest);
+
+        test::CapturedLog log;
+        EXPECT_EQ(PlistCodec::serialize(nestedArrays(PlistCodec::kMaximumNesting + 1), format), std::nullopt);
+        EXPECT_TRUE(log.contains("nesting deeper than 512 levels"));
+    }
+}
+
+class PlistCodecFileTest : public ::testing::Test {
+protected:
+    unsigned modeOf(const std::string& path) { return FileManager::attributesOfItem(path)->permissions; }
+    test::TestFolder folder_;
+};
+
+TEST_F(PlistCodecFileTest, WritesAtomicallyWithTheModeAskedForAndReadsBack) {
+    const std::string path = folder_ / "settings.plist";
+    ASSERT_TRUE(PlistCodec::writeFile(path, everyKind(), PlistFormat::Binary, 0600));
+    EXPECT_EQ(modeOf(path), 0600u);
+    EXPECT_EQ(PlistCodec::readFile(path), everyKind());
+
+    chmod(path.c_str(), 0644);
+    ASSERT_TRUE(PlistCodec::writeFile(path, Dictionary{{"a", 1}}, PlistFormat::Xml, 0600));
+    EXPECT_EQ(modeOf(path), 0600u) << "the new file replaces the old one with its own mode";
+    EXPECT_EQ(PlistCodec::readFile(path), PlistValue(Dictionary{{"a", 1}}));
+    EXPECT_EQ(FileManager::contentsOfDirectory(folder_.path())->size(), 1u) << "no temporary file is left";
+}
+
+TEST_F(PlistCodecFileTest, AFailedWriteLeavesTheFileThatStoodThere) {
+    const std::string path = folder_ / "settings.plist";
+    ASSERT_TRUE(PlistCodec::writeFile(path, Dictionary{{"a", 1}}, PlistFormat::Binary, 0600));
+    test::CapturedLog log;
+    EXPECT_FALSE(PlistCodec::writeFile(path, Array{PlistValue()}, PlistFormat::Binary, 0600));
+    EXPECT_FALSE(PlistCodec::writeFile(folder_ / "missing/settings.plist", 1, PlistFormat::Binary, 0600));
+    EXPECT_TRUE(log.contains("missing/settings.plist"));
+    EXPECT_EQ(PlistCodec::readFile(path), PlistValue(Dictionary{{"a", 1}}));
+}
+
+TEST_F(PlistCodecFileTest, RefusesMissingOversizedAndNonPlistFiles) {
+    const std::string oversized = folder_ / "oversized.plist";
+    ASSERT_TRUE(FileManager::writeFile(oversized, std::string(PlistCodec::kMaximumSize + 1, ' ')));
+    const std::string text = folder_ / "notes.txt";
+    ASSERT_TRUE(FileManager::writeFile(text, "just some notes"));
+
+    for (const std::string& path : {folder_ / "missing.plist", oversized, text, folder_.path().string()}) {
+        test::CapturedLog log;
+        EXPECT_EQ(PlistCodec::readFile(path), std::nullopt) << path;
+        EXPECT_TRUE(log.contains(path)) << path;
+    }
+}
+
+}  // namespace
+}  // namespace stowhaven
