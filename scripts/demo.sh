@@ -3,7 +3,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install-deps.sh
-scripts/build.sh build -DSTOWHAVEN_TESTS=OFF
+cmake -S . -B build -G Ninja >/dev/null
+cmake --build build --target stowhaven
 rm -rf demo-device
 scripts/make-device demo-device
 build/stowhaven --root demo-device packages

@@ -1,12 +1,75 @@
 #include "support/SandboxDevice.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <unistd.h>
 
 #include <array>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 
 namespace stowhaven::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Everything a built device depends on: the description and the builder's sources.
+std::size_t builderFingerprint(const fs::path& description) {
+    std::string contents;
+    std::vector<fs::path> files = {description};
+    for (const auto& entry : fs::recursive_directory_iterator(fs::path(STOWHAVEN_SOURCE_DIR) / "tests/fixtures")) {
+        if (entry.path().extension() == ".py") files.push_back(entry.path());
+    }
+    std::sort(files.begin(), files.end());
+    for (const fs::path& file : files) {
+        std::ifstream stream(file, std::ios::binary);
+        contents += file.string();
+        contents.append(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
+    }
+    return std::hash<std::string>{}(contents);
+}
+
+// Holds an exclusive lock on a file while it lives, so that test processes running at
+// the same time build a device only once.
+class FileLock {
+public:
+    explicit FileLock(const fs::path& path) : descriptor_(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
+        if (descriptor_ < 0 || flock(descriptor_, LOCK_EX) != 0) throw std::runtime_error("can't lock " + path.string());
+    }
+    ~FileLock() { close(descriptor_); }
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+private:
+    int descriptor_;
+};
+
+// A device built once per description and builder version, under the build folder.
+fs::path cachedDevice(const std::string& name) {
+    const fs::path description = fs::path(STOWHAVEN_SOURCE_DIR) / "tests/fixtures/devices" / (name + ".json");
+    const fs::path cache = fs::path(STOWHAVEN_BINARY_DIR) / "sandbox-devices";
+    fs::create_directories(cache);
+    const fs::path device = cache / (name + "-" + std::to_string(builderFingerprint(description)));
+
+    // Built in place, since a device names its own repository by its absolute path; the
+    // mark says the build went through.
+    FileLock lock(cache / (name + ".lock"));
+    const fs::path builtMark = device.string() + ".built";
+    if (!fs::exists(builtMark)) {
+        fs::remove_all(device);
+        runCommand(std::string(STOWHAVEN_SOURCE_DIR) + "/scripts/make-device " + device.string() + " --description " +
+                   description.string());
+        std::ofstream(builtMark).put('\n');
+    }
+    return device;
+}
+
+}  // namespace
 
 std::string runCommand(const std::string& command) {
     FILE* pipe = popen(command.c_str(), "r");
@@ -20,9 +83,7 @@ std::string runCommand(const std::string& command) {
 }
 
 SandboxDevice::SandboxDevice(const std::string& description) : root_(folder_ / "device") {
-    const std::string source = STOWHAVEN_SOURCE_DIR;
-    runCommand(source + "/scripts/make-device " + root_ + " --description " + source + "/tests/fixtures/devices/" +
-               description + ".json");
+    runCommand("cp -a " + cachedDevice(description).string() + " " + root_);
 }
 
 SandboxDevice::SandboxDevice(const SandboxDevice& original, const std::string& copyName)

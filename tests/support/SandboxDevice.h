@@ -7,7 +7,9 @@
 namespace stowhaven::test {
 
 // A device root made by the sandbox device builder from one of the descriptions in
-// tests/fixtures/devices, in a folder of the test's own.
+// tests/fixtures/devices, in a folder of the test's own. Each description is built once
+// per build folder and copied for each device; the copies share the local repository of
+// the built one, which they only read.
 class SandboxDevice {
 public:
     explicit SandboxDevice(const std::string& description);
