@@ -39,6 +39,10 @@ public:
             frame.container.nextReference += referenceSize_;
             --frame.container.references;
             if (!child || *child >= objectCount_) return false;
+            if (frame.container.keys > 0) {
+                --frame.container.keys;
+                if (!isPlainKey(*child)) return false;
+            }
             switch (state_[*child]) {
                 case State::Active:
                     return false;  // a cycle
@@ -70,6 +74,14 @@ private:
         bool isContainer = false;
         std::size_t nextReference = 0;
         std::uint64_t references = 0;
+        // A dictionary lists its keys' references before its values'.
+        std::uint64_t keys = 0;
+    };
+
+    struct Span {
+        std::uint8_t type = 0;
+        std::size_t position = 0;  // just after the marker and the count
+        std::uint64_t count = 0;
     };
 
     struct Frame {
@@ -111,31 +123,53 @@ private:
         return true;
     }
 
-    // Where an object's references start and how many there are; nothing when damaged.
-    std::optional<Object> inspect(std::uint64_t object) const {
+    // An object's type and count as its marker gives them; nothing when damaged.
+    std::optional<Span> span(std::uint64_t object) const {
         const auto offset = readUnsigned(offsetTable_ + object * offsetSize_, offsetSize_);
         if (!offset || *offset < kHeaderSize || *offset >= bytes_.size() - kTrailerSize) return std::nullopt;
         const auto marker = static_cast<std::uint8_t>(bytes_[*offset]);
-        const unsigned type = marker >> 4;
-        // Arrays, ordered sets, sets and dictionaries.
-        if (type != 0xA && type != 0xB && type != 0xC && type != 0xD) return Object{};
-        std::size_t position = *offset + 1;
-        std::uint64_t count = marker & 0xF;
-        if (count == 0xF) {
-            if (position >= bytes_.size()) return std::nullopt;
-            const auto countMarker = static_cast<std::uint8_t>(bytes_[position]);
+        Span result{static_cast<std::uint8_t>(marker >> 4), *offset + 1, marker & 0xFu};
+        if (result.count == 0xF) {
+            if (result.position >= bytes_.size()) return std::nullopt;
+            const auto countMarker = static_cast<std::uint8_t>(bytes_[result.position]);
             if (countMarker >> 4 != 0x1 || (countMarker & 0xF) > 3) return std::nullopt;
             const std::size_t width = std::size_t{1} << (countMarker & 0xF);
-            const auto wideCount = readUnsigned(position + 1, width);
+            const auto wideCount = readUnsigned(result.position + 1, width);
             if (!wideCount) return std::nullopt;
-            count = *wideCount;
-            position += 1 + width;
+            result.count = *wideCount;
+            result.position += 1 + width;
         }
+        return result;
+    }
+
+    // Where an object's references start and how many there are; nothing when damaged.
+    std::optional<Object> inspect(std::uint64_t object) const {
+        const auto found = span(object);
+        if (!found) return std::nullopt;
+        // Arrays, ordered sets, sets and dictionaries.
+        const std::uint8_t type = found->type;
+        if (type != 0xA && type != 0xB && type != 0xC && type != 0xD) return Object{};
         const std::size_t end = bytes_.size() - kTrailerSize;
-        if (count > end || position > end) return std::nullopt;
-        const std::uint64_t references = type == 0xD ? count * 2 : count;
-        if ((end - position) / referenceSize_ < references) return std::nullopt;
-        return Object{true, position, references};
+        if (found->count > end || found->position > end) return std::nullopt;
+        const std::uint64_t references = type == 0xD ? found->count * 2 : found->count;
+        if ((end - found->position) / referenceSize_ < references) return std::nullopt;
+        return Object{true, found->position, references, type == 0xD ? found->count : 0};
+    }
+
+    // A dictionary key must be an ASCII or UTF-16 string without a NUL: libplist aborts
+    // on a key whose length and C string length differ.
+    bool isPlainKey(std::uint64_t object) const {
+        const auto found = span(object);
+        if (!found || (found->type != 0x5 && found->type != 0x6)) return false;
+        const std::size_t unit = found->type == 0x5 ? 1 : 2;
+        const std::size_t end = bytes_.size() - kTrailerSize;
+        if (found->position > end || found->count > (end - found->position) / unit) return false;
+        const std::string_view text = bytes_.substr(found->position, found->count * unit);
+        if (unit == 1) return text.find('\0') == std::string_view::npos;
+        for (std::size_t i = 0; i < text.size(); i += 2) {
+            if (text[i] == '\0' && text[i + 1] == '\0') return false;
+        }
+        return true;
     }
 
     std::string_view bytes_;

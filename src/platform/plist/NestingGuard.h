@@ -11,7 +11,8 @@ namespace stowhaven {
 // is one level).
 
 // False also when the object table can't be followed: references out of range, damaged
-// counts or a cycle. libplist refuses such input too.
+// counts, a cycle, or a dictionary key that is not a string free of NULs. libplist
+// refuses such input too, or aborts on it.
 bool binaryPlistNestingWithin(std::string_view bytes, std::size_t maximumDepth);
 
 // Counts <array> and <dict> elements, leaving out comments, CDATA and declarations.

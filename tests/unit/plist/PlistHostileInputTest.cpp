@@ -77,6 +77,12 @@ TEST(PlistHostileInputTest, RefusesObjectTablesThatPointAstray) {
     expectRefused(binaryPlist({"\xa1\x01", "\xa1\x00"}), "two arrays holding each other");
     expectRefused(binaryPlist({"\xaf\x13\x7f\xff\xff\xff\xff\xff\xff\xff"}), "a count beyond the input");
     expectRefused(binaryPlist({"\xd1\x01\x01", "\x10\x05"}), "a dictionary key that is no string");
+    expectRefused(binaryPlist({"\xd1\x01\x02", std::string("\x53k\0y", 4), "\x10\x05"}),
+                  "an ASCII key holding a NUL");
+    expectRefused(binaryPlist({"\xd1\x01\x02", std::string("\x62\0k\0\0", 5), "\x10\x05"}),
+                  "a UTF-16 key holding a NUL");
+    EXPECT_TRUE(PlistCodec::parse(binaryPlist({"\xd1\x01\x02", std::string("\x62\0k\x01\0", 5), "\x10\x05"})))
+        << "a UTF-16 key whose units hold zero bytes but no NUL";
     expectRefused(binaryPlist({"\xa1\x01", std::string(1, '\0')}), "the null object");
 
     std::string offsetTableAstray = binaryPlist({"\x10\x01"});
