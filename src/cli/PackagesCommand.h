@@ -4,7 +4,9 @@
 
 namespace stowhaven {
 
-// "stowhaven packages": the packages that the device's scan reports, as a table or as JSON.
+// "stowhaven packages": the device's catalogue of packages, that is the installed packages
+// the system handles, by section and by name, each with its firmware compatibility with
+// the device's system; as a table or as JSON.
 class PackagesCommand {
 public:
     // Answers the exit status.

@@ -1,7 +1,17 @@
+#include "cli/OpenCommand.h"
 #include "cli/PackagesCommand.h"
+#include "cli/SettingsCommand.h"
+#include "cli/TerminalAlertPresenter.h"
+#include "core/LanguageOrder.h"
+#include "core/StowhavenAppDelegate.h"
+#include "platform/DeviceFacts.h"
 #include "platform/DeviceRoot.h"
 #include "platform/FileManager.h"
+#include "platform/LifeCycleSignals.h"
 #include "platform/Log.h"
+#include "platform/SystemLocale.h"
+#include "platform/UserDefaults.h"
+#include "platform/dispatch/MainQueue.h"
 
 #include <CLI/CLI.hpp>
 #include <unistd.h>
@@ -16,9 +26,21 @@ namespace {
 // installed set-user-id root.
 bool becomeRoot() { return setuid(0) == 0 && setgid(0) == 0; }
 
+// The life-cycle events that signals bring go to the main thread, like the others.
+void watchLifeCycleSignals(StowhavenAppDelegate* delegate) {
+    const auto onMainQueue = [](Block event) { return [event] { MainQueue::shared().async(event); }; };
+    LifeCycleSignals::watch({
+        .hangUp = onMainQueue([delegate] { delegate->applicationDidEnterBackground(0); }),
+        .terminate = onMainQueue([delegate] { delegate->applicationWillTerminate(); }),
+        .resume = onMainQueue([delegate] { delegate->applicationWillEnterForeground(); }),
+    });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    MainQueue::shared().bindToCurrentThread();
+
     CLI::App app{"Backs up and restores what the owner has made of the device."};
     app.set_version_flag("--version", std::string("stowhaven ") + STOWHAVEN_VERSION);
     app.require_subcommand(1);
@@ -29,9 +51,20 @@ int main(int argc, char** argv) {
         ->envname("STOWHAVEN_ROOT");
     app.add_flag("--verbose", verbose, "Also write the log to the terminal");
 
-    bool asJson = false;
+    bool packagesAsJson = false;
     CLI::App* packages = app.add_subcommand("packages", "List the packages installed on the device");
-    packages->add_flag("--json", asJson, "As a JSON list");
+    packages->add_flag("--json", packagesAsJson, "As a JSON list");
+
+    SettingsCommand::Request settingsRequest;
+    CLI::App* settings = app.add_subcommand("settings", "List the settings, print one (KEY) or set one (KEY VALUE)");
+    settings->add_option("key", settingsRequest.key, "A setting's key, such as CurrentStorageType");
+    settings->add_option("value", settingsRequest.value, "The new value, of the key's kind");
+    settings->add_flag("--json", settingsRequest.asJson, "In JSON");
+    settings->add_flag("--show-secrets", settingsRequest.showSecrets, "Show passwords, tokens and keys unmasked");
+
+    std::string openTarget;
+    CLI::App* open = app.add_subcommand("open", "Hand the program stowhaven://autobackup or a file to import");
+    open->add_option("target", openTarget, "stowhaven://autobackup, or a file")->required();
 
     CLI11_PARSE(app, argc, argv);
 
@@ -49,5 +82,24 @@ int main(int argc, char** argv) {
         std::cerr << "stowhaven: the device root <" << root << "> may only hold letters, digits and / . _ - +\n";
         return 2;
     }
-    return PackagesCommand::run(asJson, std::cout, std::cerr);
+
+    SH_LOG("systemVersion: {}", DeviceFactsReader::read().systemVersion);
+    LanguageOrder::setUp(UserDefaults::standard(), SystemLocale::preferredLanguages());
+
+    AlertPresenter::setShared(std::make_shared<TerminalAlertPresenter>(std::cerr));
+    StowhavenAppDelegate::initialize();
+    StowhavenAppDelegate delegate;
+    delegate.didFinishLaunchingWithOptions();
+    watchLifeCycleSignals(&delegate);
+
+    // The command is what the program shows once it is up; when it is done, the user leaves.
+    MainQueue::shared().async([&] {
+        StowhavenAppDelegate::startupSweep().wait();
+        int status = 0;
+        if (packages->parsed()) status = PackagesCommand::run(packagesAsJson, std::cout, std::cerr);
+        if (settings->parsed()) status = SettingsCommand::run(settingsRequest, std::cout, std::cerr);
+        if (open->parsed()) status = OpenCommand::run(delegate, openTarget, std::cout, std::cerr);
+        delegate.applicationDidEnterBackground(status);
+    });
+    MainQueue::shared().run();
 }

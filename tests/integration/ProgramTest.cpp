@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 
 #include <algorithm>
+#include <fstream>
 #include <sstream>
 
 namespace stowhaven {
@@ -26,12 +27,50 @@ Outcome runProgram(const std::string& arguments, const std::string& prefix = "")
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
 }
 
-std::vector<std::string> sortedLines(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) lines.push_back(line);
-    std::sort(lines.begin(), lines.end());
-    return lines;
+// The packages the system leaves alone, written out apart from its code.
+bool isRefused(const std::string& identifier) {
+    for (const char* prefix : {"gsc.", "base", "cy+", "firmware-sbin", "zip", "unzip"}) {
+        if (identifier.starts_with(prefix)) return true;
+    }
+    for (const char* name : {"com.larkmoor.stowhaven", "cydia", "cydia-lproj", "firmware"}) {
+        if (identifier == name) return true;
+    }
+    return false;
+}
+
+// What dpkg-query itself lists for a root, less removed packages and refused ones.
+std::vector<std::string> handledPackagesOf(const std::string& root) {
+    const std::string listing =
+        test::runCommand("DPKG_ADMINDIR=" + root + "/var/lib/dpkg dpkg-query -W -f='${Package} ${Status}\\n'");
+    std::vector<std::string> identifiers;
+    std::istringstream stream(listing);
+    for (std::string identifier, status; stream >> identifier && std::getline(stream, status);) {
+        if (!status.starts_with(" deinstall") && !isRefused(identifier)) identifiers.push_back(identifier);
+    }
+    std::sort(identifiers.begin(), identifiers.end());
+    return identifiers;
+}
+
+nlohmann::json catalogueOf(const std::string& root) {
+    const Outcome listing = runProgram("--root " + root + " packages --json");
+    EXPECT_EQ(listing.status, 0) << listing.output;
+    return nlohmann::json::parse(listing.output);
+}
+
+nlohmann::json packageNamed(const nlohmann::json& catalogue, const std::string& identifier) {
+    for (const auto& package : catalogue) {
+        if (package["packageName"] == identifier) return package;
+    }
+    return nullptr;
+}
+
+void writeSystemVersion(const test::SandboxDevice& device, const std::string& version) {
+    const std::string plist =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+        "<plist version=\"1.0\"><dict><key>ProductVersion</key><string>" +
+        version + "</string></dict></plist>\n";
+    std::ofstream(device.path("/System/Library/CoreServices/SystemVersion.plist")) << plist;
 }
 
 class ProgramTest : public ::testing::Test {
@@ -43,18 +82,75 @@ protected:
 
 test::SandboxDevice* ProgramTest::device_ = nullptr;
 
-TEST_F(ProgramTest, ListsExactlyThePackagesThatDpkgQueryListsForTheRoot) {
-    const Outcome listing = runProgram("--root " + device_->root() + " packages --json");
-    ASSERT_EQ(listing.status, 0) << listing.output;
-
+TEST_F(ProgramTest, ListsThePackagesDpkgQueryListsForTheRootButRemovedAndRefusedOnes) {
     std::vector<std::string> listed;
-    for (const auto& package : nlohmann::json::parse(listing.output)) listed.push_back(package["package"]);
+    for (const auto& package : catalogueOf(device_->root())) listed.push_back(package["packageName"]);
     std::sort(listed.begin(), listed.end());
 
-    const std::string expected = test::runCommand("DPKG_ADMINDIR=" + device_->root() +
-                                                  "/var/lib/dpkg dpkg-query -W -f='${Package}\\n'");
-    EXPECT_EQ(listed, sortedLines(expected));
+    EXPECT_EQ(listed, handledPackagesOf(device_->root()));
     EXPECT_NE(std::find(listed.begin(), listed.end(), "mobilesubstrate"), listed.end());
+}
+
+TEST_F(ProgramTest, TheDemoDevicesCatalogue) {
+    const nlohmann::json catalogue = catalogueOf(device_->root());
+    for (const char* identifier :
+         {"openssh", "com.larkmoor.stowhaven", "cydia", "cydia-lproj", "firmware", "gsc.wifi", "base", "cy+cpu.arm"}) {
+        EXPECT_TRUE(packageNamed(catalogue, identifier).is_null()) << identifier << " is left out";
+    }
+
+    EXPECT_EQ(packageNamed(catalogue, "bzip2"), nlohmann::json::parse(R"json({
+        "name": "bzip2", "packageName": "bzip2", "version": "1.0.6-1",
+        "maintainerName": "Sandbox Packager <packages@sandbox.example>", "sectionName": "Archiving",
+        "dependsList": null, "firmwareSpecs": null, "firmwareCompatible": false})json"))
+        << "no Name: the identifier stands for it; no firmware need: not compatible";
+    EXPECT_EQ(packageNamed(catalogue, "winterboard"), nlohmann::json::parse(R"json({
+        "name": "WinterBoard", "packageName": "winterboard", "version": "0.9.3919",
+        "maintainerName": "Sandbox Packager <packages@sandbox.example>", "sectionName": "System",
+        "dependsList": ["com.larkmoor.prefbundles", "mobilesubstrate", "preferenceloader"],
+        "firmwareSpecs": "firmware (>= 4.0)", "firmwareCompatible": true})json"));
+    EXPECT_EQ(packageNamed(catalogue, "net.tinkerlane.fiveicondock")["sectionName"], "Addons (SpringBoard)");
+    EXPECT_EQ(packageNamed(catalogue, "com.filippobiga.springtomize3")["firmwareCompatible"], true)
+        << "8.1.2 against >= 7.0 compares 812 with 70";
+}
+
+TEST_F(ProgramTest, SectionsAndThePackagesWithinComeInNameOrder) {
+    std::vector<std::string> order;
+    for (const auto& package : catalogueOf(device_->root())) order.push_back(package["packageName"]);
+    // By section (Addons, Archiving, Development, Security, System, Terminal Support,
+    // Themes, Tweaks, Utilities), then by display name: "bzip2" before "GNU Tar".
+    const std::vector<std::string> expected = {
+        "net.tinkerlane.fiveicondock",
+        "bzip2", "tar",
+        "mobilesubstrate",
+        "openssl",
+        "libactivator", "preferenceloader", "winterboard",
+        "bash",
+        "net.tinkerlane.theme.paperlight",
+        "com.fuyuchi.flex2", "net.tinkerlane.quietbadges", "com.filippobiga.springtomize3",
+        "com.aerialx.ishshit"};
+    EXPECT_EQ(order, expected);
+}
+
+TEST_F(ProgramTest, FirmwareIsJudgedAgainstTheDevicesOwnSystemVersion) {
+    test::SandboxDevice older(*device_, "older");
+    const auto compatible = [&](const std::string& identifier) {
+        return packageNamed(catalogueOf(older.root()), identifier)["firmwareCompatible"];
+    };
+    writeSystemVersion(older, "6.1");
+    EXPECT_EQ(compatible("com.filippobiga.springtomize3"), false) << "61 against >= 7.0: 70";
+    EXPECT_EQ(compatible("com.aerialx.ishshit"), true) << "61 against >= 5.0: 50";
+
+    writeSystemVersion(older, "6.1.3");
+    EXPECT_EQ(compatible("com.filippobiga.springtomize3"), true) << "613 against >= 7.0: 70 x 1";
+}
+
+TEST_F(ProgramTest, TheTableHasAHeadingWithItsCountForEachSection) {
+    const Outcome listing = runProgram("--root " + device_->root() + " packages");
+    ASSERT_EQ(listing.status, 0) << listing.output;
+    EXPECT_NE(listing.output.find("\nArchiving (2)\n"), std::string::npos) << listing.output;
+    EXPECT_NE(listing.output.find("\nTweaks (3)\n"), std::string::npos) << listing.output;
+    EXPECT_EQ(listing.output.find("cydia-lproj"), std::string::npos);
+    EXPECT_NE(listing.output.find("14 package(s) in 9 section(s)"), std::string::npos);
 }
 
 TEST_F(ProgramTest, TheRootMayComeFromTheEnvironment) {

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "core/SettingsKeys.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace stowhaven {
+
+// A setting's value as the user types it, checked against the key's kind before anything
+// is stored.
+class SettingInput {
+public:
+    // Booleans are true/false, yes/no or 1/0 in any case; integers are whole decimal numbers
+    // in 64 bits; floats are finite decimal numbers; strings are taken as they stand. Dates and
+    // arrays are not typed in. Nothing, with the reason in `problem`, for text that doesn't fit.
+    static std::optional<PlistValue> parse(SettingKind kind, std::string_view text, std::string& problem);
+};
+
+}  // namespace stowhaven

@@ -1,0 +1,68 @@
+#include "cli/SettingOutput.h"
+
+#include <fmt/format.h>
+
+namespace stowhaven {
+
+namespace {
+
+constexpr const char* kMask = "********";
+
+}  // namespace
+
+std::string SettingOutput::text(const PlistValue& value) {
+    if (const auto* string = value.asString()) return *string;
+    if (const auto boolean = value.asBoolean()) return *boolean ? "true" : "false";
+    if (const auto real = value.asReal()) return fmt::format("{}", *real);
+    return value.description();
+}
+
+nlohmann::json SettingOutput::json(const PlistValue& value) {
+    switch (value.kind()) {
+        case PlistKind::Null:
+            return nullptr;
+        case PlistKind::Boolean:
+            return *value.asBoolean();
+        case PlistKind::Integer:
+            if (const auto integer = value.asInteger()) return *integer;
+            return *value.asUnsignedInteger();
+        case PlistKind::Real:
+            return *value.asReal();
+        case PlistKind::String:
+            return *value.asString();
+        case PlistKind::Array: {
+            nlohmann::json array = nlohmann::json::array();
+            for (const PlistValue& element : *value.asArray()) array.push_back(json(element));
+            return array;
+        }
+        case PlistKind::Dictionary: {
+            nlohmann::json object = nlohmann::json::object();
+            for (const auto& [key, element] : *value.asDictionary()) object[key] = json(element);
+            return object;
+        }
+        case PlistKind::Data:
+        case PlistKind::Date:
+        case PlistKind::Uid:
+            return value.description();
+    }
+    return nullptr;
+}
+
+PlistValue SettingOutput::masked(const PlistValue& value) {
+    if (const auto* string = value.asString()) return string->empty() ? value : PlistValue(kMask);
+    if (const auto* array = value.asArray()) {
+        PlistValue::Array hidden;
+        for (const PlistValue& element : *array) hidden.push_back(masked(element));
+        return hidden;
+    }
+    if (const auto* dictionary = value.asDictionary()) {
+        PlistValue::Dictionary hidden = *dictionary;
+        if (const auto password = hidden.find("password"); password != hidden.end()) {
+            password->second = masked(password->second);
+        }
+        return hidden;
+    }
+    return value;
+}
+
+}  // namespace stowhaven

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <optional>
+#include <ostream>
+#include <string>
+
+namespace stowhaven {
+
+// "stowhaven settings": lists the program's settings, prints one or sets one. Passwords,
+// tokens and the encryption key show masked unless the secrets are asked for.
+class SettingsCommand {
+public:
+    struct Request {
+        std::optional<std::string> key;
+        std::optional<std::string> value;
+        bool asJson = false;
+        bool showSecrets = false;
+    };
+
+    // Answers the exit status: 2, with nothing written, for a key that is no setting of the
+    // program or a value that is not of the key's kind; 1 for a key that is not set or
+    // settings that can't be written.
+    static int run(const Request& request, std::ostream& out, std::ostream& errors);
+};
+
+}  // namespace stowhaven

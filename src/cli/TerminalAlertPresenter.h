@@ -1,0 +1,22 @@
+#pragma once
+
+#include "core/AlertPresenter.h"
+
+#include <ostream>
+
+namespace stowhaven {
+
+// Alerts on the terminal: the title and the message, one line. Nobody is there to answer
+// them, so they go at once by their first button.
+class TerminalAlertPresenter final : public AlertPresenter {
+public:
+    explicit TerminalAlertPresenter(std::ostream& out) : out_(out) {}
+
+    void showAlert(const std::string& title, const std::string& message, const std::vector<std::string>& buttons,
+                   Dismissal onDismissal) override;
+
+private:
+    std::ostream& out_;
+};
+
+}  // namespace stowhaven

@@ -1,0 +1,153 @@
+#include "platform/FileManager.h"
+#include "platform/PreferenceStore.h"
+#include "support/SandboxDevice.h"
+#include "support/TestFolder.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <sys/wait.h>
+
+#include <algorithm>
+
+namespace stowhaven {
+namespace {
+
+using Array = PlistValue::Array;
+
+struct Outcome {
+    int status;
+    std::string output;
+    std::string errors;
+};
+
+// The program's settings, its start and the URLs and files handed to it, on a device of
+// the test's own.
+class SettingsProgramTest : public ::testing::Test {
+protected:
+    Outcome run(const std::string& arguments) const {
+        const std::string errorsFile = folder_ / "errors.txt";
+        const std::string command =
+            std::string(STOWHAVEN_PROGRAM) + " --root " + device_.root() + " " + arguments + " 2>" + errorsFile;
+        FILE* pipe = popen(command.c_str(), "r");
+        std::string output;
+        char buffer[4096];
+        while (const std::size_t count = fread(buffer, 1, sizeof buffer, pipe)) output.append(buffer, count);
+        const int status = pclose(pipe);
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output,
+                FileManager::contentsOfFile(errorsFile).value_or("")};
+    }
+    // Runs a command that must succeed and answers what it printed.
+    std::string output(const std::string& arguments) const {
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.status, 0) << arguments << ": " << outcome.errors;
+        return outcome.output;
+    }
+    nlohmann::json listing(const std::string& options = "") const {
+        return nlohmann::json::parse(output("settings --json " + options));
+    }
+    static const nlohmann::json& entry(const nlohmann::json& list, const std::string& key) {
+        const auto found = std::find_if(list.begin(), list.end(), [&](const auto& item) { return item["key"] == key; });
+        if (found == list.end()) throw std::out_of_range(key + " is not listed");
+        return *found;
+    }
+
+    std::string settingsFile(const std::string& user = "mobile") const {
+        return device_.path("/var/" + user + "/Library/Preferences/com.larkmoor.stowhaven.plist");
+    }
+    std::optional<std::string> settingsBytes() const { return FileManager::contentsOfFile(settingsFile()); }
+
+    test::SandboxDevice device_{"minimal"};
+    test::TestFolder folder_;
+};
+
+TEST_F(SettingsProgramTest, AFirstStartStoresThePathsThatMustExistAndRunsOnLocalStorage) {
+    ASSERT_FALSE(FileManager::fileExists(settingsFile()));
+
+    EXPECT_EQ(output("settings CurrentStorageType"), "5\n");
+
+    const PreferenceStore stored(settingsFile());
+    EXPECT_EQ(stored.string("DropboxStoragePath"), "/Stowhaven");
+    EXPECT_EQ(stored.string("LocalStoragePath"), device_.root() + "/var/mobile/Library/Preferences/Stowhaven");
+    EXPECT_EQ(stored.array("AppleLanguages"), (Array{"en"}));
+    EXPECT_FALSE(stored.keyExists("CurrentStorageType")) << "registered defaults are not written";
+    EXPECT_EQ(FileManager::attributesOfItem(settingsFile())->permissions & 0777, 0600u);
+}
+
+TEST_F(SettingsProgramTest, TheListingShowsEverySettingWithItsDefaultAndHidesSecrets) {
+    output("settings FTPHost ftp.example.org");
+    output("settings FTPPassword hunter2");
+
+    const nlohmann::json list = listing();
+    EXPECT_EQ(std::count_if(list.begin(), list.end(), [](const auto& item) { return item["default"] == true; }), 36);
+    EXPECT_EQ(entry(list, "CurrentStorageType"),
+              nlohmann::json({{"key", "CurrentStorageType"}, {"kind", "integer"}, {"value", 5}, {"default", true}}));
+    EXPECT_EQ(entry(list, "MinDeviceBatteryLevel")["kind"], "float");
+    EXPECT_EQ(entry(list, "DropboxStoragePath")["value"], "/Stowhaven");
+    EXPECT_EQ(entry(list, "FTPHost")["value"], "ftp.example.org");
+    EXPECT_EQ(entry(list, "FTPPassword")["value"], "********");
+    EXPECT_THROW(entry(list, "FTPLogin"), std::out_of_range) << "engine keys show only when stored";
+
+    EXPECT_EQ(entry(listing("--show-secrets"), "FTPPassword")["value"], "hunter2");
+    EXPECT_EQ(output("settings FTPPassword"), "********\n");
+    EXPECT_EQ(output("settings FTPPassword --show-secrets"), "hunter2\n");
+    const std::string table = output("settings");
+    EXPECT_EQ(table.find("hunter2"), std::string::npos);
+    EXPECT_NE(table.find("SoundEnabled"), std::string::npos);
+}
+
+TEST_F(SettingsProgramTest, SettingAValueChecksItsKindAndWritesNothingOnARefusal) {
+    output("settings");
+    const auto before = settingsBytes();
+    ASSERT_TRUE(before);
+
+    for (const char* refused :
+         {"CurrentStorageType abc", "CurrentStorageType 1.5", "MinDeviceBatteryLevel low", "SoundEnabled maybe",
+          "LAST_RESTORE_DATE 2015-01-01", "NoSuchSetting 1", "NoSuchSetting"}) {
+        SCOPED_TRACE(refused);
+        const Outcome outcome = run(std::string("settings ") + refused);
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_EQ(outcome.output, "");
+        const std::string key = std::string(refused).substr(0, std::string(refused).find(' '));
+        EXPECT_NE(outcome.errors.find(key), std::string::npos) << "the key is named: " << outcome.errors;
+        EXPECT_EQ(settingsBytes(), before);
+    }
+
+    output("settings MinDeviceBatteryLevel 1.5");
+    output("settings RepeatSchedule -3");
+    output("settings SoundEnabled NO");
+    EXPECT_EQ(output("settings MinDeviceBatteryLevel"), "1.5\n");
+    EXPECT_EQ(output("settings RepeatSchedule"), "-3\n");
+    EXPECT_EQ(entry(listing(), "SoundEnabled"),
+              nlohmann::json({{"key", "SoundEnabled"}, {"kind", "boolean"}, {"value", false}, {"default", false}}));
+}
+
+TEST_F(SettingsProgramTest, OpenTakesTheAutobackupURLForThisRunOnlyAndHoldsAFileForImport) {
+    const Outcome autobackup = run("open stowhaven://autobackup");
+    EXPECT_EQ(autobackup.status, 0) << autobackup.errors;
+    EXPECT_EQ(output("settings AutobackupEnabled"), "false\n");
+
+    const std::string history = device_.path("/var/mobile/Downloads/2015-01-01_10~00~00.stowhvn");
+    ASSERT_TRUE(FileManager::createDirectory(device_.path("/var/mobile/Downloads"), true));
+    ASSERT_TRUE(FileManager::writeFile(history, "history"));
+    EXPECT_EQ(output("open " + history), "Held for import: " + history + "\n");
+
+    EXPECT_EQ(run("open stowhaven://restore").status, 2);
+    EXPECT_EQ(run("open " + device_.path("/var/mobile/Downloads/missing.stowhvn")).status, 2);
+}
+
+TEST_F(SettingsProgramTest, ResetSettingsEndsTheStartWithTheSettingsOfBothUsersGone) {
+    output("settings ResetSettings true");
+    ASSERT_TRUE(FileManager::createDirectory(device_.path("/var/root/Library/Preferences"), true));
+    ASSERT_TRUE(FileManager::writeFile(settingsFile("root"), "root's settings"));
+
+    const Outcome reset = run("settings CurrentStorageType 3");
+    EXPECT_EQ(reset.status, 0) << reset.errors;
+    EXPECT_NE(reset.errors.find("Settings reset"), std::string::npos) << "the alert is told: " << reset.errors;
+    EXPECT_FALSE(FileManager::fileExists(settingsFile()));
+    EXPECT_FALSE(FileManager::fileExists(settingsFile("root")));
+
+    EXPECT_EQ(output("settings CurrentStorageType"), "5\n") << "the command of the reset run never ran";
+}
+
+}  // namespace
+}  // namespace stowhaven

@@ -1,0 +1,67 @@
+#include "support/SupervisorScope.h"
+
+#include "core/ProcessFlags.h"
+#include "platform/dispatch/MainQueue.h"
+#include "storage/StorageEngines.h"
+
+#include <array>
+#include <filesystem>
+#include <fstream>
+
+namespace stowhaven::test {
+
+namespace {
+
+// The flags the Supervisor reads, each with its value at a first launch.
+const std::array<std::pair<std::atomic<bool>*, bool>, 5> kFirstLaunchFlags = {{{&gIsBackupMode, true},
+                                                                               {&gFreeSpaceCheckEnabled, true},
+                                                                               {&gSoundEnabled, false},
+                                                                               {&gVibrateEnabled, false},
+                                                                               {&gICalIntegrationEnabled, false}}};
+
+}  // namespace
+
+void SupervisorScope::startAsAFirstLaunch() {
+    Supervisor::resetForTesting();
+    StorageEngines::removeAllForTesting();
+    MainQueue::shared().bindToCurrentThread();
+    for (std::size_t index = 0; index < kFirstLaunchFlags.size(); ++index) {
+        savedFlags_[index] = kFirstLaunchFlags[index].first->exchange(kFirstLaunchFlags[index].second);
+    }
+}
+
+const DeviceFacts SupervisorScope::kPinnedDevice{"0123456789abcdef0123456789abcdef01234567", "Ann's iPhone",
+                                                 "iPhone7,2", "8.1.2"};
+
+SupervisorScope::SupervisorScope() : folder_(std::in_place), root_(folder_->path().string()), rootScope_(root_) {
+    DeviceFactsReader::pin(kPinnedDevice);
+    startAsAFirstLaunch();
+}
+
+SupervisorScope::SupervisorScope(const std::string& root) : root_(root), rootScope_(root_) {
+    startAsAFirstLaunch();
+}
+
+SupervisorScope::~SupervisorScope() {
+    // Blocks still waiting would reach the Supervisor after it is gone.
+    serveMainQueue();
+    Supervisor::resetForTesting();
+    StorageEngines::removeAllForTesting();
+    DeviceFactsReader::pin(std::nullopt);
+    for (std::size_t index = 0; index < kFirstLaunchFlags.size(); ++index) {
+        kFirstLaunchFlags[index].first->store(savedFlags_[index]);
+    }
+}
+
+void SupervisorScope::makeFile(const std::string& devicePath) const {
+    const std::filesystem::path file = path(devicePath);
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream{file};
+}
+
+void SupervisorScope::serveMainQueue() {
+    while (MainQueue::shared().runOnce() > 0) {
+    }
+}
+
+}  // namespace stowhaven::test

@@ -1,0 +1,322 @@
+#include "core/DataToImport.h"
+#include "core/ProcessFlags.h"
+#include "core/SettingsKeys.h"
+#include "core/StowhavenAppDelegate.h"
+#include "core/Supervisor.h"
+#include "platform/DeviceRoot.h"
+#include "platform/FileManager.h"
+#include "platform/ProcessControl.h"
+#include "platform/Strings.h"
+#include "platform/TemporaryDirectory.h"
+#include "platform/UserDefaults.h"
+#include "platform/dispatch/NotificationCenter.h"
+#include "support/SupervisorScope.h"
+#include "unit/plist/CapturedLog.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace stowhaven {
+namespace {
+
+using Dictionary = PlistValue::Dictionary;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+
+// The process-wide state that a start changes, put back afterwards for the tests that follow.
+class SavedProcessState {
+public:
+    SavedProcessState() {
+        for (const SettingKey& key : SettingsKeys::all()) {
+            if (key.flag != nullptr) flags_.emplace_back(key.flag, key.flag->load());
+        }
+    }
+    ~SavedProcessState() {
+        for (const auto& [flag, value] : flags_) flag->store(value);
+        gMinDeviceBatteryLevel = minDeviceBatteryLevel_;
+        gWasForegrounded = wasForegrounded_;
+        setLocalStoragePath(localStoragePath_);
+        DataToImport::setURL(dataToImport_);
+    }
+    SavedProcessState(const SavedProcessState&) = delete;
+    SavedProcessState& operator=(const SavedProcessState&) = delete;
+
+private:
+    std::vector<std::pair<std::atomic<bool>*, bool>> flags_;
+    float minDeviceBatteryLevel_ = gMinDeviceBatteryLevel;
+    bool wasForegrounded_ = gWasForegrounded;
+    std::string localStoragePath_ = localStoragePath();
+    std::optional<std::string> dataToImport_ = DataToImport::url();
+};
+
+class StowhavenAppDelegateTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ProcessControl::setExitHandler([this](int status) { exits_.push_back(status); });
+        gWasForegrounded = false;
+        gAutobackupEnabled = false;
+        DataToImport::setURL(std::nullopt);
+    }
+    void TearDown() override { ProcessControl::setExitHandler({}); }
+
+    static void firstStart() {
+        StowhavenAppDelegate::setupUserDefaults();
+        StowhavenAppDelegate::refreshPreferences();
+    }
+    static PreferenceStore& defaults() { return UserDefaults::standard(); }
+    // What the settings file holds, the registered defaults left out.
+    static Dictionary storedSettings() {
+        return PreferenceStore(UserDefaults::pathForUser("mobile")).dictionaryRepresentation();
+    }
+    static std::string oldLocalFolder() { return DeviceRoot::var() + "/mobile/Media/Stowhaven"; }
+    static std::string newLocalFolder() { return DeviceRoot::var() + "/mobile/Library/Preferences/Stowhaven"; }
+
+    SavedProcessState saved_;
+    test::SupervisorScope scope_;
+    test::FakeBattery& battery_ = scope_.services.battery;
+    test::CapturedLog log_;
+    std::vector<int> exits_;
+    StowhavenAppDelegate delegate_;
+};
+
+TEST_F(StowhavenAppDelegateTest, FirstStartRegistersTheDefaultsAndStoresOnlyThePathsThatMustExist) {
+    firstStart();
+
+    EXPECT_EQ(SettingsKeys::registeredDefaults().size(), 36u);
+    const Dictionary settings = defaults().dictionaryRepresentation();
+    EXPECT_EQ(settings.at("CurrentStorageType"), PlistValue(5));
+    EXPECT_EQ(settings.at("Weekday"), PlistValue(-1));
+    EXPECT_EQ(settings.at("MinDeviceBatteryLevel"), PlistValue(0.0)) << "a float, not the integer 0";
+    EXPECT_EQ(settings.at("MaximumBackupsInSugarSync"), PlistValue(0));
+    EXPECT_EQ(settings.at("BackupMemoEnabled"), PlistValue(true));
+    EXPECT_EQ(settings.at("iCalIntegrationEnabled"), PlistValue(false));
+    EXPECT_FALSE(settings.contains("MaximumBackupsInOwnCloud")) << "the one engine without a default";
+
+    EXPECT_EQ(storedSettings(),
+              (Dictionary{{"DropboxStoragePath", "/Stowhaven"}, {"LocalStoragePath", newLocalFolder()}}));
+    EXPECT_EQ(localStoragePath(), newLocalFolder());
+    EXPECT_TRUE(gSoundEnabled && gConfirmBackup && gBackupDescriptionEnabled && gBackupTitleEnabled);
+    EXPECT_FALSE(gAutoScanPkgEnabled || gAutobackupEnabled || gEncryptBackupEnabled || gPluggedInDeviceOnly);
+    EXPECT_TRUE(battery_.monitoring);
+    EXPECT_THAT(scope_.services.shell.commands, Contains("ifconfig en0 mtu 1400"));
+}
+
+TEST_F(StowhavenAppDelegateTest, BooleanSettingsReachFlagsOfTheirOwn) {
+    std::set<std::atomic<bool>*> flags;
+    for (const SettingKey& key : SettingsKeys::all()) {
+        if (key.flag == nullptr) continue;
+        EXPECT_EQ(key.kind, SettingKind::Boolean) << key.name;
+        EXPECT_TRUE(flags.insert(key.flag).second) << key.name << " shares its flag";
+    }
+    EXPECT_EQ(flags.size(), 22u);
+
+    StowhavenAppDelegate::setupUserDefaults();
+    defaults().set("SoundEnabled", false);
+    defaults().set("iCalIntegrationEnabled", true);
+    defaults().set("CloudStorageOnWifiOnly", "YES");
+    defaults().set("RestoreFromDebsEnabled", 1);
+    StowhavenAppDelegate::refreshPreferences();
+    EXPECT_FALSE(gSoundEnabled);
+    EXPECT_TRUE(gVibrateEnabled);
+    EXPECT_TRUE(gICalIntegrationEnabled);
+    EXPECT_TRUE(gCloudStorageOnWifiOnly);
+    EXPECT_TRUE(gRestoreFromDebsEnabled);
+    EXPECT_FALSE(gBackupDebsEnabled);
+}
+
+TEST_F(StowhavenAppDelegateTest, BatteryLevelOutsideZeroToOneReadsAsZeroWithMonitoringOff) {
+    StowhavenAppDelegate::setupUserDefaults();
+    for (const double outside : {1.5, -0.25}) {
+        SCOPED_TRACE(outside);
+        defaults().set("MinDeviceBatteryLevel", outside);
+        StowhavenAppDelegate::refreshPreferences();
+        EXPECT_EQ(gMinDeviceBatteryLevel, 0.0f);
+        EXPECT_FALSE(battery_.monitoring);
+        EXPECT_EQ(defaults().object("MinDeviceBatteryLevel"), PlistValue(outside)) << "the setting itself stays";
+    }
+    defaults().set("MinDeviceBatteryLevel", 0.35);
+    StowhavenAppDelegate::refreshPreferences();
+    EXPECT_FLOAT_EQ(gMinDeviceBatteryLevel, 0.35f);
+    EXPECT_TRUE(battery_.monitoring);
+}
+
+TEST_F(StowhavenAppDelegateTest, DescriptionAndTitleAreAskedForEvenWithoutRegisteredDefaultsUnlessTurnedOff) {
+    defaults().set("BackupTitleEnabled", false);
+    StowhavenAppDelegate::refreshPreferences();
+
+    EXPECT_EQ(storedSettings().at("BackupDescriptionEnabled"), PlistValue(true));
+    EXPECT_TRUE(gBackupDescriptionEnabled);
+    EXPECT_EQ(storedSettings().at("BackupTitleEnabled"), PlistValue(false));
+    EXPECT_FALSE(gBackupTitleEnabled);
+}
+
+TEST_F(StowhavenAppDelegateTest, StoragePathsAlreadyStoredAreKept) {
+    defaults().set("DropboxStoragePath", "/Backups/phone");
+    defaults().set("LocalStoragePath", "/var/mobile/Documents/Stowhaven");
+    firstStart();
+    EXPECT_EQ(defaults().string("DropboxStoragePath"), "/Backups/phone");
+    EXPECT_EQ(defaults().string("LocalStoragePath"), "/var/mobile/Documents/Stowhaven");
+    EXPECT_EQ(localStoragePath(), "/var/mobile/Documents/Stowhaven");
+}
+
+TEST_F(StowhavenAppDelegateTest, LocalStorageInTheOldPlaceMovesToThePreferences) {
+    const std::string session = "/2014-01-01_10~00~00/PREFERENCES.idx";
+    ASSERT_TRUE(FileManager::createDirectory(oldLocalFolder() + "/2014-01-01_10~00~00", true));
+    ASSERT_TRUE(FileManager::writeFile(oldLocalFolder() + session, "index"));
+    ASSERT_TRUE(FileManager::createDirectory(DeviceRoot::var() + "/mobile/Library/Preferences", true));
+    defaults().set("LocalStoragePath", oldLocalFolder());
+
+    firstStart();
+
+    EXPECT_EQ(FileManager::contentsOfFile(newLocalFolder() + session), "index");
+    EXPECT_FALSE(FileManager::fileExists(oldLocalFolder()));
+    EXPECT_EQ(defaults().string("LocalStoragePath"), newLocalFolder());
+    EXPECT_EQ(localStoragePath(), newLocalFolder());
+    const std::string var = DeviceRoot::var();
+    EXPECT_TRUE(log_.contains("Data moved from <" + var + "/mobile/Media/Stowhaven> to <" + var +
+                              "/mobile/Library/Preferences/Stowhaven>!"));
+}
+
+TEST_F(StowhavenAppDelegateTest, AFailedMoveLeavesTheDataButStillSwitchesToTheNewPlace) {
+    ASSERT_TRUE(FileManager::createDirectory(oldLocalFolder(), true));
+    ASSERT_TRUE(FileManager::writeFile(oldLocalFolder() + "/PHOTOS.idx", "index"));
+    ASSERT_TRUE(FileManager::createDirectory(DeviceRoot::var() + "/mobile/Library/Preferences", true));
+    ASSERT_TRUE(FileManager::writeFile(newLocalFolder(), "in the way"));
+    defaults().set("LocalStoragePath", oldLocalFolder());
+
+    firstStart();
+
+    EXPECT_EQ(FileManager::contentsOfFile(oldLocalFolder() + "/PHOTOS.idx"), "index");
+    EXPECT_EQ(FileManager::contentsOfFile(newLocalFolder()), "in the way");
+    EXPECT_EQ(defaults().string("LocalStoragePath"), newLocalFolder());
+    EXPECT_EQ(localStoragePath(), newLocalFolder());
+    EXPECT_TRUE(log_.contains("Couldn't move data from <" + DeviceRoot::var() + "/mobile/Media/Stowhaven> to <"));
+}
+
+TEST_F(StowhavenAppDelegateTest, AutobackupByURLIsForThisRunOnly) {
+    firstStart();
+    const auto bytesBefore = FileManager::contentsOfFile(UserDefaults::pathForUser("mobile"));
+
+    delegate_.openURL("stowhaven://elsewhere", "Safari");
+    EXPECT_FALSE(gAutobackupEnabled);
+    delegate_.openURL("stowhaven://autobackup", "Safari");
+    EXPECT_TRUE(gAutobackupEnabled);
+
+    EXPECT_FALSE(defaults().boolean("AutobackupEnabled"));
+    EXPECT_EQ(FileManager::contentsOfFile(UserDefaults::pathForUser("mobile")), bytesBefore);
+    StowhavenAppDelegate::refreshPreferences();
+    EXPECT_FALSE(gAutobackupEnabled) << "the stored setting counts again at the next refresh";
+}
+
+TEST_F(StowhavenAppDelegateTest, AFileHandedInBeforeTheFirstForegroundWaitsAndPostsNothing) {
+    firstStart();
+    int dataLoaded = 0;
+    NotificationCenter& center = NotificationCenter::defaultCenter();
+    const auto observer = center.addObserver("DATA_LOADED", nullptr, [&](const Notification&) { ++dataLoaded; });
+
+    delegate_.openURL("file:///var/mobile/Downloads/early.stowhvn", "Mail");
+    scope_.serveMainQueue();
+    EXPECT_EQ(DataToImport::url(), "file:///var/mobile/Downloads/early.stowhvn");
+    EXPECT_EQ(dataLoaded, 0);
+    EXPECT_FALSE(gAutobackupEnabled);
+
+    delegate_.applicationWillEnterForeground();
+    delegate_.openURL("file:///var/mobile/Downloads/later.stowhvn", "Mail");
+    EXPECT_EQ(dataLoaded, 0) << "posted on the main queue, not at once";
+    scope_.serveMainQueue();
+    EXPECT_EQ(dataLoaded, 1);
+    EXPECT_EQ(DataToImport::url(), "file:///var/mobile/Downloads/later.stowhvn");
+    center.removeObserver(observer);
+}
+
+TEST_F(StowhavenAppDelegateTest, ReturningToTheForegroundTakesInSettingsChangedMeanwhile) {
+    firstStart();
+    ASSERT_TRUE(gSoundEnabled);
+    PreferenceStore(UserDefaults::pathForUser("mobile")).set("SoundEnabled", false);
+
+    delegate_.applicationWillEnterForeground();
+
+    EXPECT_FALSE(gSoundEnabled);
+    EXPECT_TRUE(gWasForegrounded);
+    EXPECT_TRUE(exits_.empty());
+}
+
+TEST_F(StowhavenAppDelegateTest, LeavingLetsGoOfEverythingAndEndsTheProcess) {
+    scope_.supervisor();  // its own start sweeps too
+    const std::string temporary = TemporaryDirectory::path();
+    const auto leaveWorkingFiles = [&] {
+        ASSERT_TRUE(FileManager::writeFile(temporary + "/pkgs.txt", "x"));
+        ASSERT_TRUE(FileManager::createDirectory(temporary + "/debs", false));
+        ASSERT_TRUE(FileManager::writeFile(temporary + "/notes.log", "kept"));
+        battery_.monitoring = true;
+    };
+
+    leaveWorkingFiles();
+    delegate_.applicationDidEnterBackground(3);
+    EXPECT_THAT(exits_, ElementsAre(3));
+    EXPECT_FALSE(FileManager::fileExists(temporary + "/pkgs.txt") || FileManager::fileExists(temporary + "/debs"));
+    EXPECT_TRUE(FileManager::fileExists(temporary + "/notes.log"));
+    EXPECT_FALSE(battery_.monitoring);
+
+    leaveWorkingFiles();
+    delegate_.applicationWillTerminate();
+    EXPECT_THAT(exits_, ElementsAre(3, 0));
+    EXPECT_FALSE(FileManager::fileExists(temporary + "/pkgs.txt") || FileManager::fileExists(temporary + "/debs"));
+    EXPECT_FALSE(battery_.monitoring);
+}
+
+class ResetAtStartTest : public StowhavenAppDelegateTest {
+protected:
+    void SetUp() override {
+        StowhavenAppDelegateTest::SetUp();
+        scope_.supervisor().setExitHandler([this](int status) { exits_.push_back(status); });
+        ASSERT_TRUE(FileManager::createDirectory(DeviceRoot::var() + "/root/Library/Preferences", true));
+        ASSERT_TRUE(FileManager::writeFile(UserDefaults::pathForUser("root"), "root's settings"));
+    }
+
+    // The reset's alert is up; the process ends once it has gone.
+    void dismissTheResetAlert() {
+        scope_.serveMainQueue();
+        auto& alerts = scope_.screens.alerts->alerts;
+        ASSERT_EQ(alerts.size(), 1u);
+        EXPECT_EQ(alerts.back().title, Strings::localized("RESET_SETTINGS_TITLE"));
+        EXPECT_TRUE(exits_.empty());
+        scope_.screens.alerts->dismissLast();
+        EXPECT_THAT(exits_, ElementsAre(0));
+    }
+};
+
+TEST_F(ResetAtStartTest, ResetSettingsRemovesTheSettingsOfBothUsersAndEnds) {
+    defaults().set("ResetSettings", true);
+
+    delegate_.didFinishLaunchingWithOptions();
+    dismissTheResetAlert();
+
+    EXPECT_FALSE(FileManager::fileExists(UserDefaults::pathForUser("mobile")));
+    EXPECT_FALSE(FileManager::fileExists(UserDefaults::pathForUser("root")));
+    EXPECT_TRUE(log_.contains("Resetting all settings..."));
+}
+
+TEST_F(ResetAtStartTest, ResetCloudServicesKeepsTheSettingsFilesAndEndsToo) {
+    defaults().set("ResetCloudServices", true);
+
+    delegate_.didFinishLaunchingWithOptions();
+    dismissTheResetAlert();
+
+    EXPECT_EQ(storedSettings().at("ResetCloudServices"), PlistValue(false));
+    EXPECT_TRUE(FileManager::fileExists(UserDefaults::pathForUser("root")));
+    EXPECT_TRUE(log_.contains("Resetting cloud services..."));
+}
+
+TEST_F(ResetAtStartTest, WithoutAResetTheStartGoesOn) {
+    defaults().set("ResetSettings", false);
+    delegate_.didFinishLaunchingWithOptions();
+    scope_.serveMainQueue();
+    EXPECT_TRUE(scope_.screens.alerts->alerts.empty());
+    EXPECT_TRUE(exits_.empty());
+}
+
+}  // namespace
+}  // namespace stowhaven

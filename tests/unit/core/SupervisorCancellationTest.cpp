@@ -1,0 +1,108 @@
+#include "core/Supervisor.h"
+#include "platform/Date.h"
+#include "platform/TemporaryDirectory.h"
+#include "support/SupervisorScope.h"
+#include "unit/plist/CapturedLog.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <filesystem>
+#include <fstream>
+
+namespace stowhaven {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Stands in for the process listings: a command that sends its output to a file gets the
+// next listing written there.
+class ListingShell final : public Shell {
+public:
+    explicit ListingShell(std::deque<std::string> listings) : listings_(std::move(listings)) {}
+
+    void systemExecute(const std::string& command) override {
+        commands.push_back(command);
+        const auto redirection = command.rfind(" > ");
+        if (redirection == std::string::npos || listings_.empty()) return;
+        std::ofstream(command.substr(redirection + 3)) << listings_.front();
+        listings_.pop_front();
+    }
+
+    std::vector<std::string> commands;
+
+private:
+    std::deque<std::string> listings_;
+};
+
+class SupervisorCancellationTest : public ::testing::Test {
+protected:
+    SupervisorCancellationTest() {
+        scope_.services.clock.time = Date(436000000.5).timePoint();
+        listing_ = supervisor_.getTemporaryFileName(true);
+    }
+
+    // The commands that cancelChildProcesses runs with these listings.
+    std::vector<std::string> commandsFor(std::deque<std::string> listings) {
+        auto shell = std::make_unique<ListingShell>(std::move(listings));
+        ListingShell& recorded = *shell;
+        Platform::current().setShell(std::move(shell));
+        supervisor_.cancelChildProcesses();
+        return recorded.commands;
+    }
+
+    std::string listCommand(const std::string& pattern) const {
+        return "sudo ps -ax | \\grep " + pattern + " | awk '{print $2}' > " + listing_;
+    }
+
+    test::SupervisorScope scope_;
+    Supervisor& supervisor_ = scope_.supervisor();
+    std::string listing_;
+};
+
+TEST_F(SupervisorCancellationTest, ACancelSweepsTheWorkingFilesAndIsTold) {
+    const fs::path temporary = TemporaryDirectory::path();
+    std::ofstream(temporary / "pkgs") << "x";
+    fs::create_directories(temporary / "Photos" / "Album");
+    std::ofstream(temporary / "notes.log") << "x";
+    int told = 0;
+    auto& center = NotificationCenter::defaultCenter();
+    const auto observer = center.addObserver("OPERATION_CANCELED", nullptr, [&](const Notification&) { ++told; });
+
+    EXPECT_FALSE(supervisor_.isCanceled());
+    center.post("PROGRESS_CANCELED");
+    center.removeObserver(observer);
+
+    EXPECT_TRUE(supervisor_.isCanceled());
+    EXPECT_EQ(told, 1);
+    EXPECT_FALSE(fs::exists(temporary / "pkgs"));
+    EXPECT_FALSE(fs::exists(temporary / "Photos"));
+    EXPECT_TRUE(fs::exists(temporary / "notes.log"));
+    supervisor_.resetCancelStatus();
+    EXPECT_FALSE(supervisor_.isCanceled());
+}
+
+TEST_F(SupervisorCancellationTest, EveryListedProcessButTheFirstIsKilled) {
+    EXPECT_EQ(commandsFor({"111\n", "111\n222\n333\n"}), (std::vector<std::string>{
+                                                             listCommand("Stowhaven_"),
+                                                             listCommand("111"),
+                                                             "kill -9 222",
+                                                             "kill -9 333",
+                                                             "kill -9 ",
+                                                         }));
+}
+
+TEST_F(SupervisorCancellationTest, NothingButAProcessNumberFromAListingReachesACommand) {
+    test::CapturedLog log;
+    EXPECT_EQ(commandsFor({"111; reboot\n"}), std::vector<std::string>{listCommand("Stowhaven_")});
+    EXPECT_EQ(commandsFor({"111\n", "222 && reboot\n333"}),
+              (std::vector<std::string>{listCommand("Stowhaven_"), listCommand("111"), "kill -9 333"}));
+    EXPECT_TRUE(log.contains("Refusing process number <222 && reboot>"));
+}
+
+TEST_F(SupervisorCancellationTest, WithoutAListingNothingIsKilled) {
+    EXPECT_EQ(commandsFor({}), std::vector<std::string>{listCommand("Stowhaven_")});
+}
+
+}  // namespace
+}  // namespace stowhaven

@@ -1,0 +1,167 @@
+#include "core/ProcessFlags.h"
+#include "core/Supervisor.h"
+#include "platform/TemporaryDirectory.h"
+#include "support/SupervisorScope.h"
+#include "unit/plist/CapturedLog.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace stowhaven {
+namespace {
+
+namespace fs = std::filesystem;
+
+class SupervisorDeviceTest : public ::testing::Test {
+protected:
+    SupervisorDeviceTest() { commands().clear(); }
+
+    std::vector<std::string>& commands() { return scope_.services.shell.commands; }
+    std::vector<test::RecordingAlertPresenter::Alert>& alerts() {
+        scope_.serveMainQueue();
+        return scope_.screens.alerts->alerts;
+    }
+
+    test::SupervisorScope scope_;
+    Supervisor& supervisor_ = scope_.supervisor();
+};
+
+TEST_F(SupervisorDeviceTest, ARespringTakesTheFirstWayTheDeviceHasAndElseAsksTheUser) {
+    const auto& posted = scope_.services.systemNotifications.posted;
+
+    supervisor_.respring();
+    ASSERT_EQ(alerts().size(), 1u);
+    EXPECT_EQ(alerts()[0].message, "Please respring your device manually to apply the changes.");
+
+    scope_.makeFile("/usr/bin/killall");
+    supervisor_.respring();
+    EXPECT_EQ(posted, std::vector<std::string>{"com.apple.language.changed"});
+    EXPECT_TRUE(commands().empty());
+
+    scope_.makeFile("/bin/launchctl");
+    supervisor_.respring();
+    scope_.makeFile("/usr/bin/respring");
+    supervisor_.respring();
+    supervisor_.reboot();
+    EXPECT_EQ(commands(), (std::vector<std::string>{"launchctl stop com.apple.SpringBoard", "respring", "reboot"}));
+    EXPECT_EQ(posted.size(), 1u);
+    EXPECT_EQ(alerts().size(), 1u);
+}
+
+TEST_F(SupervisorDeviceTest, TheEndOfAJobIsSignalledAsTheSettingsAsk) {
+    supervisor_.setJobSummaryProvider([] { return JobSummary{"1. gawk\n", "#tweet ", "", ""}; });
+    supervisor_.backupOrRestoreDone();
+    gSoundEnabled = true;
+    gVibrateEnabled = true;
+    gICalIntegrationEnabled = true;
+    supervisor_.backupOrRestoreDone();
+
+    EXPECT_EQ(scope_.services.sounds.doneSounds, 1);
+    EXPECT_EQ(scope_.services.sounds.vibrations, 1);
+    EXPECT_EQ(scope_.services.calendar.events.size(), 1u);
+}
+
+TEST_F(SupervisorDeviceTest, TheCalendarEntryTellsTheDirectionTheSessionAndThePackages) {
+    auto& events = scope_.services.calendar.events;
+    scope_.services.clock.time = Date(436000000).timePoint();
+    JobSummary summary{"1. gawk\n", "#Stowhaven™(1)'s just restore 1 packages! ", "Spring clean", "Before the upgrade"};
+    supervisor_.setJobSummaryProvider([&] { return summary; });
+    gIsBackupMode = false;
+    supervisor_.storeEKEvent();
+
+    summary.lastSessionTitle.clear();
+    summary.lastSessionDescription.clear();
+    gIsBackupMode = true;
+    supervisor_.storeEKEvent();
+
+    ASSERT_EQ(events.size(), 2u);
+    EXPECT_EQ(events[0].title, "Stowhaven™: Restore [Spring clean]");
+    EXPECT_EQ(events[0].notes, "Description: Before the upgrade\n#Stowhaven™(1)'s just restore 1 packages! 1. gawk\n");
+    EXPECT_EQ(events[0].start, scope_.services.clock.time);
+    EXPECT_EQ(events[0].end, scope_.services.clock.time);
+    EXPECT_EQ(events[1].title, "Stowhaven™: Backup");
+    EXPECT_EQ(events[1].notes, "#Stowhaven™(1)'s just restore 1 packages! 1. gawk\n");
+}
+
+TEST_F(SupervisorDeviceTest, WithoutAPackagesTextThereIsNoCalendarEntry) {
+    test::CapturedLog log;
+    supervisor_.storeEKEvent();
+    supervisor_.setJobSummaryProvider([] { return JobSummary{"", "#tweet", "Title", ""}; });
+    supervisor_.storeEKEvent();
+    EXPECT_TRUE(scope_.services.calendar.events.empty());
+
+    scope_.services.calendar.failure = "denied";
+    supervisor_.setJobSummaryProvider([] { return JobSummary{"1. gawk\n", "", "", ""}; });
+    supervisor_.storeEKEvent();
+    EXPECT_TRUE(log.contains("Error <denied> while creating event in Calendar!"));
+}
+
+class SupervisorMailTest : public SupervisorDeviceTest {
+protected:
+    Email packagesList() const {
+        return {"Hi!", "Packages list", {"ann@example.com", "bob@example.com"},
+                {{"/tmp/a b.txt", "text/plain", "a.txt"}, {"/tmp/c.png", "image/png", "c.png"}}};
+    }
+
+    test::RecordingMail& mail_ = scope_.services.mail;
+    std::shared_ptr<test::RecordingAlertPresenter> caller_ = std::make_shared<test::RecordingAlertPresenter>();
+};
+
+TEST_F(SupervisorMailTest, AMailIsComposedOnTheMainQueueWithTheDevicesFactsAndItsOutcomeShown) {
+    const fs::path card = TemporaryDirectory::path() + "/Stow Haven.vcf";
+    std::ofstream(card) << "BEGIN:VCARD";
+    supervisor_.setCaller(caller_);
+
+    supervisor_.sendEmail(packagesList());
+    EXPECT_TRUE(mail_.messages.empty());
+    scope_.serveMainQueue();
+
+    ASSERT_EQ(mail_.messages.size(), 1u);
+    const MailMessage& message = mail_.messages[0];
+    EXPECT_EQ(message.subject, std::string("Stowhaven™(") + STOWHAVEN_VERSION + ") - Packages list");
+    EXPECT_EQ(message.body, "Hi!" + supervisor_.deviceInfos());
+    EXPECT_EQ(message.toRecipients, packagesList().toRecipients);
+    ASSERT_EQ(message.attachments.size(), 2u);
+    EXPECT_EQ(message.attachments[1].fileName, "c.png");
+    ASSERT_EQ(caller_->alerts.size(), 1u);
+    EXPECT_EQ(caller_->alerts[0].title, "Email sent");
+    EXPECT_FALSE(fs::exists(card));
+}
+
+TEST_F(SupervisorMailTest, EachOutcomeHasItsOwnTitle) {
+    supervisor_.setCaller(caller_);
+    for (const MailResult result : {MailResult::Cancelled, MailResult::Saved, MailResult::Failed}) {
+        mail_.result = result;
+        supervisor_.sendEmail(packagesList());
+        scope_.serveMainQueue();
+    }
+
+    ASSERT_EQ(caller_->alerts.size(), 3u);
+    EXPECT_EQ(caller_->alerts[0].title, "Email canceled");
+    EXPECT_EQ(caller_->alerts[1].title, "Email saved as a draft");
+    EXPECT_EQ(caller_->alerts[2].title, "Failed to send email");
+}
+
+TEST_F(SupervisorMailTest, WithoutACallerNothingIsComposed) {
+    test::CapturedLog log;
+    supervisor_.sendEmail(packagesList());
+    scope_.serveMainQueue();
+    EXPECT_TRUE(mail_.messages.empty());
+    EXPECT_TRUE(log.contains("caller can NOT be NIL!"));
+}
+
+TEST_F(SupervisorMailTest, ADeviceThatCantSendMailHandsTheMailApplicationAnAddress) {
+    mail_.canSend = false;
+    supervisor_.sendEmail(packagesList());
+    scope_.serveMainQueue();
+
+    EXPECT_TRUE(mail_.messages.empty());
+    EXPECT_EQ(mail_.openedURLs, std::vector<std::string>{"mailto:ann%40example.com,bob%40example.com"
+                                                         "?subject=Packages%20list&body=Hi%21"
+                                                         "&attachment=%2Ftmp%2Fa%20b.txt"});
+}
+
+}  // namespace
+}  // namespace stowhaven

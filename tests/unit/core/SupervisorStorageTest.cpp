@@ -1,0 +1,100 @@
+#include "core/Supervisor.h"
+#include "platform/UserDefaults.h"
+#include "support/FakeStorageEngine.h"
+#include "support/SupervisorScope.h"
+#include "unit/plist/CapturedLog.h"
+
+#include <gtest/gtest.h>
+
+namespace stowhaven {
+namespace {
+
+class SupervisorStorageTest : public ::testing::Test {
+protected:
+    test::SupervisorScope scope_;
+    Supervisor& supervisor_ = scope_.supervisor();
+    PreferenceStore& settings_ = UserDefaults::standard();
+};
+
+TEST_F(SupervisorStorageTest, EachTypeHasItsEngineNameAndAnUnknownOneIsNamedAfterTheAddressBook) {
+    const std::vector<std::pair<std::int64_t, std::string>> names = {
+        {0, "Addressbook"}, {1, "Dropbox™"}, {2, "SugarSync™"}, {3, "OneDrive™"},   {4, "BOX™"},
+        {5, "local storage"}, {6, "FTP"},    {7, "GDrive™"},    {8, "OwnCloud™"},  {9, "Addressbook"},
+        {-1, "Addressbook"}};
+    for (const auto& [type, name] : names) {
+        supervisor_.setCurrentStorageType(static_cast<StorageType>(type));
+        EXPECT_EQ(supervisor_.storageEngineName(), name) << type;
+        EXPECT_EQ(supervisor_.isCloudStorage(), type != 0) << type;
+    }
+}
+
+TEST_F(SupervisorStorageTest, TheCurrentEngineFollowsTheLiveTypeAndAnUnknownOneWorksOnLocalStorage) {
+    const auto local = test::FakeStorageEngine::install(StorageType::Local);
+    const auto dropbox = test::FakeStorageEngine::install(StorageType::Dropbox);
+
+    supervisor_.setStorageToDropbox();
+    EXPECT_EQ(supervisor_.currentStorageEngine(), dropbox);
+    supervisor_.setCurrentStorageType(static_cast<StorageType>(42));
+    EXPECT_EQ(supervisor_.currentStorageEngine(), local);
+    supervisor_.setStorageToGDrive();
+    EXPECT_EQ(supervisor_.currentStorageEngine(), nullptr);
+}
+
+TEST_F(SupervisorStorageTest, ALiveChangeStaysUnsavedUntilPersistedOrReset) {
+    test::CapturedLog log;
+    supervisor_.setStorageToSkyDrive();
+    EXPECT_TRUE(log.contains("Storage is now: ONEDRIVE"));
+    EXPECT_TRUE(supervisor_.isStorageSkyDrive());
+    EXPECT_FALSE(supervisor_.isStorageSameAsDefault());
+    EXPECT_FALSE(settings_.keyExists("CurrentStorageType"));
+
+    supervisor_.persistStorageType();
+    EXPECT_EQ(settings_.object("CurrentStorageType"), PlistValue(3));
+    EXPECT_TRUE(supervisor_.isStorageSameAsDefault());
+
+    supervisor_.setStorageToBox();
+    supervisor_.resetStorageToDefault();
+    EXPECT_TRUE(supervisor_.isStorageSkyDrive());
+    EXPECT_TRUE(log.contains("Storage is now: OneDrive™"));
+}
+
+TEST_F(SupervisorStorageTest, CachesAreFlushedOnTheEnginesMadeSoFarInTheirOrder) {
+    auto flushes = std::make_shared<std::vector<std::string>>();
+    for (const auto& [type, name] : std::vector<std::pair<StorageType, std::string>>{
+             {StorageType::SkyDrive, "SkyDrive"},
+             {StorageType::SugarSync, "SugarSync"},
+             {StorageType::OwnCloud, "OwnCloud"},
+             {StorageType::FTP, "FTP"},
+             {StorageType::Dropbox, "Dropbox"},
+             {StorageType::Box, "Box"},
+             {StorageType::Local, "Local"},
+             {StorageType::Addressbook, "Addressbook"},
+         }) {
+        test::FakeStorageEngine::install(type, name, flushes);
+    }
+    supervisor_.cloudStorageFlushCache();
+    EXPECT_EQ(*flushes, (std::vector<std::string>{"Box", "Dropbox", "FTP", "OwnCloud", "SugarSync", "SkyDrive"}));
+}
+
+TEST_F(SupervisorStorageTest, EachEngineKeepsItsOwnCountOfBackupsUnderItsOwnKey) {
+    supervisor_.setStorageToFTP();
+    supervisor_.setMaximumBackupToKeep(7);
+    supervisor_.persistMaximumBackupsToKeep();
+    supervisor_.setStorageToOwnCloud();
+    EXPECT_EQ(supervisor_.maximumBackupsToKeep(), 0);
+    supervisor_.setMaximumBackupToKeep(2);
+    supervisor_.persistMaximumBackupsToKeep();
+
+    EXPECT_EQ(settings_.object("MaximumBackupsInFTP"), PlistValue(7u));
+    EXPECT_EQ(settings_.object("MaximumBackupsInOwnCloud"), PlistValue(2u));
+    EXPECT_EQ(settings_.dictionaryRepresentation().size(), 2u);
+
+    scope_.serveMainQueue();
+    Supervisor::resetForTesting();
+    Supervisor& restarted = scope_.supervisor();
+    restarted.setStorageToFTP();
+    EXPECT_EQ(restarted.maximumBackupsToKeep(), 7);
+}
+
+}  // namespace
+}  // namespace stowhaven

@@ -1,0 +1,26 @@
+#include "platform/MemoryStatistics.h"
+
+#include <gtest/gtest.h>
+
+namespace stowhaven {
+namespace {
+
+TEST(MemoryStatisticsTest, FreeAndUsedMakeUpTheTotal) {
+    const auto statistics = MemoryStatistics::fromMeminfo(
+        "MemTotal:        2048000 kB\nMemFreeish:      1 kB\nMemFree:          512000 kB\n"
+        "MemAvailable:    1024000 kB\n");
+    ASSERT_TRUE(statistics);
+    EXPECT_EQ(statistics->totalBytes, 2048000u * 1024);
+    EXPECT_EQ(statistics->freeBytes, 512000u * 1024);
+    EXPECT_EQ(statistics->usedBytes, 1536000u * 1024);
+}
+
+TEST(MemoryStatisticsTest, AListingWithoutBothFiguresGivesNothing) {
+    EXPECT_FALSE(MemoryStatistics::fromMeminfo("MemTotal: 2048 kB\n"));
+    EXPECT_FALSE(MemoryStatistics::fromMeminfo("MemTotal: 2048 kB\nMemFree: lots\n"));
+    EXPECT_FALSE(MemoryStatistics::fromMeminfo("MemTotal: 2048 kB\nMemFree: 4096 kB\n"));
+    EXPECT_TRUE(MemoryStatistics::read());
+}
+
+}  // namespace
+}  // namespace stowhaven
