@@ -1,0 +1,88 @@
+#include "archive/Base64.h"
+#include "archive/Zlib.h"
+#include "unit/plist/CapturedLog.h"
+
+#include <gtest/gtest.h>
+
+#include <zlib.h>
+
+namespace stowhaven {
+namespace {
+
+TEST(Base64Test, MatchesTheVectorsOfRfc4648) {
+    const std::pair<const char*, const char*> vectors[] = {
+        {"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foo", "Zm9v"}, {"foob", "Zm9vYg=="}, {"fooba", "Zm9vYmE="},
+        {"foobar", "Zm9vYmFy"}};
+    for (const auto& [bytes, text] : vectors) {
+        EXPECT_EQ(Base64::encode(bytes), text);
+        EXPECT_EQ(Base64::decode(text), bytes);
+    }
+}
+
+TEST(Base64Test, UsesTheStandardAlphabet) {
+    EXPECT_EQ(Base64::encode("\xfb\xef\xff"), "++//");
+    EXPECT_EQ(Base64::decode("++//"), "\xfb\xef\xff");
+}
+
+TEST(Base64Test, SkipsLineBreaksAndBlanks) {
+    EXPECT_EQ(Base64::decode("Zm9v\r\nYmFy\n"), "foobar");
+    EXPECT_EQ(Base64::decode(" Zm9vYg = = \t"), "foob");
+}
+
+TEST(Base64Test, RefusesWhatIsNotBase64) {
+    for (const char* text : {"Zm9", "Zm9vY", "Z===", "====", "Zm=v", "Zg==Zg==", "Zm9v-_", "Zm9v!", "Zm9\xc3\xa9"}) {
+        EXPECT_EQ(Base64::decode(text), std::nullopt) << text;
+    }
+}
+
+std::string sampleText() {
+    std::string text;
+    for (int line = 0; line < 2000; ++line) text += "Package " + std::to_string(line) + "\tcom.example\t1.0\n";
+    return text;
+}
+
+TEST(ZlibTest, RoundTripsAsAPlainZlibStream) {
+    const std::string text = sampleText();
+    const std::string stream = Zlib::deflate(text);
+    EXPECT_LT(stream.size(), text.size() / 4);
+    // A plain zlib stream, as uncompress() reads it.
+    std::string check(text.size(), '\0');
+    uLongf length = check.size();
+    ASSERT_EQ(uncompress(reinterpret_cast<Bytef*>(check.data()), &length,
+                         reinterpret_cast<const Bytef*>(stream.data()), stream.size()),
+              Z_OK);
+    EXPECT_EQ(check, text);
+    EXPECT_EQ(Zlib::inflate(stream, text.size()), text);
+    EXPECT_EQ(Zlib::inflate(Zlib::deflate(""), 0), "");
+}
+
+TEST(ZlibTest, RefusesDamagedStreamsWithALogLine) {
+    const std::string stream = Zlib::deflate(sampleText());
+    std::string flipped = stream;
+    flipped[stream.size() / 2] ^= 0x20;
+    const std::pair<std::string, const char*> damaged[] = {
+        {"", "nothing"},
+        {"plain text, no stream", "no zlib header"},
+        {stream.substr(0, stream.size() - 1), "a stream cut short"},
+        {stream.substr(0, stream.size() / 2), "half a stream"},
+        {flipped, "a flipped bit"},
+        {stream + "x", "bytes after the end"},
+    };
+    for (const auto& [input, what] : damaged) {
+        test::CapturedLog log;
+        EXPECT_EQ(Zlib::inflate(input, 1 << 20), std::nullopt) << what;
+        EXPECT_FALSE(log.empty()) << what;
+    }
+}
+
+TEST(ZlibTest, StopsAtTheLimitOfInflatedBytes) {
+    const std::string bomb = Zlib::deflate(std::string(8 * 1024 * 1024, '\0'));
+    ASSERT_LT(bomb.size(), 16u * 1024);
+    test::CapturedLog log;
+    EXPECT_EQ(Zlib::inflate(bomb, 1024 * 1024), std::nullopt);
+    EXPECT_TRUE(log.contains("beyond"));
+    EXPECT_EQ(Zlib::inflate(bomb, 8 * 1024 * 1024)->size(), 8u * 1024 * 1024) << "exactly at the limit";
+}
+
+}  // namespace
+}  // namespace stowhaven

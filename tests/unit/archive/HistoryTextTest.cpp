@@ -1,0 +1,78 @@
+#include "archive/Base64.h"
+#include "archive/HistoryText.h"
+#include "archive/KeyedArchiver.h"
+#include "archive/Zlib.h"
+#include "platform/plist/PlistCodec.h"
+#include "unit/archive/SampleRecords.h"
+#include "unit/plist/CapturedLog.h"
+
+#include <gtest/gtest.h>
+
+namespace stowhaven {
+namespace {
+
+using test::SampleSession;
+
+TEST(HistoryTextTest, RoundTripsASessionAndAnArrayOfSessions) {
+    const auto session = test::makeSampleSession(50, 20, 5);
+    const auto older = test::makeSampleSession(1, 0, 0);
+    older->sessionDate = Date(1000);
+    const ClassRegistry classes = test::sampleClasses();
+
+    const auto text = HistoryText::encode(session);
+    ASSERT_TRUE(text);
+    EXPECT_EQ(text->find_first_of("\r\n"), std::string::npos) << "one line";
+    const auto read = HistoryText::decode(*text, classes);
+    ASSERT_TRUE(read && read->object<SampleSession>());
+    EXPECT_EQ(read->object<SampleSession>()->rawData, session->rawData);
+
+    const auto sessions = HistoryText::decode(*HistoryText::encode(ArchiveValue::Array{older, session}), classes);
+    ASSERT_TRUE(sessions && sessions->isArray());
+    ASSERT_EQ(sessions->asArray()->size(), 2u);
+    EXPECT_EQ((*sessions->asArray())[0].object<SampleSession>()->sessionDate, Date(1000));
+    EXPECT_EQ((*sessions->asArray())[1].object<SampleSession>()->preferencesData, session->preferencesData);
+}
+
+TEST(HistoryTextTest, IsTheArchiveDeflatedInBase64) {
+    const auto session = test::makeSampleSession(2, 0, 1);
+    const auto text = HistoryText::encode(session);
+    ASSERT_TRUE(text);
+    const auto archive = Zlib::inflate(*Base64::decode(*text), HistoryText::kMaximumArchiveSize);
+    ASSERT_TRUE(archive);
+    EXPECT_EQ(PlistCodec::parse(*archive), KeyedArchiver::archivedPlist(session));
+}
+
+TEST(HistoryTextTest, ADamagedTextGivesNothingAndALogLineAtEachStage) {
+    const std::string archive = *KeyedArchiver::archivedData(test::makeSampleSession(2, 0, 1));
+    const std::string stream = Zlib::deflate(archive);
+    std::string flippedArchive = archive;
+    flippedArchive.replace(flippedArchive.find("$archiver"), 9, "$archivex");
+    const std::pair<std::string, const char*> damaged[] = {
+        {"", "an empty text"},
+        {"not base64 at all!", "text outside the alphabet"},
+        {Base64::encode(archive), "an archive that isn't deflated"},
+        {Base64::encode(stream.substr(0, stream.size() - 3)), "a stream cut short"},
+        {Base64::encode(Zlib::deflate("plain words")), "a stream of no property list"},
+        {Base64::encode(Zlib::deflate(*PlistCodec::serialize(PlistValue::Array{1}, PlistFormat::Binary))),
+         "a property list that is no archive"},
+        {Base64::encode(Zlib::deflate(flippedArchive)), "an archive without its archiver"},
+        {Base64::encode(Zlib::deflate(std::string(HistoryText::kMaximumArchiveSize + 1, ' '))),
+         "a stream that inflates beyond the limit"},
+    };
+    const ClassRegistry classes = test::sampleClasses();
+    for (const auto& [text, what] : damaged) {
+        test::CapturedLog log;
+        EXPECT_EQ(HistoryText::decode(text, classes), std::nullopt) << what;
+        EXPECT_TRUE(log.contains("Refused a history text")) << what;
+    }
+}
+
+TEST(HistoryTextTest, ARootTheArchiverRefusesGivesNoText) {
+    test::CapturedLog log;
+    EXPECT_EQ(HistoryText::encode(ArchiveValue(PlistValue::uid(3))), std::nullopt);
+    EXPECT_EQ(HistoryText::encode(ArchiveValue("\xff not UTF-8")), std::nullopt);
+    EXPECT_TRUE(log.contains("Couldn't make the history text"));
+}
+
+}  // namespace
+}  // namespace stowhaven

@@ -1,0 +1,131 @@
+#include "archive/KeyedArchiver.h"
+#include "archive/KeyedUnarchiver.h"
+#include "unit/archive/SampleRecords.h"
+#include "unit/plist/CapturedLog.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace stowhaven {
+namespace {
+
+using Array = ArchiveValue::Array;
+using Dictionary = ArchiveValue::Dictionary;
+using test::SampleSession;
+
+ArchiveValue roundTrip(const ArchiveValue& value) {
+    const auto archive = KeyedArchiver::archivedData(value);
+    EXPECT_TRUE(archive);
+    if (!archive) return {};
+    const auto read = KeyedUnarchiver::unarchiveObjectWithData(*archive, test::sampleClasses());
+    EXPECT_TRUE(read);
+    return read.value_or(ArchiveValue());
+}
+
+TEST(KeyedArchiveRoundTripTest, KeepsEveryFoundationKind) {
+    const ArchiveValue value = Dictionary{
+        {"booleans", Array{true, false}},
+        {"integers", Array{0, -1, 255, std::numeric_limits<std::int64_t>::min(),
+                           std::numeric_limits<std::int64_t>::max(), std::numeric_limits<std::uint64_t>::max()}},
+        {"reals", Array{0.5, -1e300, INFINITY}},
+        {"strings", Array{"", "plain", "h\u00e9llo \xf0\x9f\x98\x80", ArchiveValue::mutableString("growing")}},
+        {"data", Array{PlistValue::data(std::string("\0\1\2", 3)), ArchiveValue::mutableData({0xFF, 0x00})}},
+        {"dates", Array{Date(0), Date(-31536000.25), Date(747763200.125)}},
+        {"null objects", Array{ArchiveValue(), "between", ArchiveValue()}},
+        {"containers", ArchiveValue::mutableArray({Array{}, Dictionary{}, ArchiveValue::mutableDictionary({})})},
+        {"$class", "a key that looks like the archive's own"},
+        {"", "the empty key"},
+    };
+    EXPECT_EQ(roundTrip(value), value);
+    EXPECT_EQ(roundTrip(ArchiveValue()), ArchiveValue()) << "an archive of nil";
+}
+
+TEST(KeyedArchiveRoundTripTest, KeepsEveryFieldOfNestedModelObjects) {
+    const auto session = test::makeSampleSession(3, 12, 4);
+    session->nbPackages = std::int64_t{1} << 40;
+
+    const auto read = roundTrip(session).object<SampleSession>();
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->rawData, session->rawData);
+    EXPECT_EQ(read->applications.size(), 4u);
+    // Every field, nil ones included, comes back if the copy archives as the original does.
+    EXPECT_EQ(KeyedArchiver::archivedPlist(read), KeyedArchiver::archivedPlist(session));
+}
+
+TEST(KeyedArchiveRoundTripTest, ObjectsReferredToTwiceComeBackAsOneObject) {
+    const auto session = test::makeSampleSession(0, 0, 2);
+    const ArchiveValue sessions = Array{session, session};
+
+    const auto read = roundTrip(sessions);
+    ASSERT_TRUE(read.isArray());
+    const auto first = (*read.asArray())[0].object<SampleSession>();
+    ASSERT_TRUE(first);
+    EXPECT_EQ((*read.asArray())[1].object<SampleSession>(), first);
+    EXPECT_EQ(first->favourite, first->applications.front());
+    EXPECT_NE(first->applications[0], first->applications[1]);
+}
+
+TEST(KeyedArchiveRoundTripTest, NumbersConvertBetweenKindsAsFoundationDoes) {
+    struct Numbers final : Codable {
+        std::vector<std::string> classChain() const override { return {"Numbers", "NSObject"}; }
+        void encodeWithCoder(KeyedArchiver& coder) const override {
+            coder.encodeBool(true, "boolean");
+            coder.encodeDouble(-2.75, "real");
+            coder.encodeDouble(1e20, "huge");
+            coder.encodeDouble(1e300, "beyond floats");
+            coder.encodeInt64(std::int64_t{1} << 40, "wide");
+            coder.encodeInt32(-5, "narrow");
+        }
+    };
+    bool read = false;
+    ClassRegistry classes;
+    classes.registerClass("Numbers", [&](KeyedUnarchiver& coder) {
+        read = true;
+        EXPECT_EQ(coder.decodeInt64ForKey("boolean"), 1);
+        EXPECT_EQ(coder.decodeInt64ForKey("real"), -2);
+        EXPECT_EQ(coder.decodeInt64ForKey("huge"), std::numeric_limits<std::int64_t>::max());
+        EXPECT_TRUE(std::isinf(coder.decodeFloatForKey("beyond floats")));
+        EXPECT_TRUE(coder.decodeBoolForKey("real"));
+        EXPECT_EQ(coder.decodeDoubleForKey("narrow"), -5.0);
+        EXPECT_EQ(coder.decodeInt32ForKey("narrow"), -5);
+        EXPECT_EQ(coder.decodeInt32ForKey("wide"), 0) << "beyond 32 bits";
+        EXPECT_FALSE(coder.containsValueForKey("missing"));
+        EXPECT_EQ(coder.decodeInt64ForKey("missing"), 0);
+        EXPECT_FALSE(coder.decodeBoolForKey("missing"));
+        return std::make_shared<Numbers>();
+    });
+    const auto archive = KeyedArchiver::archivedData(std::make_shared<Numbers>());
+    ASSERT_TRUE(archive);
+    EXPECT_TRUE(KeyedUnarchiver::unarchiveObjectWithData(*archive, classes));
+    EXPECT_TRUE(read);
+}
+
+TEST(KeyedArchiveRoundTripTest, TheArchiverRefusesWhatTheReaderWouldRefuse) {
+    struct Loop final : Codable {
+        std::shared_ptr<Loop> next;
+        std::vector<std::string> classChain() const override { return {"Loop", "NSObject"}; }
+        void encodeWithCoder(KeyedArchiver& coder) const override { coder.encodeObject(next, "next"); }
+    };
+    struct Nameless final : Codable {
+        std::vector<std::string> classChain() const override { return {}; }
+        void encodeWithCoder(KeyedArchiver&) const override {}
+    };
+    const auto loop = std::make_shared<Loop>();
+    loop->next = std::make_shared<Loop>();
+    loop->next->next = loop;
+    ArchiveValue deep;
+    for (std::size_t level = 0; level <= KeyedUnarchiver::kMaximumNesting; ++level) deep = Array{deep};
+
+    test::CapturedLog log;
+    EXPECT_EQ(KeyedArchiver::archivedData(loop), std::nullopt) << "objects holding each other";
+    EXPECT_EQ(KeyedArchiver::archivedData(deep), std::nullopt) << "nesting beyond the limit";
+    EXPECT_EQ(KeyedArchiver::archivedData(Array{PlistValue::uid(1)}), std::nullopt) << "a UID as a value";
+    EXPECT_EQ(KeyedArchiver::archivedData(std::make_shared<Nameless>()), std::nullopt) << "an object of no class";
+    EXPECT_TRUE(log.contains("Can't archive"));
+    loop->next->next = nullptr;
+}
+
+}  // namespace
+}  // namespace stowhaven
