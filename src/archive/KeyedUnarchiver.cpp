@@ -67,6 +67,11 @@ bool KeyedUnarchiver::containsValueForKey(std::string_view key) const {
     return valueForKey(key) != nullptr;
 }
 
+bool KeyedUnarchiver::containsNumberForKey(std::string_view key) const {
+    const PlistValue* value = valueForKey(key);
+    return value != nullptr && value->isNumber();
+}
+
 ArchiveValue KeyedUnarchiver::decodeObjectForKey(std::string_view key) {
     const PlistValue* value = valueForKey(key);
     if (value == nullptr) return {};

@@ -48,6 +48,8 @@ public:
     // About the keys of the model object being read. A missing key answers nil, false or 0
     // without a log line; a value of another kind answers the same with one.
     bool containsValueForKey(std::string_view key) const;
+    // A number written in place under the key, as the encode calls of numbers write them.
+    bool containsNumberForKey(std::string_view key) const;
     ArchiveValue decodeObjectForKey(std::string_view key);
     std::optional<std::string> decodeStringForKey(std::string_view key);
     std::optional<PlistValue::Data> decodeDataForKey(std::string_view key);

@@ -1,6 +1,6 @@
 #include "core/CydiaFile.h"
 
-#include "core/CatalogueText.h"
+#include "core/Text.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -10,9 +10,10 @@
 
 namespace stowhaven {
 
-using catalogue_text::orNull;
-using catalogue_text::split;
-using catalogue_text::trimmed;
+using textutil::orNull;
+using textutil::percentEncoded;
+using textutil::split;
+using textutil::trimmed;
 
 namespace {
 
@@ -28,16 +29,6 @@ bool isRefused(const std::string& identifier) {
 
 // The site whose search page the social post links a package to.
 constexpr std::string_view kPackageSearchPage = "http://search.packages.example/cydia/search.php";
-
-std::string percentEncoded(std::string_view text) {
-    std::string encoded;
-    for (const char c : text) {
-        const bool unreserved = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-                                c == '-' || c == '.' || c == '_' || c == '~';
-        encoded += unreserved ? std::string(1, c) : fmt::format("%{:02X}", static_cast<unsigned char>(c));
-    }
-    return encoded;
-}
 
 std::string jsonString(const std::string& text) {
     return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
@@ -116,13 +107,13 @@ std::string CydiaFile::backupData() const {
 
 bool CydiaFile::isEqual(const CydiaFile& other) const {
     const auto same = [](const std::optional<std::string>& left, const std::optional<std::string>& right) {
-        return left && right ? catalogue_text::caseInsensitiveOrder(*left, *right) == 0 : left == right;
+        return left && right ? textutil::caseInsensitiveOrder(*left, *right) == 0 : left == right;
     };
     return same(packageName_, other.packageName_) && same(version_, other.version_);
 }
 
 std::weak_ordering CydiaFile::compareByName(const CydiaFile& other) const {
-    return catalogue_text::caseInsensitiveOrder(name_.value_or(""), other.name_.value_or(""));
+    return textutil::caseInsensitiveOrder(name_.value_or(""), other.name_.value_or(""));
 }
 
 std::string CydiaFile::description() const {
@@ -155,11 +146,11 @@ bool CydiaFile::dependsOnSBOrganizerPkg() const { return dependsOnPackage(kSBOrg
 
 bool CydiaFile::isSuccessfullyInstalled() const {
     return installLog_ &&
-           catalogue_text::containsCaseInsensitive(*installLog_, fmt::format("Setting up {}", orNull(packageName_)));
+           textutil::containsCaseInsensitive(*installLog_, fmt::format("Setting up {}", orNull(packageName_)));
 }
 
 bool CydiaFile::isAlreadyInstalled() const {
-    return installLog_ && catalogue_text::containsCaseInsensitive(
+    return installLog_ && textutil::containsCaseInsensitive(
                               *installLog_, fmt::format("{} is already the newest version.", orNull(packageName_)));
 }
 

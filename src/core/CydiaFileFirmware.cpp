@@ -1,6 +1,6 @@
 #include "core/CydiaFile.h"
 
-#include "core/CatalogueText.h"
+#include "core/Text.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -49,7 +49,7 @@ bool CydiaFile::isFirmwareCompatible(const std::string& deviceSystemVersion) con
     // text if there is none: npos + 1 is 0).
     std::string requirement = firmwareSpecs_->substr(firmwareSpecs_->rfind('(') + 1);
     requirement.erase(std::remove(requirement.begin(), requirement.end(), ')'), requirement.end());
-    const std::vector<std::string> pieces = catalogue_text::split(requirement, ' ');
+    const std::vector<std::string> pieces = textutil::split(requirement, ' ');
     const std::string& operation = pieces.front();
 
     VersionNumber device = versionNumber(deviceSystemVersion);

@@ -1,6 +1,6 @@
 #include "core/CydiaFile.h"
 
-#include "core/CatalogueText.h"
+#include "core/Text.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
@@ -45,7 +45,7 @@ std::optional<std::string> CydiaFile::getNameWithPackageName(const std::optional
     if (!packageName) return std::nullopt;
     const auto name = queryPackage(*packageName, nameCommand);
     if (!name) return std::nullopt;
-    std::string displayName = catalogue_text::trimmed(*name);
+    std::string displayName = textutil::trimmed(*name);
     if (displayName.empty()) return std::nullopt;
     return displayName;
 }

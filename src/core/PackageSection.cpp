@@ -1,6 +1,6 @@
 #include "core/PackageSection.h"
 
-#include "core/CatalogueText.h"
+#include "core/Text.h"
 
 #include <fmt/format.h>
 
@@ -38,7 +38,7 @@ std::vector<std::shared_ptr<PackageSection>> PackageSection::sectionsOf(const Pa
 
 std::weak_ordering PackageSection::compare(const PackageSection& other) {
     sortPackages();
-    return catalogue_text::caseInsensitiveOrder(name_, other.name_);
+    return textutil::caseInsensitiveOrder(name_, other.name_);
 }
 
 void PackageSection::sortPackages() {

@@ -23,23 +23,22 @@ constexpr double kNoDataSetSize = -32768;
 constexpr const char* kNoDataSetName = "N/A";
 
 struct DataSetEntry {
-    bool (DataSetSizes::*has)() const;
-    double (DataSetSizes::*size)() const;
+    StockDataSet set;
     const char* name;
 };
 
 // In the order they are weighed: on equal sizes the earlier one stays the largest.
 constexpr std::array<DataSetEntry, 10> kDataSets = {{
-    {&DataSetSizes::hasCalendarData, &DataSetSizes::calendarDataSize, "Calendar data"},
-    {&DataSetSizes::hasChatData, &DataSetSizes::chatDataSize, "Messages data"},
-    {&DataSetSizes::hasHealthData, &DataSetSizes::healthDataSize, "Health data"},
-    {&DataSetSizes::hasPhoneData, &DataSetSizes::phoneDataSize, "Phone data"},
-    {&DataSetSizes::hasVideosData, &DataSetSizes::videosDataSize, "Videos"},
-    {&DataSetSizes::hasContactsData, &DataSetSizes::contactsDataSize, "Contacts data"},
-    {&DataSetSizes::hasNotesData, &DataSetSizes::notesDataSize, "Notes data"},
-    {&DataSetSizes::hasMapsData, &DataSetSizes::mapsDataSize, "Maps data"},
-    {&DataSetSizes::hasPhotosData, &DataSetSizes::photosDataSize, "Photos"},
-    {&DataSetSizes::hasSafariData, &DataSetSizes::safariDataSize, "Safari data"},
+    {StockDataSet::Calendar, "Calendar data"},
+    {StockDataSet::Chat, "Messages data"},
+    {StockDataSet::Health, "Health data"},
+    {StockDataSet::Phone, "Phone data"},
+    {StockDataSet::Videos, "Videos"},
+    {StockDataSet::Contacts, "Contacts data"},
+    {StockDataSet::Notes, "Notes data"},
+    {StockDataSet::Maps, "Maps data"},
+    {StockDataSet::Photos, "Photos"},
+    {StockDataSet::Safari, "Safari data"},
 }};
 
 // A number as the device's decimal style writes it in English: "1,234.568".
@@ -119,8 +118,8 @@ DataSet Supervisor::findLargestDataSet() const {
     const std::shared_ptr<const DataSetSizes> source = dataSets(gIsBackupMode);
     if (!source) return largest;
     for (const DataSetEntry& entry : kDataSets) {
-        const double size = (*source.*entry.size)();
-        if ((*source.*entry.has)() && size > largest.size) largest = {entry.name, size};
+        const double size = source->dataSize(entry.set);
+        if (source->hasData(entry.set) && size > largest.size) largest = {entry.name, size};
     }
     return largest;
 }

@@ -1,5 +1,6 @@
 #include "core/Supervisor.h"
 
+#include "core/Text.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "platform/Strings.h"
@@ -8,36 +9,20 @@
 
 #include <fmt/format.h>
 
-#include <cctype>
-
 namespace stowhaven {
 
 namespace {
-
-// Each part of a "mailto:" address, with everything but the unreserved characters escaped.
-std::string percentEncoded(std::string_view text) {
-    std::string encoded;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (std::isalnum(byte) || c == '-' || c == '.' || c == '_' || c == '~') {
-            encoded += c;
-        } else {
-            encoded += fmt::format("%{:02X}", byte);
-        }
-    }
-    return encoded;
-}
 
 std::string mailtoURL(const Email& email) {
     std::string recipients;
     for (const std::string& recipient : email.toRecipients) {
         if (!recipients.empty()) recipients += ',';
-        recipients += percentEncoded(recipient);
+        recipients += textutil::percentEncoded(recipient);
     }
-    std::string url = fmt::format("mailto:{}?subject={}", recipients, percentEncoded(email.subject));
-    url += fmt::format("&body={}", percentEncoded(email.emailBody));
+    std::string url = fmt::format("mailto:{}?subject={}", recipients, textutil::percentEncoded(email.subject));
+    url += fmt::format("&body={}", textutil::percentEncoded(email.emailBody));
     if (!email.fileAttachments.empty()) {
-        url += fmt::format("&attachment={}", percentEncoded(email.fileAttachments.front().filePath));
+        url += fmt::format("&attachment={}", textutil::percentEncoded(email.fileAttachments.front().filePath));
     }
     return url;
 }

@@ -16,16 +16,31 @@ std::string ShellQuote::inDoubleQuotes(std::string_view value) {
     return quoted;
 }
 
-std::optional<std::string> ShellQuote::packageIdentifier(std::string_view value) {
-    const bool allowed = std::all_of(value.begin(), value.end(), [](char c) {
-        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '+' ||
-               c == '.' || c == '-' || c == '_';
+namespace {
+
+// The value when it is made only of letters, digits and the characters given, and doesn't
+// start with "-", which a tool would read as an option.
+std::optional<std::string> plainWord(std::string_view value, std::string_view otherCharacters) {
+    const bool allowed = std::all_of(value.begin(), value.end(), [&](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+               otherCharacters.find(c) != std::string_view::npos;
     });
-    if (value.empty() || !allowed || value.front() == '-') {
-        SH_LOG("Refusing package identifier <{}>: not a package name", value);
-        return std::nullopt;
-    }
+    if (value.empty() || !allowed || value.front() == '-') return std::nullopt;
     return std::string(value);
+}
+
+}  // namespace
+
+std::optional<std::string> ShellQuote::packageIdentifier(std::string_view value) {
+    auto identifier = plainWord(value, "+.-_");
+    if (!identifier) SH_LOG("Refusing package identifier <{}>: not a package name", value);
+    return identifier;
+}
+
+std::optional<std::string> ShellQuote::plainPath(std::string_view value) {
+    auto path = plainWord(value, "/+.-_");
+    if (!path) SH_LOG("Refusing path <{}> in a command: it holds characters the shell would read", value);
+    return path;
 }
 
 }  // namespace stowhaven

@@ -1,6 +1,7 @@
 #include "support/SupervisorScope.h"
 
 #include "core/ProcessFlags.h"
+#include "items/SelectionDefaults.h"
 #include "platform/dispatch/MainQueue.h"
 #include "storage/StorageEngines.h"
 
@@ -25,6 +26,7 @@ void SupervisorScope::startAsAFirstLaunch() {
     Supervisor::resetForTesting();
     StorageEngines::removeAllForTesting();
     MainQueue::shared().bindToCurrentThread();
+    DefaultList::reloadAllOnNextUse();
     for (std::size_t index = 0; index < kFirstLaunchFlags.size(); ++index) {
         savedFlags_[index] = kFirstLaunchFlags[index].first->exchange(kFirstLaunchFlags[index].second);
     }

@@ -40,7 +40,7 @@ protected:
 };
 
 TEST_F(SupervisorFreeSpaceTest, WithoutALargestApplicationThereIsNothingToWeigh) {
-    device_->with("Photos", 50000);
+    device_->with(StockDataSet::Photos, 50000);
     supervisor_.setFreeSpace(10);
 
     const DataSet largest = supervisor_.findLargestDataSet();
@@ -52,19 +52,22 @@ TEST_F(SupervisorFreeSpaceTest, WithoutALargestApplicationThereIsNothingToWeigh)
 
 TEST_F(SupervisorFreeSpaceTest, TheLargestDataSetIsTheFirstOfTheBiggestThatIsThere) {
     setLargestApplication("Big App", 100);
-    device_->with("Chat", 300).with("Photos", 300).with("Videos", 200).with("Safari", 900, false);
+    device_->with(StockDataSet::Chat, 300)
+        .with(StockDataSet::Photos, 300)
+        .with(StockDataSet::Videos, 200)
+        .with(StockDataSet::Safari, 900, false);
     EXPECT_EQ(supervisor_.findLargestDataSet().name, "Messages data");
     EXPECT_EQ(supervisor_.findLargestDataSet().size, 300);
 
     device_ = std::make_shared<test::FakeDataSets>();
-    device_->with("Calendar", 100).with("Notes", 99);
+    device_->with(StockDataSet::Calendar, 100).with(StockDataSet::Notes, 99);
     EXPECT_EQ(supervisor_.findLargestDataSet().name, "Big App");
 }
 
 TEST_F(SupervisorFreeSpaceTest, ARestoreWeighsTheSessionsDataSetsAndNotTheApplication) {
     setLargestApplication("Big App", 100);
-    device_->with("Photos", 5000);
-    session_->with("Maps", 10);
+    device_->with(StockDataSet::Photos, 5000);
+    session_->with(StockDataSet::Maps, 10);
     gIsBackupMode = false;
 
     EXPECT_EQ(supervisor_.findLargestDataSet().name, "Maps data");
@@ -88,7 +91,7 @@ TEST_F(SupervisorFreeSpaceTest, TheDevicesOwnRoomIsTestedInBothDirectionsEvenWit
     EXPECT_FALSE(supervisor_.hasValidFreeSpace());
 
     gIsBackupMode = false;
-    session_->with("Photos", 2048.5);
+    session_->with(StockDataSet::Photos, 2048.5);
     supervisor_.setFreeSpace(1000.25);
     EXPECT_FALSE(supervisor_.hasValidFreeSpace());
 
@@ -112,7 +115,7 @@ TEST_F(SupervisorFreeSpaceTest, TheEnginesRoomIsTestedOnlyForABackupWithTheCheck
     EXPECT_TRUE(supervisor_.hasValidFreeSpace());
     gFreeSpaceCheckEnabled = true;
     gIsBackupMode = false;
-    session_->with("Notes", 100);
+    session_->with(StockDataSet::Notes, 100);
     EXPECT_TRUE(supervisor_.hasValidFreeSpace());
     gIsBackupMode = true;
     dropbox->space = 100.5;

@@ -8,9 +8,8 @@
 
 namespace stowhaven {
 
-// Small text operations of the package catalogue, with the meanings the device's string
-// class gives them.
-namespace catalogue_text {
+// Small text operations, with the meanings the device's string class gives them.
+namespace textutil {
 
 // Without white space and newlines at either end.
 std::string trimmed(std::string_view text);
@@ -22,9 +21,19 @@ std::vector<std::string> split(std::string_view text, char separator);
 std::weak_ordering caseInsensitiveOrder(std::string_view left, std::string_view right);
 bool containsCaseInsensitive(std::string_view text, std::string_view part);
 
+// Every occurrence of FROM replaced, left to right.
+std::string replacingAll(std::string text, std::string_view from, std::string_view to);
+
+// The first letter of each word in upper case and every other letter in lower case; a
+// word starts after anything that is not a letter or a digit: "Repo.Example.Org".
+std::string capitalized(std::string text);
+
+// Every byte but the unreserved characters of RFC 3986 (letters, digits, - . _ ~) as %XX.
+std::string percentEncoded(std::string_view text);
+
 // A nil value prints as "(null)".
 std::string orNull(const std::optional<std::string>& value);
 
-}  // namespace catalogue_text
+}  // namespace textutil
 
 }  // namespace stowhaven

@@ -1,0 +1,89 @@
+#include "core/Text.h"
+
+#include <algorithm>
+
+namespace stowhaven::textutil {
+
+namespace {
+
+constexpr std::string_view kWhiteSpaceAndNewlines = " \t\n\r\v\f";
+
+char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+std::string lowered(std::string_view text) {
+    std::string result(text);
+    std::transform(result.begin(), result.end(), result.begin(), lower);
+    return result;
+}
+
+}  // namespace
+
+std::string trimmed(std::string_view text) {
+    const auto first = text.find_first_not_of(kWhiteSpaceAndNewlines);
+    if (first == std::string_view::npos) return {};
+    const auto last = text.find_last_not_of(kWhiteSpaceAndNewlines);
+    return std::string(text.substr(first, last - first + 1));
+}
+
+std::vector<std::string> split(std::string_view text, char separator) {
+    std::vector<std::string> pieces;
+    std::size_t start = 0;
+    for (auto found = text.find(separator); found != std::string_view::npos; found = text.find(separator, start)) {
+        pieces.emplace_back(text.substr(start, found - start));
+        start = found + 1;
+    }
+    pieces.emplace_back(text.substr(start));
+    return pieces;
+}
+
+std::weak_ordering caseInsensitiveOrder(std::string_view left, std::string_view right) {
+    // Compared as unsigned bytes, so that text beyond ASCII sorts after it.
+    const std::string a = lowered(left), b = lowered(right);
+    return std::lexicographical_compare_three_way(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
+        return static_cast<unsigned char>(x) <=> static_cast<unsigned char>(y);
+    });
+}
+
+bool containsCaseInsensitive(std::string_view text, std::string_view part) {
+    return lowered(text).find(lowered(part)) != std::string::npos;
+}
+
+std::string replacingAll(std::string text, std::string_view from, std::string_view to) {
+    if (from.empty()) return text;
+    for (auto found = text.find(from); found != std::string::npos; found = text.find(from, found + to.size())) {
+        text.replace(found, from.size(), to);
+    }
+    return text;
+}
+
+std::string capitalized(std::string text) {
+    bool atWordStart = true;
+    for (char& c : text) {
+        const bool isUpper = c >= 'A' && c <= 'Z';
+        const bool isLetter = isUpper || (c >= 'a' && c <= 'z');
+        if (isLetter && atWordStart && !isUpper) c = static_cast<char>(c - 'a' + 'A');
+        if (isLetter && !atWordStart && isUpper) c = lower(c);
+        atWordStart = !isLetter && !(c >= '0' && c <= '9');
+    }
+    return text;
+}
+
+std::string percentEncoded(std::string_view text) {
+    static constexpr char kHexDigits[] = "0123456789ABCDEF";
+    std::string encoded;
+    for (const char c : text) {
+        const bool unreserved = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                                c == '-' || c == '.' || c == '_' || c == '~';
+        if (unreserved) {
+            encoded += c;
+        } else {
+            const auto byte = static_cast<unsigned char>(c);
+            encoded += {'%', kHexDigits[byte >> 4], kHexDigits[byte & 0xF]};
+        }
+    }
+    return encoded;
+}
+
+std::string orNull(const std::optional<std::string>& value) { return value.value_or("(null)"); }
+
+}  // namespace stowhaven::textutil

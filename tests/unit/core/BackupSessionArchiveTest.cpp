@@ -1,0 +1,350 @@
+// Sessions through their keyed archive and history text, as devices write and read them.
+
+#include "archive/HistoryText.h"
+#include "archive/KeyedArchiver.h"
+#include "core/BackupSession.h"
+#include "core/ModelClasses.h"
+#include "items/Application.h"
+#include "items/ArchivableFolder.h"
+#include "items/PhotoVideoAlbum.h"
+#include "items/PreferenceFile.h"
+#include "items/RepositorySource.h"
+#include "items/SHSHBlob.h"
+#include "items/WebClip.h"
+#include "platform/UserDefaults.h"
+#include "support/SupervisorScope.h"
+#include "unit/plist/CapturedLog.h"
+
+#include <gtest/gtest.h>
+
+namespace stowhaven {
+namespace {
+
+using Array = PlistValue::Array;
+using Dictionary = PlistValue::Dictionary;
+
+constexpr const char* kPadlock = "\xf0\x9f\x94\x92";
+
+std::shared_ptr<BackupSession> throughHistoryText(const ArchiveValue& root) {
+    const auto text = HistoryText::encode(root);
+    if (!text) return nullptr;
+    const auto decoded = HistoryText::decode(*text, modelClasses());
+    return decoded ? decoded->object<BackupSession>() : nullptr;
+}
+
+// Writes the keys it is given under the session's class, as older versions of the
+// program and hand-edited files have them.
+class ArchivedKeys final : public Codable {
+public:
+    explicit ArchivedKeys(ArchiveValue::Dictionary keys) : keys_(std::move(keys)) {}
+    std::vector<std::string> classChain() const override { return {"BackupSession", "NSObject"}; }
+    void encodeWithCoder(KeyedArchiver& coder) const override {
+        for (const auto& [key, value] : keys_) coder.encodeObject(value, key);
+    }
+
+private:
+    ArchiveValue::Dictionary keys_;
+};
+
+std::shared_ptr<Application> makeApplication() {
+    auto application = std::make_shared<Application>("Weather Pro");
+    application->setDisplayName("Weather");
+    application->setBundleIdentifier("com.example.weather");
+    application->setHomePath("/var/mobile/Containers/Bundle/Application/ABC/Weather Pro.app");
+    application->setDocumentPath("/var/mobile/Containers/Data/Application/DEF/Documents");
+    application->setLibraryPath("/var/mobile/Containers/Data/Application/DEF/Library");
+    application->setIconPath("/var/mobile/Containers/Bundle/Application/ABC/Weather Pro.app/Icon@2x.png");
+    application->setInstallDate(Date(441763200));
+    application->setDocumentsDirSize(12.5);
+    application->setDocumentsDirSizeUnit(2);
+    application->setLibraryDirSize(300);
+    application->setLibraryDirSizeUnit(1);
+    application->setSize(12.8);
+    return application;
+}
+
+std::shared_ptr<ArchivableFolder> makeRingtonesFolder() {
+    auto folder =
+        std::make_shared<ArchivableFolder>("Ringtones", std::nullopt, 4, "/Library/Ringtones/", false, true, false);
+    folder->setExists(true);
+    auto kept = std::make_shared<SelectableItem>("Chime.m4r");
+    kept->setSize(0.25);
+    auto left = std::make_shared<SelectableItem>("Buzz.m4r");
+    left->setSelected(false);
+    folder->setContentItems({kept, left});
+    return folder;
+}
+
+class BackupSessionArchiveTest : public ::testing::Test {
+protected:
+    // A session with something in every archived field.
+    std::shared_ptr<BackupSession> fullSession() {
+        auto session = std::make_shared<BackupSession>();
+        session->setTitle(std::string(kPadlock) + " Before the upgrade");
+        session->setQuickDescription("All my tweaks");
+        session->setEncryptionKey("0A1B2C");
+        session->setSessionDate(Date(747763200.5));
+        session->setNbPackages(2);
+        session->setRawData("Foo\tcom.foo\t1.0\tme\tTweaks\tmobilesubstrate\nBar\tcom.bar\t2\tyou\tThemes\t(null)\n");
+        session->addRepositorySource(
+            std::make_shared<RepositorySource>(Dictionary{{"URI", "http://repo.example.org/"},
+                                                          {"Type", "deb"},
+                                                          {"Distribution", "stable"},
+                                                          {"Sections", Array{"main", "extra"}}}));
+        session->setCydiaSections(Dictionary{{"Tweaks", Dictionary{{"Hidden", false}}}});
+        session->setApplications(BackupSession::ApplicationList{makeApplication()});
+        session->setWebclips(BackupSession::WebClipList{std::make_shared<WebClip>(
+            "clip-1", ArchiveValue(Dictionary{{"Title", "News"}, {"URL", "http://news.example/"}}))});
+        session->setSHSHBlobs(BackupSession::BlobList{std::make_shared<SHSHBlob>("86123-iPhone7,2-8.1.2.shsh")});
+        session->setArchivableFolders(BackupSession::FolderList{makeRingtonesFolder()});
+        auto album = std::make_shared<PhotoVideoAlbum>("Camera Roll");
+        album->setPhotoSelected(true);
+        album->setPhotos({"IMG_0001.JPG", "IMG_0002.JPG"});
+        album->setPhotoSize(4.5);
+        session->setPhotoVideoAlbums(BackupSession::AlbumList{album});
+        for (const StockDataSet set : kStockDataSets) {
+            session->setHasData(set, true);
+            session->setDataSize(set, 1.0 + static_cast<double>(set));
+        }
+        session->setSpringBoardData(BackupSession::FileData{
+            {"/var/mobile/Library/SpringBoard/IconState.plist", Dictionary{{"iconLists", Array{}}}}});
+        return session;
+    }
+
+    void storeSetting(const char* key, PlistValue value) { UserDefaults::standard().set(key, std::move(value)); }
+
+    test::SupervisorScope scope_;
+    Supervisor& supervisor_ = scope_.supervisor();
+};
+
+TEST_F(BackupSessionArchiveTest, AFileEngineSessionKeepsEveryArchivedField) {
+    const auto written = fullSession();
+    const auto read = throughHistoryText(written);
+    ASSERT_TRUE(read);
+
+    EXPECT_EQ(read->version(), written->version());
+    EXPECT_EQ(read->deviceName(), "Ann's iPhone");
+    EXPECT_EQ(read->deviceFirmware(), "iPhone7,2");
+    EXPECT_EQ(read->title(), written->title()) << "the padlock is not doubled";
+    EXPECT_EQ(read->quickDescription(), "All my tweaks");
+    EXPECT_EQ(read->encryptionKey(), "0A1B2C");
+    EXPECT_EQ(read->sessionDate(), Date(747763200.5));
+    EXPECT_EQ(read->nbPackages(), 2);
+    EXPECT_EQ(read->rawData(), written->rawData());
+    EXPECT_EQ(read->cydiaSections(), written->cydiaSections());
+    EXPECT_EQ(read->springBoardData(), written->springBoardData());
+    EXPECT_EQ(read->preferencesData(), BackupSession::FileData{});
+    EXPECT_TRUE(read->hasAppDataIndexed());
+    for (const StockDataSet set : kStockDataSets) {
+        EXPECT_TRUE(read->hasData(set)) << stockDataSetName(set);
+        EXPECT_EQ(read->dataSize(set), 1.0 + static_cast<double>(set)) << stockDataSetName(set);
+    }
+
+    ASSERT_EQ(read->repositorySources()->size(), 1u);
+    const RepositorySource& source = *read->repositorySources()->front();
+    EXPECT_EQ(source.link(), "http://repo.example.org/");
+    EXPECT_EQ(source.name(), "Repo.Example.Org");
+    EXPECT_EQ(source.sections(), (std::vector<std::string>{"main", "extra"}));
+    EXPECT_EQ(source.distribution(), "stable");
+
+    ASSERT_EQ(read->applications()->size(), 1u);
+    const Application& application = *read->applications()->front();
+    const Application& original = *written->applications()->front();
+    EXPECT_EQ(application.name(), "Weather Pro");
+    EXPECT_EQ(application.displayName(), "Weather");
+    EXPECT_EQ(application.bundleIdentifier(), original.bundleIdentifier());
+    EXPECT_EQ(application.homePath(), original.homePath());
+    EXPECT_EQ(application.documentPath(), original.documentPath());
+    EXPECT_EQ(application.libraryPath(), original.libraryPath());
+    EXPECT_EQ(application.iconPath(), original.iconPath());
+    EXPECT_EQ(application.installDate(), Date(441763200)) << "written as an integer, read as seconds";
+    EXPECT_EQ(application.size(), 12.8);
+    EXPECT_FALSE(application.isSelected());
+    EXPECT_EQ(application.totalBytes(), 12.5 * 1024 * 1024 + 300 * 1024);
+    EXPECT_TRUE(application.hasDocumentsDir());
+
+    EXPECT_EQ(read->webclips()->front()->displayName(), "News");
+    EXPECT_EQ(read->SHSHBlobs()->front()->chipId(), "86123");
+    EXPECT_EQ(read->SHSHBlobs()->front()->deviceType(), "iPhone7,2-8.1.2");
+
+    const ArchivableFolder& folder = *read->archivableFolders()->front();
+    EXPECT_EQ(folder.folderType(), 4);
+    EXPECT_EQ(folder.dataFolderPath(), "/Library/Ringtones/");
+    EXPECT_TRUE(folder.exists());
+    EXPECT_TRUE(folder.canSelectContent());
+    ASSERT_EQ(folder.contentItems().size(), 1u) << "only the selected contents are written";
+    EXPECT_EQ(folder.contentItems().front()->name(), "Chime.m4r");
+
+    const PhotoVideoAlbum& album = *read->photoVideoAlbums()->front();
+    EXPECT_EQ(album.photos(), (std::vector<std::string>{"IMG_0001.JPG", "IMG_0002.JPG"}));
+    EXPECT_EQ(album.photoSize(), 4.5);
+    EXPECT_EQ(album.size(), 4.5);
+    EXPECT_TRUE(album.isAllAcccounted());
+}
+
+TEST_F(BackupSessionArchiveTest, TheArchiveNamesTheClassChainsFoundationExpects) {
+    const auto archive = KeyedArchiver::archivedPlist(fullSession());
+    ASSERT_TRUE(archive);
+    const Array& objects = *archive->asDictionary()->at("$objects").asArray();
+    const auto objectAt = [&](const PlistValue& reference) -> const Dictionary& {
+        return *objects.at(*reference.asUid()).asDictionary();
+    };
+    const auto classesOf = [&](const PlistValue& reference) {
+        return objectAt(objectAt(reference).at("$class")).at("$classes");
+    };
+    const auto& session = archive->asDictionary()->at("$top").asDictionary()->at("root");
+    EXPECT_EQ(classesOf(session), (Array{"BackupSession", "NSObject"}));
+    const auto& applications = objectAt(session).at("applications");
+    EXPECT_EQ(classesOf(applications), (Array{"NSMutableArray", "NSArray", "NSObject"}));
+    const auto& application = objectAt(applications).at("NS.objects").asArray()->front();
+    EXPECT_EQ(classesOf(application), (Array{"Application", "SelectableItem", "NSObject"}));
+    EXPECT_TRUE(objectAt(application).at("installDate").isInteger()) << "an integer call, not an object";
+    EXPECT_EQ(classesOf(objectAt(session).at("rawData")), (Array{"NSMutableString", "NSString", "NSObject"}));
+    EXPECT_TRUE(objectAt(session).at("nbPackages").isInteger());
+    EXPECT_TRUE(objectAt(session).at("fCalendar").isBoolean());
+}
+
+TEST_F(BackupSessionArchiveTest, OldArchivesReadTheirRetiredForms) {
+    const auto archived = std::make_shared<ArchivedKeys>(ArchiveValue::Dictionary{
+        {"version", "5"},
+        {"memo", "Written before descriptions had their own key"},
+        {"sessionDate", Date(300000000)},
+        {"repositorySources", ArchiveValue::Array{"# a comment", "repo.example.org ./", "http://apt.example.net/"}},
+        {"springBoardData",
+         ArchiveValue::Dictionary{
+             {"/var/mobile/Library/SpringBoard/IconState.plist", ArchiveValue::Dictionary{}},
+             {"/var/mobile/Library/SpringBoard/applicationstate.plist", ArchiveValue::Dictionary{}},
+             {"/var/mobile/Library/SpringBoard/LockBackground.cpbitmap", ArchiveValue()},
+             {"/var/mobile/Library/Preferences/com.apple.springboard.plist", ArchiveValue::Dictionary{}}}}});
+    test::CapturedLog log;
+    const auto read = throughHistoryText(archived);
+    ASSERT_TRUE(read);
+
+    EXPECT_EQ(read->quickDescription(), "Written before descriptions had their own key");
+    ASSERT_EQ(read->repositorySources()->size(), 2u);
+    EXPECT_EQ(read->repositorySources()->at(0)->link(), "http://apt.example.net/");
+    EXPECT_EQ(read->repositorySources()->at(1)->link(), "http://repo.example.org");
+    EXPECT_EQ(read->repositorySources()->at(1)->name(), "Repo.Example.Org");
+    EXPECT_EQ(read->repositorySources()->at(1)->distribution(), "./");
+
+    std::vector<std::string> springboardFiles;
+    for (const auto& [path, data] : *read->springBoardData()) springboardFiles.push_back(path);
+    EXPECT_EQ(springboardFiles, (std::vector<std::string>{"/var/mobile/Library/SpringBoard/IconState.plist",
+                                                          "/var/mobile/Library/SpringBoard/applicationstate.plist"}));
+    EXPECT_TRUE(
+        log.contains("These </var/mobile/Library/Preferences/com.apple.springboard.plist, "
+                     "/var/mobile/Library/SpringBoard/LockBackground.cpbitmap> are not springboard file data!"));
+    EXPECT_EQ(read->springboardDataObjects().size(), 2u);
+    EXPECT_TRUE(read->hasPrefsFilesData()) << "a session of version 5 answers true without files";
+}
+
+TEST_F(BackupSessionArchiveTest, TheWholeSpringboardOfOldNotesIsKeptAsItIs) {
+    const auto archived = std::make_shared<ArchivedKeys>(ArchiveValue::Dictionary{
+        {"springBoardData", ArchiveValue::Dictionary{{"SPRINGBOARD", ArchiveValue::Dictionary{{"a", 1}}},
+                                                     {"/var/mobile/notes.txt", ArchiveValue()}}}});
+    const auto read = throughHistoryText(archived);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->springBoardData()->size(), 2u);
+}
+
+TEST_F(BackupSessionArchiveTest, TitlesOfEncryptedAndUntitledSessions) {
+    const auto read = [&](ArchiveValue::Dictionary keys) {
+        return throughHistoryText(std::make_shared<ArchivedKeys>(std::move(keys)));
+    };
+    EXPECT_EQ(read({{"title", "Plain"}, {"encryptionKey", "AB"}})->title(), std::string(kPadlock) + " Plain");
+    EXPECT_EQ(read({{"title", std::string(kPadlock) + " Locked"}, {"encryptionKey", "AB"}})->title(),
+              std::string(kPadlock) + " Locked");
+    EXPECT_EQ(read({{"title", "Open"}})->title(), "Open");
+    const auto untitled = read({{"sessionDate", Date(0)}});
+    ASSERT_TRUE(untitled->title());
+    EXPECT_TRUE(untitled->title()->starts_with("200")) << *untitled->title();
+    EXPECT_NE(untitled->title()->find(" @ "), std::string::npos) << *untitled->title();
+    EXPECT_EQ(read({})->title(), std::nullopt) << "without a date there is nothing to name it by";
+}
+
+TEST_F(BackupSessionArchiveTest, AnAddressBookSessionReadOnAFileEngineHoldsNoDataSets) {
+    supervisor_.setStorageToAddressbook();
+    const std::string text = *HistoryText::encode(fullSession());
+    supervisor_.setStorageToLocal();
+
+    const auto read = HistoryText::decode(text, modelClasses())->object<BackupSession>();
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->archivableFolders(), std::nullopt) << "written on file engines only";
+    EXPECT_EQ(read->photoVideoAlbums(), std::nullopt);
+    for (const StockDataSet set : kStockDataSets) {
+        EXPECT_FALSE(read->hasData(set)) << stockDataSetName(set);
+        EXPECT_EQ(read->dataSize(set), 0) << stockDataSetName(set);
+    }
+    EXPECT_FALSE(read->hasAppDataIndexed());
+    EXPECT_EQ(read->rawData(), fullSession()->rawData()) << "the package list is there on every engine";
+}
+
+TEST_F(BackupSessionArchiveTest, TheRestoreDefaultsAndTheSizesDecideTheDataSets) {
+    const auto written = fullSession();
+    written->setDataSize(StockDataSet::Notes, 0);
+    written->setHasData(StockDataSet::Maps, false);
+    storeSetting("Calendar_Restore", false);
+    storeSetting("Chat_Restore", true);
+    storeSetting("Videos_Restore", Array{});
+    storeSetting("Photos_Restore", Array{"Camera Roll"});
+
+    const auto read = throughHistoryText(written);
+    ASSERT_TRUE(read);
+    EXPECT_FALSE(read->hasCalendarData()) << "turned off in the defaults";
+    EXPECT_TRUE(read->hasChatData());
+    EXPECT_FALSE(read->hasNotesData()) << "no size, no data";
+    EXPECT_TRUE(read->hasMapsData()) << "the archived flag doesn't count";
+    EXPECT_FALSE(read->hasVideosData()) << "an empty list of albums";
+    EXPECT_TRUE(read->hasPhotosData());
+    EXPECT_TRUE(read->hasPhoneData()) << "on a phone";
+}
+
+TEST_F(BackupSessionArchiveTest, OnlyAPhoneShowsPhoneDataAndNoAlbumsMeansNoMedia) {
+    DeviceFactsReader::pin(DeviceFacts{"0123", "Ann's iPad", "iPad4,1", "8.1.2"});
+    Supervisor::resetForTesting();
+    const auto written = fullSession();
+    written->setPhotoVideoAlbums(BackupSession::AlbumList{});
+
+    const auto read = throughHistoryText(written);
+    ASSERT_TRUE(read);
+    EXPECT_FALSE(read->hasPhoneData());
+    EXPECT_FALSE(read->hasPhotosData()) << "no albums were written";
+    EXPECT_FALSE(read->hasVideosData());
+    EXPECT_EQ(read->photosDataSize(), 1.0 + static_cast<double>(StockDataSet::Photos));
+    EXPECT_TRUE(read->hasCalendarData());
+}
+
+TEST_F(BackupSessionArchiveTest, AValueOfTheWrongKindReadsAsAbsentWithALogLine) {
+    const auto archived =
+        std::make_shared<ArchivedKeys>(ArchiveValue::Dictionary{{"title", 42},
+                                                                {"applications", "not a list"},
+                                                                {"preferencesData", ArchiveValue::Array{1, 2}},
+                                                                {"sessionDate", "yesterday"},
+                                                                {"rawData", "Foo\tcom.foo\t1\tme\tTweaks\t(null)\n"}});
+    test::CapturedLog log;
+    const auto read = throughHistoryText(archived);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->title(), std::nullopt);
+    EXPECT_EQ(read->applications(), std::nullopt);
+    EXPECT_EQ(read->preferencesData(), std::nullopt);
+    EXPECT_EQ(read->sessionDate(), std::nullopt);
+    EXPECT_EQ(read->rawData(), "Foo\tcom.foo\t1\tme\tTweaks\t(null)\n");
+    EXPECT_TRUE(log.contains("The value under <applications> is not"));
+}
+
+TEST_F(BackupSessionArchiveTest, AHistoryOfSeveralSessionsReadsBackInItsOrder) {
+    auto older = fullSession();
+    older->setSessionDate(Date(100));
+    auto newer = fullSession();
+    newer->setSessionDate(Date(200));
+    const auto text = HistoryText::encode(ArchiveValue::Array{ArchiveValue(older), ArchiveValue(newer)});
+    ASSERT_TRUE(text);
+    const auto decoded = HistoryText::decode(*text, modelClasses());
+    ASSERT_TRUE(decoded && decoded->asArray());
+    ASSERT_EQ(decoded->asArray()->size(), 2u);
+    EXPECT_EQ(decoded->asArray()->at(0).object<BackupSession>()->sessionDate(), Date(100));
+    EXPECT_EQ(decoded->asArray()->at(1).object<BackupSession>()->sessionDate(), Date(200));
+}
+
+}  // namespace
+}  // namespace stowhaven

@@ -1,0 +1,233 @@
+#include "archive/StringCipher.h"
+#include "core/BackupSession.h"
+#include "core/CydiaFile.h"
+#include "items/Application.h"
+#include "items/ArchivableFolder.h"
+#include "items/PhotoVideoAlbum.h"
+#include "items/PreferenceFile.h"
+#include "items/RepositorySource.h"
+#include "platform/FileOwnership.h"
+#include "platform/plist/PlistCodec.h"
+#include "support/SupervisorScope.h"
+#include "unit/plist/CapturedLog.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace stowhaven {
+namespace {
+
+using Dictionary = PlistValue::Dictionary;
+
+constexpr const char* kCydiaPlist = "/var/mobile/Library/Preferences/com.saurik.Cydia.plist";
+constexpr const char* kTweakPlist = "/var/mobile/Library/Preferences/net.example.tweak.plist";
+constexpr const char* kIconState = "/var/mobile/Library/SpringBoard/IconState.plist";
+
+class BackupSessionTest : public ::testing::Test {
+protected:
+    void writeDeviceFile(const std::string& devicePath, const std::string& bytes) {
+        scope_.makeFile(devicePath);
+        std::ofstream(scope_.path(devicePath), std::ios::binary) << bytes;
+    }
+
+    std::shared_ptr<CydiaFile> package(const std::string& line, bool selected) {
+        auto file = std::make_shared<CydiaFile>(line);
+        file->setBackupSelected(selected);
+        return file;
+    }
+
+    test::SupervisorScope scope_;
+    Supervisor& supervisor_ = scope_.supervisor();
+    BackupSession session_;
+};
+
+TEST_F(BackupSessionTest, ANewSessionIsOfThisDeviceAndHoldsEmptyLists) {
+    EXPECT_EQ(session_.version(), supervisor_.version());
+    EXPECT_EQ(session_.deviceFirmware(), "iPhone7,2") << "the platform, despite the name";
+    EXPECT_EQ(session_.deviceName(), "Ann's iPhone");
+    EXPECT_TRUE(session_.hasAppDataIndexed());
+    EXPECT_EQ(session_.rawData(), std::nullopt);
+    EXPECT_EQ(session_.applications()->size(), 0u);
+    EXPECT_EQ(session_.preferencesData()->size(), 0u);
+    EXPECT_FALSE(session_.isEncrypted());
+}
+
+TEST_F(BackupSessionTest, OnlyPackagesSelectedForBackupGoIntoTheList) {
+    test::CapturedLog log;
+    EXPECT_FALSE(session_.addCydiaFile(nullptr));
+    EXPECT_FALSE(session_.addCydiaFile(package("Zip\tzipper\t1\tme\tTools\t\tinstall ok installed", true)))
+        << "a refused line has no identifier";
+    EXPECT_TRUE(log.contains("Can't store NIL for <"));
+    EXPECT_FALSE(session_.addCydiaFile(package("Foo\tcom.foo\t1.0\tme\tTweaks\t\tinstall ok installed", false)));
+    EXPECT_TRUE(session_.addCydiaFile(package("Foo\tcom.foo\t1.0\tme\tTweaks\ta, b\tinstall ok installed", true)));
+    EXPECT_TRUE(session_.addCydiaFile(package("\tcom.bar\t2\tyou\tThemes\t\tinstall ok installed", true)));
+    EXPECT_EQ(session_.rawData(), "Foo\tcom.foo\t1.0\tme\tTweaks\ta,b\ncom.bar\tcom.bar\t2\tyou\tThemes\t(null)\n");
+}
+
+TEST_F(BackupSessionTest, ThePackageNamesLeaveOutThisProgramAndSortByCode) {
+    session_.setRawData(
+        "zeta\tcom.zeta\t1\n\nStowhaven\tcom.larkmoor.stowhaven\t1\nAlpha\tcom.alpha\t1\n"
+        "Hidden\tgsc.wifi\t1\nbeta\tcom.beta\t1\n");
+    EXPECT_EQ(session_.getPackagesNameList(), (std::vector<std::string>{"Alpha", "beta", "zeta"}));
+    session_.setRawData("Only\tcom.only\t1\n");
+    EXPECT_EQ(session_.getPackagesNameList(), (std::vector<std::string>{"Only"})) << "new data, new list";
+}
+
+TEST_F(BackupSessionTest, OnAFileEngineOnlyThePackageManagersSettingsStayInline) {
+    writeDeviceFile(kCydiaPlist, "cydia settings");
+    writeDeviceFile(kTweakPlist, "tweak settings");
+    session_.addPreferenceFile(std::make_shared<PreferenceFile>(kCydiaPlist, ArchiveValue()));
+    session_.addPreferenceFile(std::make_shared<PreferenceFile>(kTweakPlist, ArchiveValue()));
+
+    EXPECT_EQ(*session_.preferencesData(), (BackupSession::FileData{{kCydiaPlist, PlistValue::data("cydia settings")},
+                                                                    {kTweakPlist, PlistValue()}}));
+    EXPECT_EQ(session_.preferencesFileObjects().size(), 2u);
+    const PlistValue::Dictionary& permissions = *session_.permissionsData();
+    ASSERT_TRUE(permissions.contains(kTweakPlist));
+    const auto ownership = FileOwnership::read(scope_.path(kTweakPlist));
+    const PlistValue::Dictionary& attributes = *permissions.at(kTweakPlist).asDictionary();
+    EXPECT_EQ(attributes.at("NSFilePosixPermissions"), PlistValue(ownership->permissions));
+    EXPECT_EQ(attributes.at("NSFileOwnerAccountName"), ownership->ownerAccountName);
+    EXPECT_EQ(attributes.at("NSFileGroupOwnerAccountName"), ownership->ownerAccountName)
+        << "the group is recorded as the owner's name";
+}
+
+TEST_F(BackupSessionTest, OnTheAddressBookEveryFileStaysInline) {
+    supervisor_.setStorageToAddressbook();
+    writeDeviceFile(kTweakPlist, "tweak settings");
+    scope_.makeFile(kIconState);
+    ASSERT_TRUE(
+        PlistCodec::writeFile(scope_.path(kIconState), Dictionary{{"iconLists", 1}}, PlistFormat::Binary, 0644));
+    session_.addPreferenceFile(std::make_shared<PreferenceFile>(kTweakPlist, ArchiveValue()));
+    session_.addSpringboardFile(std::make_shared<PreferenceFile>(kIconState, ArchiveValue()));
+
+    EXPECT_EQ(session_.preferencesData()->at(kTweakPlist), PlistValue::data("tweak settings"));
+    EXPECT_EQ(session_.springBoardData()->at(kIconState), (Dictionary{{"iconLists", 1}}));
+    EXPECT_EQ(session_.springboardDataObjects().size(), 1u);
+}
+
+TEST_F(BackupSessionTest, FilesThatCantBeReadOrAreThereAlreadyAddNothing) {
+    writeDeviceFile(kTweakPlist, "tweak settings");
+    writeDeviceFile(kIconState, "not a property list");
+    test::CapturedLog log;
+    session_.addPreferenceFile(std::make_shared<PreferenceFile>("/var/mobile/missing.plist", ArchiveValue()));
+    EXPECT_TRUE(log.contains("Couldn't load data from </var/mobile/missing.plist>"));
+    EXPECT_TRUE(log.contains("while reading </var/mobile/missing.plist>"));
+    session_.addPreferenceFile(std::make_shared<PreferenceFile>(kTweakPlist, ArchiveValue()));
+    session_.addPreferenceFile(std::make_shared<PreferenceFile>(kTweakPlist, ArchiveValue()));
+    session_.addPreferenceFile(nullptr);
+    session_.addSpringboardFile(std::make_shared<PreferenceFile>(kIconState, ArchiveValue()));
+
+    EXPECT_EQ(session_.preferencesData()->size(), 1u);
+    EXPECT_EQ(session_.preferencesFileObjects().size(), 1u);
+    EXPECT_TRUE(session_.springBoardData()->empty());
+    EXPECT_TRUE(session_.springboardDataObjects().empty());
+}
+
+TEST_F(BackupSessionTest, PermissionsComeBackAsRecordedOrTheFileGoesToTheMobileUser) {
+    writeDeviceFile(kTweakPlist, "tweak settings");
+    std::filesystem::permissions(scope_.path(kTweakPlist), std::filesystem::perms(0640));
+    session_.retrieveAndStoreFilePermissionData(kTweakPlist);
+    std::filesystem::permissions(scope_.path(kTweakPlist), std::filesystem::perms(0600));
+    session_.restoreFilePermissionData(kTweakPlist);
+    EXPECT_EQ(FileOwnership::read(scope_.path(kTweakPlist))->permissions, 0640u);
+
+    session_.restoreFilePermissionData("/var/mobile/Library/other.plist");
+    session_.restoreFilePermissionData("/var/mobile/x; rm -rf /");
+    EXPECT_EQ(scope_.services.shell.commands.back(),
+              "chown mobile:mobile " + scope_.path("/var/mobile/Library/other.plist") + "> /dev/null 2>&1")
+        << "a path with shell characters runs nothing";
+}
+
+TEST_F(BackupSessionTest, SessionsBefore8AlwaysHoldPreferenceFiles) {
+    session_.setVersion("7");
+    EXPECT_TRUE(session_.hasPrefsFilesData());
+    EXPECT_TRUE(session_.hasSpringboardFilesData());
+    session_.setVersion("7.1");
+    EXPECT_FALSE(session_.hasPrefsFilesData()) << "7.1 reads as 71";
+    EXPECT_FALSE(session_.hasSpringboardFilesData());
+}
+
+TEST_F(BackupSessionTest, SourcesAreKeptOncePerLink) {
+    const auto source = [](const char* uri, const char* distribution) {
+        return std::make_shared<RepositorySource>(Dictionary{{"URI", uri}, {"Distribution", distribution}});
+    };
+    session_.addRepositorySource(source("http://a.example/", "./"));
+    session_.addRepositorySource(source("http://a.example/", "stable"));
+    session_.addRepositorySource(nullptr);
+    session_.addRepositorySource(source("http://b.example/", "./"));
+    ASSERT_EQ(session_.repositorySources()->size(), 2u);
+    EXPECT_EQ(session_.repositorySources()->front()->distribution(), "./") << "the first one stays";
+}
+
+TEST_F(BackupSessionTest, TheEncryptionKeyIsComparedEnciphered) {
+    session_.setEncryptionKey(StringCipher::encrypt("my secret"));
+    EXPECT_TRUE(session_.isEncrypted());
+    EXPECT_TRUE(session_.isValidEncryptionKey("my secret"));
+    EXPECT_FALSE(session_.isValidEncryptionKey("My secret"));
+}
+
+TEST_F(BackupSessionTest, SizesAddUpByTheirOwnRules) {
+    for (const StockDataSet set : kStockDataSets) session_.setDataSize(set, 10);
+    session_.setHasData(StockDataSet::Health, true);
+    session_.setHasData(StockDataSet::Notes, true);
+    EXPECT_EQ(session_.appleStockAppsSize(), 90) << "Health is left out";
+    EXPECT_EQ(session_.selectedAppleStockAppsSize(), 20) << "Health counts when chosen";
+    EXPECT_EQ(session_.countAppleStockApps(), 2);
+
+    auto application = std::make_shared<Application>("App");
+    application->setTotalBytes(2 * 1048576.0);
+    session_.setApplications(BackupSession::ApplicationList{application});
+    auto folder = std::make_shared<ArchivableFolder>("Flex", "com.example.flex", 21, "/var/mobile/Documents/Flex",
+                                                     false, false, false);
+    folder->setSize(3);
+    session_.setArchivableFolders(BackupSession::FolderList{folder});
+    EXPECT_EQ(session_.backupTotalSize(), 95);
+
+    auto holiday = std::make_shared<PhotoVideoAlbum>("Holiday");
+    holiday->setPhotoSelected(true);
+    holiday->setPhotos({"a.jpg", "b.jpg"});
+    holiday->setPhotoSize(4);
+    holiday->setVideos({"c.mov"});
+    holiday->setVideoSize(100);
+    auto other = std::make_shared<PhotoVideoAlbum>("Other");
+    other->setPhotos({"d.jpg"});
+    other->setPhotoSize(1);
+    session_.setPhotoVideoAlbums(BackupSession::AlbumList{holiday, other});
+    EXPECT_EQ(session_.totalPhotoSize(), 5);
+    EXPECT_EQ(session_.selectedPhotoSize(), 4);
+    EXPECT_EQ(session_.totalPhotoCount(), 3u);
+    EXPECT_EQ(session_.selectedPhotoCount(), 2u);
+    EXPECT_EQ(session_.totalVideoSize(), 100);
+    EXPECT_EQ(session_.selectedVideoSize(), 0);
+    EXPECT_EQ(session_.selectedVideoCount(), 0u);
+}
+
+TEST_F(BackupSessionTest, ApplicationsByIdentifierLeaveOutThoseWithout) {
+    auto named = std::make_shared<Application>("Named");
+    named->setBundleIdentifier("com.example.named");
+    session_.setApplications(BackupSession::ApplicationList{named, std::make_shared<Application>("Anonymous")});
+    const auto byIdentifier = session_.getApplicationsAsDictionary();
+    ASSERT_EQ(byIdentifier.size(), 1u);
+    EXPECT_EQ(byIdentifier.at("com.example.named"), named);
+}
+
+TEST_F(BackupSessionTest, AFolderCountsAsSelectedWhenItOrOneOfItsItemsIs) {
+    auto themes = std::make_shared<ArchivableFolder>("Themes", std::nullopt, 6, "/Library/Themes/", false, true, false);
+    themes->setExists(true);
+    auto theme = std::make_shared<SelectableItem>("Dark.theme");
+    theme->setSelected(false);
+    themes->setContentItems({theme});
+    session_.setArchivableFolders(BackupSession::FolderList{themes});
+    EXPECT_FALSE(session_.hasAnyArchivableFolderSelected());
+    theme->setSelected(true);
+    EXPECT_TRUE(session_.hasAnyArchivableFolderSelected());
+    themes->setExists(false);
+    EXPECT_FALSE(themes->isSelected()) << "a place the device lacks";
+    EXPECT_TRUE(session_.hasAnyArchivableFolderSelected()) << "its selected items count all the same";
+}
+
+}  // namespace
+}  // namespace stowhaven

@@ -1,0 +1,189 @@
+// The selectable items through a keyed archive, one class at a time.
+
+#include "archive/KeyedArchiver.h"
+#include "archive/KeyedUnarchiver.h"
+#include "core/ModelClasses.h"
+#include "items/Application.h"
+#include "items/ArchivableFolder.h"
+#include "items/PhotoVideoAlbum.h"
+#include "items/RepositorySource.h"
+#include "items/SHSHBlob.h"
+#include "items/WebClip.h"
+#include "platform/UserDefaults.h"
+#include "support/SupervisorScope.h"
+
+#include <gtest/gtest.h>
+
+namespace stowhaven {
+namespace {
+
+using Array = PlistValue::Array;
+using Dictionary = PlistValue::Dictionary;
+
+template <typename T>
+std::shared_ptr<T> throughArchive(const std::shared_ptr<T>& object) {
+    const auto bytes = KeyedArchiver::archivedData(object);
+    if (!bytes) return nullptr;
+    const auto read = KeyedUnarchiver::unarchiveObjectWithData(*bytes, modelClasses());
+    return read ? read->template object<T>() : nullptr;
+}
+
+// The object's own keys in its archive.
+Dictionary archivedKeys(const ArchiveValue& object) {
+    const auto archive = KeyedArchiver::archivedPlist(object);
+    const Array& objects = *archive->asDictionary()->at("$objects").asArray();
+    return *objects.at(1).asDictionary();
+}
+
+class ItemCodingTest : public ::testing::Test {
+protected:
+    test::SupervisorScope scope_;
+};
+
+TEST_F(ItemCodingTest, AnItemReadBackIsNotSelected) {
+    auto item = std::make_shared<SelectableItem>("Chime.m4r");
+    EXPECT_TRUE(item->isSelected());
+    EXPECT_EQ(item->size(), -9223372036854775808.0) << "not measured yet";
+    item->setSize(0.5);
+    const auto read = throughArchive(item);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->name(), "Chime.m4r");
+    EXPECT_EQ(read->size(), 0.5);
+    EXPECT_FALSE(read->isSelected());
+}
+
+TEST_F(ItemCodingTest, DescriptionsGiveSmallSizesInBytes) {
+    SelectableItem item("Chime.m4r");
+    item.setSize(512.0 / 1048576);
+    EXPECT_EQ(item.description(), "SelectableItem -> Chime.m4r [1] {512b}");
+    item.setSize(2.5);
+    item.setSelected(false);
+    EXPECT_EQ(item.description(), "SelectableItem -> Chime.m4r [0] {2.500Mb}");
+}
+
+TEST_F(ItemCodingTest, AnApplicationsInstallDateIsWrittenAsAnInteger) {
+    auto application = std::make_shared<Application>("Maps Plus");
+    application->setInstallDate(Date(441763200.75));
+    application->setLibraryDirSize(0);
+    application->setDocumentsDirSize(2);
+    application->setDocumentsDirSizeUnit(3);
+    EXPECT_EQ(archivedKeys(application).at("installDate"), PlistValue(441763200));
+    EXPECT_EQ(application->archiveName(), "Maps%20Plus.tbz");
+
+    const auto read = throughArchive(application);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->installDate(), Date(441763200));
+    EXPECT_TRUE(read->hasDocumentsDir());
+    EXPECT_FALSE(read->hasLibraryDir()) << "no size, no folder";
+    EXPECT_EQ(read->totalSize(), 2.0 * 1024) << "2 Gb in megabytes";
+    EXPECT_EQ(read->displayName(), "Maps Plus") << "the name stands in for a missing display name";
+}
+
+TEST_F(ItemCodingTest, ASourceFromThePackageManagerTakesItsHostAsName) {
+    const RepositorySource source(Dictionary{
+        {"URI", "http://repo.example.org/ ./"}, {"Type", "deb"}, {"Distribution", "./"}, {"Sections", Array{}}});
+    EXPECT_EQ(source.link(), "http://repo.example.org/");
+    EXPECT_EQ(source.name(), "Repo.Example.Org");
+    EXPECT_EQ(source.image(), std::nullopt) << "the well-known table is looked at after the rename";
+    EXPECT_EQ(source.debSourceAsString(), "deb http://repo.example.org/ ./");
+    EXPECT_EQ(source.metadataKey(), "deb:http://repo.example.org/:./");
+    EXPECT_TRUE(source.isSelected()) << "no backup list: chosen";
+
+    const RepositorySource secure(Dictionary{{"URI", "https://secure.example/"}, {"Type", "deb"}});
+    EXPECT_EQ(secure.name(), "https://secure.example/");
+    EXPECT_EQ(secure.link(), "https://secure.example/");
+}
+
+TEST_F(ItemCodingTest, ASourceLineHoldsItsFirstSectionOnly) {
+    auto source = std::make_shared<RepositorySource>(Dictionary{{"URI", "http://a.example/"},
+                                                                {"Type", "deb"},
+                                                                {"Distribution", "stable"},
+                                                                {"Sections", Array{"main", "extra"}}});
+    EXPECT_EQ(source->debSourceAsString(), "deb http://a.example/ stable main");
+    const auto read = throughArchive(source);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->link(), "http://a.example/");
+    EXPECT_EQ(read->type(), "deb");
+    EXPECT_EQ(read->distribution(), "stable");
+    EXPECT_EQ(read->sections(), (std::vector<std::string>{"main", "extra"}));
+    EXPECT_FALSE(read->isSelected()) << "no restore list: not chosen";
+}
+
+TEST_F(ItemCodingTest, SourcesFollowTheSavedListsByTheirKeys) {
+    UserDefaults::standard().set("DefaultSources_Restore", Array{"deb:http://a.example/:stable"});
+    UserDefaults::standard().set("DefaultSources_Backup", Array{});
+    RepositorySource::resetDefaultLists();
+    auto source = std::make_shared<RepositorySource>(
+        Dictionary{{"URI", "http://a.example/"}, {"Type", "deb"}, {"Distribution", "stable"}});
+    EXPECT_FALSE(source->isSelected()) << "an empty backup list chooses nothing";
+    EXPECT_TRUE(throughArchive(source)->isSelected());
+}
+
+TEST_F(ItemCodingTest, AWebClipKeepsItsInfoAndShowsItsTitle) {
+    auto clip = std::make_shared<WebClip>("4F2A", ArchiveValue(Dictionary{{"Title", "News"}, {"Scale", 2}}));
+    const auto read = throughArchive(clip);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->displayName(), "News");
+    EXPECT_EQ(read->displayIcon(), "/var/mobile/Library/WebClips/4F2A/icon.png");
+    EXPECT_EQ(read->preferencePlistData().plist(), PlistValue(Dictionary{{"Title", "News"}, {"Scale", 2}}));
+    EXPECT_EQ(WebClip("bare", ArchiveValue()).displayName(), "");
+}
+
+TEST_F(ItemCodingTest, APreferenceFileIsChosenForBackupOnlyWithoutLists) {
+    const PreferenceFile file("/var/mobile/Library/Preferences/a.plist", ArchiveValue());
+    EXPECT_TRUE(file.isSelected());
+    EXPECT_EQ(file.displayName(), "a.plist");
+    EXPECT_FALSE(throughArchive(std::make_shared<PreferenceFile>(file))->isSelected());
+}
+
+TEST_F(ItemCodingTest, ABlobIsNamedByItsChipIdentifier) {
+    auto blob = std::make_shared<SHSHBlob>("86123-iPhone7,2-8.1.2.shsh");
+    const auto read = throughArchive(blob);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->chipId(), "86123");
+    EXPECT_EQ(read->deviceType(), "iPhone7,2-8.1.2");
+    EXPECT_EQ(SHSHBlob("plain.shsh").chipId(), "plain.shsh");
+    EXPECT_EQ(SHSHBlob("plain.shsh").deviceType(), std::nullopt);
+}
+
+TEST_F(ItemCodingTest, AFolderWithoutSelectableContentKeepsAllItsPaths) {
+    auto folder = std::make_shared<ArchivableFolder>("Flex 2", "com.example.flex2", 21, "/var/mobile/Documents/Flex",
+                                                     false, false, false);
+    folder->setExists(true);
+    folder->setContentPaths({"patches.plist", "settings.plist"});
+    const auto read = throughArchive(folder);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->packageName(), "com.example.flex2");
+    EXPECT_EQ(read->contentPaths(), (std::vector<std::string>{"patches.plist", "settings.plist"}));
+    EXPECT_FALSE(read->canSelectContent());
+    EXPECT_FALSE(read->isSelected()) << "read back, the item is not selected";
+    EXPECT_EQ(ArchivableFolder("Hosts", "", 33, "/private/etc/hosts", true, false, false).packageName(), std::nullopt)
+        << "an empty package name is none";
+}
+
+TEST_F(ItemCodingTest, AnAlbumWritesOnlyItsSelectedSide) {
+    auto album = std::make_shared<PhotoVideoAlbum>("Holiday");
+    album->setPhotoSelected(true);
+    album->setPhotos({"a.jpg"});
+    album->setPhotoSize(2);
+    album->setVideos({"b.mov"});
+    album->setVideoSize(50);
+    album->setEditable(true);
+    const Dictionary keys = archivedKeys(album);
+    EXPECT_TRUE(keys.contains("photos"));
+    EXPECT_FALSE(keys.contains("videos"));
+    EXPECT_FALSE(keys.contains("videoSize"));
+
+    UserDefaults::standard().set("Photos_Backup", Array{"Holiday"});
+    const auto read = throughArchive(album);
+    ASSERT_TRUE(read);
+    EXPECT_TRUE(read->isEditable());
+    EXPECT_EQ(read->photos(), (std::vector<std::string>{"a.jpg"}));
+    EXPECT_TRUE(read->videos().empty());
+    EXPECT_EQ(read->size(), 2);
+    EXPECT_TRUE(read->isPhotoSelected()) << "named in the list of photo albums";
+    EXPECT_FALSE(read->isVideoSelected());
+}
+
+}  // namespace
+}  // namespace stowhaven
