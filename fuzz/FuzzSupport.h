@@ -2,15 +2,17 @@
 
 #include "archive/KeyedArchiver.h"
 #include "archive/KeyedUnarchiver.h"
-#include "unit/archive/SampleRecords.h"
+#include "core/ModelClasses.h"
+#include "support/DetachedDevice.h"
 
 #include <cstdlib>
 
 namespace stowhaven::fuzz {
 
+// The system's own classes read what the fuzzer makes, on a device of their own.
 inline const ClassRegistry& classesForFuzzing() {
-    static const ClassRegistry classes = test::sampleClasses();
-    return classes;
+    static const test::DetachedDevice device;
+    return modelClasses();
 }
 
 // Whatever the reader accepted, the writer either refuses or writes so that it reads back.

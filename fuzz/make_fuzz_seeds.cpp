@@ -1,10 +1,12 @@
 // Writes the seed corpus of the fuzz targets into FOLDER/history_text and
-// FOLDER/keyed_archive: archives and texts of sample sessions, and archives in the other
-// encodings that Foundation implementations write.
+// FOLDER/keyed_archive: archives and texts of sessions with every field set, and archives
+// in the other encodings that Foundation implementations write.
 
 #include "archive/HistoryText.h"
 #include "archive/KeyedArchiver.h"
 #include "platform/plist/PlistCodec.h"
+#include "support/DetachedDevice.h"
+#include "support/SampleSessions.h"
 #include "unit/archive/KeyedArchiveTestSupport.h"
 
 #include <cstdio>
@@ -24,9 +26,10 @@ void write(const std::filesystem::path& path, const std::string& bytes) {
 }
 
 std::vector<ArchiveValue> sampleRoots() {
-    const auto session = test::makeSampleSession(4, 3, 2);
-    return {session,
-            ArchiveValue::Array{test::makeSampleSession(1, 0, 1), session},
+    const auto session = test::fullSession();
+    auto older = test::fullSession();
+    older->setSessionDate(Date(0));
+    return {session, ArchiveValue::Array{older, session},
             ArchiveValue::Dictionary{{"strings", ArchiveValue::Array{"a", ArchiveValue::mutableString("b")}},
                                      {"numbers", ArchiveValue::Array{true, -1, 2.5}},
                                      {"data", ArchiveValue::mutableData({1, 2})},
@@ -42,10 +45,10 @@ std::vector<PlistValue> otherEncodings() {
         test::handMadeArchive({Dictionary{{"NS.key.0", uid(3)}, {"NS.object.0", uid(4)}, {"$class", uid(2)}},
                                classDescription("NSMutableDictionary"), "key",
                                Dictionary{{"NS.intval", 42}, {"$class", uid(5)}}, classDescription("NSNumber")}),
-        test::handMadeArchive({Dictionary{{"NS.objects", Array{uid(3), uid(5)}}, {"$class", uid(2)}},
-                               classDescription("NSSet"), Dictionary{{"NS.time", 3}, {"$class", uid(4)}},
-                               classDescription("NSDate"), Dictionary{{"NS.data", PlistValue::data("x")}, {"$class", uid(6)}},
-                               classDescription("NSMutableData")}),
+        test::handMadeArchive(
+            {Dictionary{{"NS.objects", Array{uid(3), uid(5)}}, {"$class", uid(2)}}, classDescription("NSSet"),
+             Dictionary{{"NS.time", 3}, {"$class", uid(4)}}, classDescription("NSDate"),
+             Dictionary{{"NS.data", PlistValue::data("x")}, {"$class", uid(6)}}, classDescription("NSMutableData")}),
     };
 }
 
@@ -57,6 +60,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     const std::filesystem::path folder = argv[1];
+    const test::DetachedDevice device;
     std::filesystem::create_directories(folder / "history_text");
     std::filesystem::create_directories(folder / "keyed_archive");
     int index = 0;

@@ -138,6 +138,7 @@ public:
     void setCydiaSections(PlistValue sections) { cydiaSections_ = std::move(sections); }
 
     const std::optional<FileData>& preferencesData() const { return preferencesData_; }
+    void setPreferencesData(std::optional<FileData> data) { preferencesData_ = std::move(data); }
     const std::optional<FileData>& springBoardData() const { return springBoardData_; }
     void setSpringBoardData(std::optional<FileData> data) { springBoardData_ = std::move(data); }
     const std::optional<PlistValue::Dictionary>& permissionsData() const { return permissionsData_; }

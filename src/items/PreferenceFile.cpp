@@ -23,7 +23,10 @@ SelectionDefaults& defaultLists() {
 
 PreferenceFile::PreferenceFile(std::string name, ArchiveValue data)
     : SelectableItem(std::move(name)), preferencePlistData_(std::move(data)) {
-    setSize(static_cast<double>(FileManager::sizeOfItem(DeviceRoot::path(this->name()))) / kBytesPerMegabyte);
+    // A preference file is one file: its name is never measured as a folder.
+    const auto attributes = FileManager::attributesOfItem(DeviceRoot::path(this->name()));
+    const bool isFile = attributes && attributes->type == FileType::Regular;
+    setSize(isFile ? static_cast<double>(attributes->size) / kBytesPerMegabyte : 0);
     selectStateForOperation(true);
 }
 

@@ -12,6 +12,7 @@
 #include "items/SHSHBlob.h"
 #include "items/WebClip.h"
 #include "platform/UserDefaults.h"
+#include "support/SampleSessions.h"
 #include "support/SupervisorScope.h"
 #include "unit/plist/CapturedLog.h"
 
@@ -23,7 +24,7 @@ namespace {
 using Array = PlistValue::Array;
 using Dictionary = PlistValue::Dictionary;
 
-constexpr const char* kPadlock = "\xf0\x9f\x94\x92";
+using test::kPadlock;
 
 std::shared_ptr<BackupSession> throughHistoryText(const ArchiveValue& root) {
     const auto text = HistoryText::encode(root);
@@ -46,70 +47,9 @@ private:
     ArchiveValue::Dictionary keys_;
 };
 
-std::shared_ptr<Application> makeApplication() {
-    auto application = std::make_shared<Application>("Weather Pro");
-    application->setDisplayName("Weather");
-    application->setBundleIdentifier("com.example.weather");
-    application->setHomePath("/var/mobile/Containers/Bundle/Application/ABC/Weather Pro.app");
-    application->setDocumentPath("/var/mobile/Containers/Data/Application/DEF/Documents");
-    application->setLibraryPath("/var/mobile/Containers/Data/Application/DEF/Library");
-    application->setIconPath("/var/mobile/Containers/Bundle/Application/ABC/Weather Pro.app/Icon@2x.png");
-    application->setInstallDate(Date(441763200));
-    application->setDocumentsDirSize(12.5);
-    application->setDocumentsDirSizeUnit(2);
-    application->setLibraryDirSize(300);
-    application->setLibraryDirSizeUnit(1);
-    application->setSize(12.8);
-    return application;
-}
-
-std::shared_ptr<ArchivableFolder> makeRingtonesFolder() {
-    auto folder =
-        std::make_shared<ArchivableFolder>("Ringtones", std::nullopt, 4, "/Library/Ringtones/", false, true, false);
-    folder->setExists(true);
-    auto kept = std::make_shared<SelectableItem>("Chime.m4r");
-    kept->setSize(0.25);
-    auto left = std::make_shared<SelectableItem>("Buzz.m4r");
-    left->setSelected(false);
-    folder->setContentItems({kept, left});
-    return folder;
-}
-
 class BackupSessionArchiveTest : public ::testing::Test {
 protected:
-    // A session with something in every archived field.
-    std::shared_ptr<BackupSession> fullSession() {
-        auto session = std::make_shared<BackupSession>();
-        session->setTitle(std::string(kPadlock) + " Before the upgrade");
-        session->setQuickDescription("All my tweaks");
-        session->setEncryptionKey("0A1B2C");
-        session->setSessionDate(Date(747763200.5));
-        session->setNbPackages(2);
-        session->setRawData("Foo\tcom.foo\t1.0\tme\tTweaks\tmobilesubstrate\nBar\tcom.bar\t2\tyou\tThemes\t(null)\n");
-        session->addRepositorySource(
-            std::make_shared<RepositorySource>(Dictionary{{"URI", "http://repo.example.org/"},
-                                                          {"Type", "deb"},
-                                                          {"Distribution", "stable"},
-                                                          {"Sections", Array{"main", "extra"}}}));
-        session->setCydiaSections(Dictionary{{"Tweaks", Dictionary{{"Hidden", false}}}});
-        session->setApplications(BackupSession::ApplicationList{makeApplication()});
-        session->setWebclips(BackupSession::WebClipList{std::make_shared<WebClip>(
-            "clip-1", ArchiveValue(Dictionary{{"Title", "News"}, {"URL", "http://news.example/"}}))});
-        session->setSHSHBlobs(BackupSession::BlobList{std::make_shared<SHSHBlob>("86123-iPhone7,2-8.1.2.shsh")});
-        session->setArchivableFolders(BackupSession::FolderList{makeRingtonesFolder()});
-        auto album = std::make_shared<PhotoVideoAlbum>("Camera Roll");
-        album->setPhotoSelected(true);
-        album->setPhotos({"IMG_0001.JPG", "IMG_0002.JPG"});
-        album->setPhotoSize(4.5);
-        session->setPhotoVideoAlbums(BackupSession::AlbumList{album});
-        for (const StockDataSet set : kStockDataSets) {
-            session->setHasData(set, true);
-            session->setDataSize(set, 1.0 + static_cast<double>(set));
-        }
-        session->setSpringBoardData(BackupSession::FileData{
-            {"/var/mobile/Library/SpringBoard/IconState.plist", Dictionary{{"iconLists", Array{}}}}});
-        return session;
-    }
+    std::shared_ptr<BackupSession> fullSession() { return test::fullSession(); }
 
     void storeSetting(const char* key, PlistValue value) { UserDefaults::standard().set(key, std::move(value)); }
 
@@ -133,7 +73,8 @@ TEST_F(BackupSessionArchiveTest, AFileEngineSessionKeepsEveryArchivedField) {
     EXPECT_EQ(read->rawData(), written->rawData());
     EXPECT_EQ(read->cydiaSections(), written->cydiaSections());
     EXPECT_EQ(read->springBoardData(), written->springBoardData());
-    EXPECT_EQ(read->preferencesData(), BackupSession::FileData{});
+    EXPECT_EQ(read->preferencesData(), written->preferencesData());
+    EXPECT_EQ(read->preferencesFileObjects().size(), 2u);
     EXPECT_TRUE(read->hasAppDataIndexed());
     for (const StockDataSet set : kStockDataSets) {
         EXPECT_TRUE(read->hasData(set)) << stockDataSetName(set);
