@@ -17,17 +17,20 @@ std::optional<std::string> HistoryText::encode(const ArchiveValue& root) {
     return Base64::encode(Zlib::deflate(*archive));
 }
 
-std::optional<ArchiveValue> HistoryText::decode(std::string_view text, const ClassRegistry& classes) {
+std::optional<std::string> HistoryText::archiveIn(std::string_view text) {
     const auto stream = Base64::decode(text);
     if (!stream) {
         SH_LOG("Refused a history text of {} characters that isn't Base64", text.size());
         return std::nullopt;
     }
-    const auto archive = Zlib::inflate(*stream, kMaximumArchiveSize);
-    if (!archive) {
-        SH_LOG("Refused a history text whose zlib stream is damaged");
-        return std::nullopt;
-    }
+    auto archive = Zlib::inflate(*stream, kMaximumArchiveSize);
+    if (!archive) SH_LOG("Refused a history text whose zlib stream is damaged");
+    return archive;
+}
+
+std::optional<ArchiveValue> HistoryText::decode(std::string_view text, const ClassRegistry& classes) {
+    const auto archive = archiveIn(text);
+    if (!archive) return std::nullopt;
     auto root = KeyedUnarchiver::unarchiveObjectWithData(*archive, classes);
     if (!root) SH_LOG("Refused a history text whose archive is damaged");
     return root;

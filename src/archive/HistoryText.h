@@ -23,6 +23,9 @@ public:
 
     // Nothing, with a log line, for a text damaged at any stage.
     static std::optional<ArchiveValue> decode(std::string_view text, const ClassRegistry& classes);
+    // The keyed archive inside a text, not yet read; nothing, with a log line, for a text
+    // whose Base64 or zlib stream is damaged.
+    static std::optional<std::string> archiveIn(std::string_view text);
 };
 
 }  // namespace stowhaven

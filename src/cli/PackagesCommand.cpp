@@ -59,8 +59,12 @@ Row rowOf(const CydiaFile& package, const std::string& deviceVersion) {
                                              package.firmwareSpecs().value_or("none stated"));
     const std::string depends =
         package.dependsList() ? fmt::format("{}", fmt::join(*package.dependsList(), ", ")) : "-";
-    return {orDash(package.name()), orDash(package.packageName()), orDash(package.version()),
-            orDash(package.maintainerName()), firmware, depends};
+    return {orDash(package.name()),
+            orDash(package.packageName()),
+            orDash(package.version()),
+            orDash(package.maintainerName()),
+            firmware,
+            depends};
 }
 
 // The last cell isn't padded.

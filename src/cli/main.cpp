@@ -1,3 +1,4 @@
+#include "cli/InspectCommand.h"
 #include "cli/OpenCommand.h"
 #include "cli/PackagesCommand.h"
 #include "cli/SettingsCommand.h"
@@ -13,8 +14,8 @@
 #include "platform/UserDefaults.h"
 #include "platform/dispatch/MainQueue.h"
 
-#include <CLI/CLI.hpp>
 #include <unistd.h>
+#include <CLI/CLI.hpp>
 
 #include <iostream>
 
@@ -62,6 +63,13 @@ int main(int argc, char** argv) {
     settings->add_flag("--json", settingsRequest.asJson, "In JSON");
     settings->add_flag("--show-secrets", settingsRequest.showSecrets, "Show passwords, tokens and keys unmasked");
 
+    std::string inspectedFile;
+    bool inspectAsJson = false;
+    CLI::App* inspect =
+        app.add_subcommand("inspect", "Show the sessions of a history file, an address-book note or a vCard");
+    inspect->add_option("file", inspectedFile, "A .stowhvn file, a note's text or a .vcf file")->required();
+    inspect->add_flag("--json", inspectAsJson, "In JSON, keyed as the archive keys it");
+
     std::string openTarget;
     CLI::App* open = app.add_subcommand("open", "Hand the program stowhaven://autobackup or a file to import");
     open->add_option("target", openTarget, "stowhaven://autobackup, or a file")->required();
@@ -99,6 +107,7 @@ int main(int argc, char** argv) {
         if (packages->parsed()) status = PackagesCommand::run(packagesAsJson, std::cout, std::cerr);
         if (settings->parsed()) status = SettingsCommand::run(settingsRequest, std::cout, std::cerr);
         if (open->parsed()) status = OpenCommand::run(delegate, openTarget, std::cout, std::cerr);
+        if (inspect->parsed()) status = InspectCommand::run(inspectedFile, inspectAsJson, std::cout, std::cerr);
         delegate.applicationDidEnterBackground(status);
     });
     MainQueue::shared().run();

@@ -32,7 +32,9 @@ system_clock::time_point Date::timePoint() const {
     return system_clock::time_point(system_clock::duration(static_cast<system_clock::rep>(ticks.count())));
 }
 
-std::string Date::description() const {
+// The date's calendar fields in UTC, to the second, through FORMAT with the fields in the
+// order year, month, day, hours, minutes, seconds; a date beyond the calendar says so.
+std::string Date::formatInUTC(std::string_view format) const {
     using namespace std::chrono;
     const double whole = std::floor(timeIntervalSince1970());
     if (!(std::fabs(whole) < kDescribableSeconds)) {
@@ -42,9 +44,22 @@ std::string Date::description() const {
     const sys_days day = floor<days>(moment);
     const year_month_day calendarDay(day);
     const hh_mm_ss time(moment - day);
-    return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02} +0000", static_cast<int>(calendarDay.year()),
-                       static_cast<unsigned>(calendarDay.month()), static_cast<unsigned>(calendarDay.day()),
-                       time.hours().count(), time.minutes().count(), time.seconds().count());
+    return fmt::vformat(
+        format, fmt::make_format_args(static_cast<int>(calendarDay.year()), static_cast<unsigned>(calendarDay.month()),
+                                      static_cast<unsigned>(calendarDay.day()), time.hours().count(),
+                                      time.minutes().count(), time.seconds().count()));
+}
+
+std::string Date::description() const { return formatInUTC("{:04}-{:02}-{:02} {:02}:{:02}:{:02} +0000"); }
+
+std::string Date::iso8601() const {
+    std::string text = formatInUTC("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}");
+    const double fraction = timeIntervalSince1970() - std::floor(timeIntervalSince1970());
+    if (fraction > 0 && std::isfinite(fraction)) {
+        const auto milliseconds = static_cast<int>(std::lround(fraction * 1000));
+        if (milliseconds > 0 && milliseconds < 1000) text += fmt::format(".{:03}", milliseconds);
+    }
+    return text + "Z";
 }
 
 }  // namespace stowhaven

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <compare>
 #include <string>
+#include <string_view>
 
 namespace stowhaven {
 
@@ -34,8 +35,12 @@ public:
 
     // "2001-01-01 00:00:00 +0000", in UTC and to the second, as the device describes a date.
     std::string description() const;
+    // "2001-01-01T00:00:00Z" in UTC, with milliseconds when the date has a fraction of a second.
+    std::string iso8601() const;
 
 private:
+    std::string formatInUTC(std::string_view format) const;
+
     double seconds_ = 0;
 };
 

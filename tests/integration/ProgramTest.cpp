@@ -1,8 +1,8 @@
+#include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <sys/wait.h>
 
 #include <algorithm>
 #include <fstream>
@@ -11,21 +11,8 @@
 namespace stowhaven {
 namespace {
 
-struct Outcome {
-    int status;
-    std::string output;
-};
-
-// Runs the program with its output and error in one text.
-Outcome runProgram(const std::string& arguments, const std::string& prefix = "") {
-    const std::string command = prefix + STOWHAVEN_PROGRAM + " " + arguments + " 2>&1";
-    FILE* pipe = popen(command.c_str(), "r");
-    std::string output;
-    char buffer[4096];
-    while (const std::size_t count = fread(buffer, 1, sizeof buffer, pipe)) output.append(buffer, count);
-    const int status = pclose(pipe);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
-}
+using Outcome = test::ProgramOutcome;
+using test::runProgram;
 
 // The packages the system leaves alone, written out apart from its code.
 bool isRefused(const std::string& identifier) {
@@ -118,16 +105,20 @@ TEST_F(ProgramTest, SectionsAndThePackagesWithinComeInNameOrder) {
     for (const auto& package : catalogueOf(device_->root())) order.push_back(package["packageName"]);
     // By section (Addons, Archiving, Development, Security, System, Terminal Support,
     // Themes, Tweaks, Utilities), then by display name: "bzip2" before "GNU Tar".
-    const std::vector<std::string> expected = {
-        "net.tinkerlane.fiveicondock",
-        "bzip2", "tar",
-        "mobilesubstrate",
-        "openssl",
-        "libactivator", "preferenceloader", "winterboard",
-        "bash",
-        "net.tinkerlane.theme.paperlight",
-        "com.fuyuchi.flex2", "net.tinkerlane.quietbadges", "com.filippobiga.springtomize3",
-        "com.aerialx.ishshit"};
+    const std::vector<std::string> expected = {"net.tinkerlane.fiveicondock",
+                                               "bzip2",
+                                               "tar",
+                                               "mobilesubstrate",
+                                               "openssl",
+                                               "libactivator",
+                                               "preferenceloader",
+                                               "winterboard",
+                                               "bash",
+                                               "net.tinkerlane.theme.paperlight",
+                                               "com.fuyuchi.flex2",
+                                               "net.tinkerlane.quietbadges",
+                                               "com.filippobiga.springtomize3",
+                                               "com.aerialx.ishshit"};
     EXPECT_EQ(order, expected);
 }
 
@@ -161,10 +152,10 @@ TEST_F(ProgramTest, TheRootMayComeFromTheEnvironment) {
 }
 
 TEST_F(ProgramTest, RefusesToRunWithoutRoot) {
-    const Outcome outcome = runProgram("--root " + device_->root() + " packages",
-                                       "setpriv --reuid=65534 --regid=65534 --clear-groups ");
+    const Outcome outcome =
+        runProgram("--root " + device_->root() + " packages", "setpriv --reuid=65534 --regid=65534 --clear-groups ");
     EXPECT_EQ(outcome.status, 255);
-    EXPECT_NE(outcome.output.find("must run as root"), std::string::npos) << outcome.output;
+    EXPECT_NE(outcome.errors.find("must run as root"), std::string::npos) << outcome.errors;
 }
 
 TEST_F(ProgramTest, RefusesARootThatIsNoFolderOrCouldBreakACommand) {

@@ -1,11 +1,10 @@
 #include "platform/FileManager.h"
 #include "platform/PreferenceStore.h"
+#include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
-#include "support/TestFolder.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <sys/wait.h>
 
 #include <algorithm>
 
@@ -14,27 +13,14 @@ namespace {
 
 using Array = PlistValue::Array;
 
-struct Outcome {
-    int status;
-    std::string output;
-    std::string errors;
-};
+using Outcome = test::ProgramOutcome;
 
 // The program's settings, its start and the URLs and files handed to it, on a device of
 // the test's own.
 class SettingsProgramTest : public ::testing::Test {
 protected:
     Outcome run(const std::string& arguments) const {
-        const std::string errorsFile = folder_ / "errors.txt";
-        const std::string command =
-            std::string(STOWHAVEN_PROGRAM) + " --root " + device_.root() + " " + arguments + " 2>" + errorsFile;
-        FILE* pipe = popen(command.c_str(), "r");
-        std::string output;
-        char buffer[4096];
-        while (const std::size_t count = fread(buffer, 1, sizeof buffer, pipe)) output.append(buffer, count);
-        const int status = pclose(pipe);
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output,
-                FileManager::contentsOfFile(errorsFile).value_or("")};
+        return test::runProgram("--root " + device_.root() + " " + arguments);
     }
     // Runs a command that must succeed and answers what it printed.
     std::string output(const std::string& arguments) const {
@@ -57,7 +43,6 @@ protected:
     std::optional<std::string> settingsBytes() const { return FileManager::contentsOfFile(settingsFile()); }
 
     test::SandboxDevice device_{"minimal"};
-    test::TestFolder folder_;
 };
 
 TEST_F(SettingsProgramTest, AFirstStartStoresThePathsThatMustExistAndRunsOnLocalStorage) {
