@@ -2,6 +2,7 @@
 #include "cli/OpenCommand.h"
 #include "cli/PackagesCommand.h"
 #include "cli/SettingsCommand.h"
+#include "cli/StorageCommand.h"
 #include "cli/TerminalAlertPresenter.h"
 #include "core/LanguageOrder.h"
 #include "core/StowhavenAppDelegate.h"
@@ -70,6 +71,11 @@ int main(int argc, char** argv) {
     inspect->add_option("file", inspectedFile, "A .stowhvn file, a note's text or a .vcf file")->required();
     inspect->add_flag("--json", inspectAsJson, "In JSON, keyed as the archive keys it");
 
+    CLI::App* storage = app.add_subcommand("storage", "Show the storage engine, or choose another");
+    std::optional<std::string> storageEngine;
+    CLI::App* storageUse = storage->add_subcommand("use", "Make an engine current and keep it so");
+    storageUse->add_option("engine", storageEngine, "local, ftp, dropbox...")->required();
+
     std::string openTarget;
     CLI::App* open = app.add_subcommand("open", "Hand the program stowhaven://autobackup or a file to import");
     open->add_option("target", openTarget, "stowhaven://autobackup, or a file")->required();
@@ -107,6 +113,7 @@ int main(int argc, char** argv) {
         if (packages->parsed()) status = PackagesCommand::run(packagesAsJson, std::cout, std::cerr);
         if (settings->parsed()) status = SettingsCommand::run(settingsRequest, std::cout, std::cerr);
         if (open->parsed()) status = OpenCommand::run(delegate, openTarget, std::cout, std::cerr);
+        if (storage->parsed()) status = StorageCommand::run(storageEngine, std::cout, std::cerr);
         if (inspect->parsed()) status = InspectCommand::run(inspectedFile, inspectAsJson, std::cout, std::cerr);
         delegate.applicationDidEnterBackground(status);
     });

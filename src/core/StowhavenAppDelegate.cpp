@@ -5,8 +5,6 @@
 #include "core/SettingsKeys.h"
 #include "core/Supervisor.h"
 #include "platform/ApplicationNotifications.h"
-#include "platform/DeviceRoot.h"
-#include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "platform/ProcessControl.h"
@@ -14,6 +12,7 @@
 #include "platform/dispatch/GlobalQueue.h"
 #include "platform/dispatch/MainQueue.h"
 #include "platform/dispatch/NotificationCenter.h"
+#include "storage/local/LocalStorageHelper.h"
 
 #include <limits>
 #include <memory>
@@ -70,38 +69,6 @@ void storeDropboxStoragePathIfAbsent(Supervisor& supervisor) {
     if (!path) supervisor.lowLevelStorePreferencesData(kDefaultDropboxStoragePath, "DropboxStoragePath");
 }
 
-// Local storage used to live in the media folder, and moves to the preferences folder. A
-// failed move leaves the data behind, and the setting takes the new place all the same.
-void settleLocalStoragePath(Supervisor& supervisor) {
-    const std::string var = DeviceRoot::var();
-    const std::string oldFolder = var + "/mobile/Media/Stowhaven";
-    const std::string newFolder = var + "/mobile/Library/Preferences/Stowhaven";
-
-    std::optional<std::string> path = supervisor.lowLevelGetStringPreferencesDataForKey("LocalStoragePath");
-    if (path == oldFolder) {
-        std::string error;
-        if (FileManager::moveItem(oldFolder, newFolder, &error)) {
-            SH_LOG("Data moved from <{0}/mobile/Media/Stowhaven> to <{0}/mobile/Library/Preferences/Stowhaven>!", var);
-            if (FileManager::removeItem(oldFolder)) {
-                SH_LOG("<{}/mobile/Media/Stowhaven> removed!", var);
-            } else {
-                SH_LOG("Couldn't remove <{}/mobile/Media/Stowhaven>!", var);
-            }
-        } else {
-            SH_LOG(
-                "Couldn't move data from <{0}/mobile/Media/Stowhaven> to <{0}/mobile/Library/Preferences/Stowhaven>. "
-                "Error: {1}!",
-                var, error);
-        }
-        path.reset();
-    }
-    if (!path) {
-        supervisor.lowLevelStorePreferencesData(newFolder, "LocalStoragePath");
-        path = supervisor.lowLevelGetStringPreferencesDataForKey("LocalStoragePath");
-    }
-    setLocalStoragePath(path.value_or(""));
-}
-
 }  // namespace
 
 void StowhavenAppDelegate::initialize() {
@@ -140,7 +107,7 @@ void StowhavenAppDelegate::refreshPreferences() {
     readMinDeviceBatteryLevel(supervisor, battery);
     askForDescriptionAndTitleUnlessTurnedOff(supervisor);
     storeDropboxStoragePathIfAbsent(supervisor);
-    settleLocalStoragePath(supervisor);
+    LocalStorageHelper::settleStoragePath();
 
     SH_LOG(
         "AUTOSCAN_PKG_ENABLED:{:d} | AUTOSCAN_STOCKAPPS_ENABLED: {:d} | AUTOSCAN_APPSTOREAPPS_ENABLED: {:d} | "

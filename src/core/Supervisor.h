@@ -172,6 +172,8 @@ public:
     void showActivityIndicatorViewWithMessage(const std::string& message, bool withCancel);
     void dismissActivityIndicatorView();
     void displayNoInternetConnectionMessage();
+    // An alert on the main queue, with the one button "OK_BUTTON".
+    static void showAlert(std::string title, std::string message, AlertPresenter::Dismissal onDismissal = {});
 
     // The end of a job.
     void backupOrRestoreDone();
@@ -223,8 +225,6 @@ private:
     std::size_t maximumBackupsIndex() const;
 
     void setProgressMessage(std::optional<std::string> message);
-    // On the main queue, with the one button "OK_BUTTON".
-    static void showAlert(std::string title, std::string message, AlertPresenter::Dismissal onDismissal = {});
 
     void composeEmail(const Email& email);
     void removeSettingsFile(const std::string& user);

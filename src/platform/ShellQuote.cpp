@@ -19,13 +19,13 @@ std::string ShellQuote::inDoubleQuotes(std::string_view value) {
 namespace {
 
 // The value when it is made only of letters, digits and the characters given, and doesn't
-// start with "-", which a tool would read as an option.
+// start with "-", which a tool would read as an option, or "~", which the shell expands.
 std::optional<std::string> plainWord(std::string_view value, std::string_view otherCharacters) {
     const bool allowed = std::all_of(value.begin(), value.end(), [&](char c) {
         return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
                otherCharacters.find(c) != std::string_view::npos;
     });
-    if (value.empty() || !allowed || value.front() == '-') return std::nullopt;
+    if (value.empty() || !allowed || value.front() == '-' || value.front() == '~') return std::nullopt;
     return std::string(value);
 }
 
@@ -38,7 +38,8 @@ std::optional<std::string> ShellQuote::packageIdentifier(std::string_view value)
 }
 
 std::optional<std::string> ShellQuote::plainPath(std::string_view value) {
-    auto path = plainWord(value, "/+.-_");
+    // A stamp holds "~", which the shell leaves alone inside a word.
+    auto path = plainWord(value, "/+.-_~");
     if (!path) SH_LOG("Refusing path <{}> in a command: it holds characters the shell would read", value);
     return path;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/HostShell.h"
 #include "platform/Platform.h"
 
 #include <string>
@@ -7,11 +8,18 @@
 
 namespace stowhaven::test {
 
-// Keeps the command lines instead of running them.
+// Keeps the command lines, and runs them through the host's shell only when told to.
 class RecordingShell final : public Shell {
 public:
-    void systemExecute(const std::string& command) override { commands.push_back(command); }
+    void systemExecute(const std::string& command) override {
+        commands.push_back(command);
+        if (runsCommands) host_.systemExecute(command);
+    }
     std::vector<std::string> commands;
+    bool runsCommands = false;
+
+private:
+    HostShell host_;
 };
 
 class FixedClock final : public Clock {

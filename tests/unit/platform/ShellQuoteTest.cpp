@@ -27,5 +27,14 @@ TEST(ShellQuoteTest, PackageIdentifiersHoldOnlyTheirOwnCharacters) {
     }
 }
 
+TEST(ShellQuoteTest, PlainPathsHoldNothingTheShellWouldRead) {
+    for (const char* path : {"/var/mobile/Library/Preferences/a.plist", "/x/2024-01-01_10~00~00/DEBS", "/a+b"}) {
+        EXPECT_EQ(ShellQuote::plainPath(path), path);
+    }
+    for (const char* hostile : {"", "/a b", "/a;reboot", "/$(reboot)", "/a`b`", "~/x", "-rf", "/a*", "/a\nb", "/'a'"}) {
+        EXPECT_FALSE(ShellQuote::plainPath(hostile)) << hostile;
+    }
+}
+
 }  // namespace
 }  // namespace stowhaven

@@ -1,0 +1,24 @@
+#include "storage/StorageEngineFactory.h"
+
+#include "storage/local/LocalStorageHelper.h"
+
+namespace stowhaven {
+
+std::shared_ptr<StorageHelperProtocol> createStorageEngine(StorageType type) {
+    switch (type) {
+        case StorageType::Addressbook:
+        case StorageType::Dropbox:
+        case StorageType::SugarSync:
+        case StorageType::SkyDrive:
+        case StorageType::Box:
+        case StorageType::FTP:
+        case StorageType::GDrive:
+        case StorageType::OwnCloud:
+            return nullptr;
+        case StorageType::Local:
+            break;
+    }
+    return LocalStorageHelper::createLocalStorageHelper();
+}
+
+}  // namespace stowhaven

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "storage/StorageHelperProtocol.h"
+#include "storage/StorageType.h"
+
+#include <memory>
+
+namespace stowhaven {
+
+// Makes the engine of a storage type by its class-level factory, as the program does when
+// an engine first becomes current; an unknown type makes the local engine. Nothing for an
+// engine this build doesn't have.
+std::shared_ptr<StorageHelperProtocol> createStorageEngine(StorageType type);
+
+}  // namespace stowhaven

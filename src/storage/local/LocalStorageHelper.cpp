@@ -1,0 +1,274 @@
+#include "storage/local/LocalStorageHelper.h"
+
+#include "core/BackupSession.h"
+#include "core/ProcessFlags.h"
+#include "core/Supervisor.h"
+#include "platform/DeviceRoot.h"
+#include "platform/FileManager.h"
+#include "platform/Log.h"
+#include "platform/ShellQuote.h"
+#include "platform/TemporaryDirectory.h"
+#include "platform/dispatch/NotificationCenter.h"
+#include "storage/StorageEngines.h"
+#include "storage/StorageLayout.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+
+namespace stowhaven {
+
+namespace {
+
+std::string lastPathComponent(const std::string& path) { return std::filesystem::path(path).filename().string(); }
+
+// The relative paths of the files below FOLDER whose names end in ".stowhvn", folder by
+// folder in name order, as the device's file system lists them. Links aren't followed.
+void collectHistoryFiles(const std::string& folder, const std::string& relative, std::vector<std::string>& names) {
+    for (const std::string& entry : FileManager::contentsOfDirectory(folder).value_or(std::vector<std::string>{})) {
+        const std::string path = folder + "/" + entry;
+        const std::string relativePath = relative.empty() ? entry : relative + "/" + entry;
+        const auto attributes = FileManager::attributesOfItem(path);
+        if (attributes && attributes->type == FileType::Directory) {
+            collectHistoryFiles(path, relativePath, names);
+        } else if (entry.ends_with(StorageLayout::kHistoryFileSuffix)) {
+            names.push_back(relativePath);
+        }
+    }
+}
+
+}  // namespace
+
+std::shared_ptr<LocalStorageHelper> LocalStorageHelper::createLocalStorageHelper() {
+    StorageEngines::registerFactory(StorageType::Local, [] { return std::make_shared<LocalStorageHelper>(); });
+    return std::dynamic_pointer_cast<LocalStorageHelper>(StorageEngines::create(StorageType::Local));
+}
+
+// Local storage used to live in the media folder, and moves to the preferences folder. A
+// failed move leaves the data behind, and the setting takes the new place all the same.
+void LocalStorageHelper::settleStoragePath() {
+    Supervisor& supervisor = Supervisor::shared();
+    const std::string var = DeviceRoot::var();
+    const std::string oldFolder = var + "/mobile/Media/Stowhaven";
+    const std::string newFolder = var + "/mobile/Library/Preferences/Stowhaven";
+
+    std::optional<std::string> path = supervisor.lowLevelGetStringPreferencesDataForKey("LocalStoragePath");
+    if (path == oldFolder) {
+        std::string error;
+        if (FileManager::moveItem(oldFolder, newFolder, &error)) {
+            SH_LOG("Data moved from <{0}/mobile/Media/Stowhaven> to <{0}/mobile/Library/Preferences/Stowhaven>!", var);
+            if (FileManager::removeItem(oldFolder)) {
+                SH_LOG("<{}/mobile/Media/Stowhaven> removed!", var);
+            } else {
+                SH_LOG("Couldn't remove <{}/mobile/Media/Stowhaven>!", var);
+            }
+        } else {
+            SH_LOG(
+                "Couldn't move data from <{0}/mobile/Media/Stowhaven> to <{0}/mobile/Library/Preferences/Stowhaven>. "
+                "Error: {1}!",
+                var, error);
+        }
+        path.reset();
+    }
+    if (!path) {
+        supervisor.lowLevelStorePreferencesData(newFolder, "LocalStoragePath");
+        path = supervisor.lowLevelGetStringPreferencesDataForKey("LocalStoragePath");
+    }
+    setLocalStoragePath(path.value_or(""));
+}
+
+LocalStorageHelper::LocalStorageHelper() { createStorageFolder(); }
+
+std::string LocalStorageHelper::storagePath() { return localStoragePath(); }
+
+std::optional<std::string> LocalStorageHelper::errorMessage() const {
+    std::lock_guard lock(errorMutex_);
+    return errorMessage_;
+}
+
+void LocalStorageHelper::setErrorMessage(std::optional<std::string> message) {
+    std::lock_guard lock(errorMutex_);
+    errorMessage_ = std::move(message);
+}
+
+void LocalStorageHelper::createStorageFolder() {
+    const std::string folder = storagePath();
+    if (FileManager::fileExists(folder)) {
+        SH_LOG("Found <{}>!", folder);
+        return;
+    }
+    if (!folder.empty() && FileManager::createDirectory(folder, true)) {
+        SH_LOG("<{}> created!", folder);
+        return;
+    }
+    setErrorMessage(fmt::format("Couldn't create <{}>!", folder));
+    // Without its folder the engine can't work: the last resort is the address book.
+    if (Supervisor::shared().isStorageLocal()) Supervisor::shared().setStorageToAddressbook();
+}
+
+void LocalStorageHelper::eraseAllData() {
+    const std::string folder = storagePath();
+    if (!FileManager::removeItem(folder)) {
+        setErrorMessage(fmt::format("Couldn't remove <{}>!", folder));
+        return;
+    }
+    SH_LOG("Removed <{}>!", folder);
+    createStorageFolder();
+}
+
+void LocalStorageHelper::flushCache() { setExistingFiles({}); }
+
+void LocalStorageHelper::logMisuse() { SH_LOG("####### SHOULDN'T BE CALLED #########"); }
+
+void LocalStorageHelper::loadAvailableDeviceBackups() { logMisuse(); }
+
+void LocalStorageHelper::loadBackupDetailsForDevice(const std::string&) { logMisuse(); }
+
+void LocalStorageHelper::deleteBackupForDeviceId(const std::string&) { logMisuse(); }
+
+void LocalStorageHelper::moveFromPath(const std::string&, const std::string&) { logMisuse(); }
+
+double LocalStorageHelper::freeSpace() { return Supervisor::shared().freeSpace(); }
+
+void LocalStorageHelper::refreshFreeSpace() { Supervisor::shared().refreshFreeSpace(); }
+
+bool LocalStorageHelper::copyToTemporaryFolder(const std::string& relativePath) {
+    const std::string source = storagePath() + "/" + relativePath;
+    const std::string target = TemporaryDirectory::path() + "/" + relativePath;
+    if (!FileManager::fileExists(source)) {
+        setErrorMessage(fmt::format("<{}> doesn't exist!", source));
+        return false;
+    }
+    std::string error;
+    FileManager::createDirectory(std::filesystem::path(target).parent_path().string(), true);
+    if (FileManager::copyItem(source, target, &error)) return true;
+    setErrorMessage(fmt::format("Error <{}> while copying file from <{}> to <{}>!", error, source, target));
+    return false;
+}
+
+bool LocalStorageHelper::fetchHistoryFile(const std::string& name) { return copyToTemporaryFolder(name); }
+
+void LocalStorageHelper::loadMostRecentBackupSession() {
+    setErrorMessage(std::nullopt);
+    std::vector<std::string> names;
+    collectHistoryFiles(storagePath(), "", names);
+    setExistingFiles(names);
+    const auto newest = StorageLayout::mostRecent(names);
+    if (!newest) {
+        setErrorMessage(fmt::format("No file found in <{}>!", storagePath()));
+        return;
+    }
+    // No hook: the caller reads the file from the temporary folder.
+    copyToTemporaryFolder(*newest);
+}
+
+// Every history file again, known or not; the first that can't be copied ends the walk.
+void LocalStorageHelper::retrieveRestOfBackupHistory() {
+    setErrorMessage(std::nullopt);
+    const auto receiver = sessionHistoryReceiver();
+    for (const std::string& name : existingFiles()) {
+        if (!copyToTemporaryFolder(name)) break;
+        if (receiver) receiver->takeHistoryFile(TemporaryDirectory::path() + "/" + name);
+    }
+    NotificationCenter::defaultCenter().post("BACKUP_HISTORY_LOADED");
+}
+
+// The result of the write is not looked at: the upload succeeds whatever it wrote.
+void LocalStorageHelper::uploadBackupHistory(const std::string& historyText, Date date) {
+    setErrorMessage(std::nullopt);
+    SH_LOG("Backup data size: {:.2f}Kb", static_cast<double>(historyText.size()) / 1024);
+    const std::string name = StorageLayout::historyFileName(date);
+    FileManager::writeFile(storagePath() + "/" + name, historyText);
+    addExistingFile(name);
+    performSuccessSelector();
+}
+
+void LocalStorageHelper::createDirectoryForRequest(const std::string& relativePath) {
+    setErrorMessage(std::nullopt);
+    std::string error;
+    if (FileManager::createDirectory(storagePath() + "/" + relativePath, true, &error)) {
+        performSuccessSelector();
+        return;
+    }
+    SH_LOG("{}", error);
+    setErrorMessage(fmt::format("Error <{}> while creating file!", error));
+    performFailureSelector();
+}
+
+void LocalStorageHelper::createDirectoryDated(Date date) { createDirectoryForRequest(StorageLayout::stamp(date)); }
+
+void LocalStorageHelper::createDirectory(const std::string& directory, Date date) {
+    createDirectoryForRequest(StorageLayout::dataDirectory(StorageLayout::stamp(date), directory));
+}
+
+// The file is moved, not copied, by the device's mv; the paths stand unquoted in its
+// command, so a path the shell would read otherwise is not handed to it at all.
+void LocalStorageHelper::uploadFile(const std::string& path, Date date, const std::optional<std::string>& directory) {
+    setErrorMessage(std::nullopt);
+    if (!FileManager::fileExists(path)) {
+        SH_LOG("<{}> doesn't exist!", path);
+        performFailureSelector();
+        return;
+    }
+    const std::string sessionFolder = storagePath() + "/" + StorageLayout::stamp(date);
+    const std::string target = directory ? StorageLayout::dataDirectory(sessionFolder, *directory) : sessionFolder;
+    SH_LOG("Moving {} -> {}...", path, target);
+    const auto plainSource = ShellQuote::plainPath(path);
+    const auto plainTarget = ShellQuote::plainPath(target);
+    if (plainSource && plainTarget) {
+        Supervisor::shared().systemExecute(fmt::format("mv {} {}/", *plainSource, *plainTarget));
+    }
+    if (FileManager::fileExists(target + "/" + lastPathComponent(path))) {
+        performSuccessSelector();
+        return;
+    }
+    setErrorMessage(fmt::format("Couldn't move file from <{}> to <{}>!", path, target));
+    performFailureSelector();
+}
+
+// Never takes the failure path: what went wrong shows only in the error.
+void LocalStorageHelper::deleteBackupSession(const std::shared_ptr<BackupSession>& session) {
+    setErrorMessage(std::nullopt);
+    const Date date = session && session->sessionDate() ? *session->sessionDate() : Date();
+    const std::string name = StorageLayout::historyFileName(date);
+    const std::string file = storagePath() + "/" + name;
+    std::string error;
+    if (!FileManager::fileExists(file)) {
+        setErrorMessage(fmt::format("<{}> doesn't exist!", file));
+    } else if (!FileManager::removeItem(file, &error)) {
+        setErrorMessage(fmt::format("Error <{}> while deleting file @ <{}>!", error, file));
+    } else {
+        removeExistingFile(name);
+        const std::string folder = storagePath() + "/" + StorageLayout::stamp(date);
+        // A session without bulk data has no folder: the usual case, and no failure.
+        if (!FileManager::fileExists(folder) || !FileManager::removeItem(folder, &error)) {
+            if (error.empty()) error = "no such folder";
+            setErrorMessage(fmt::format("Error <{}> while deleting FOLDER @ <{}>!", error, folder));
+        }
+    }
+    performSuccessSelector();
+}
+
+void LocalStorageHelper::loadFile(const std::string& name, Date date, const std::optional<std::string>& subDirectory) {
+    setErrorMessage(std::nullopt);
+    std::string relativePath = StorageLayout::stamp(date);
+    if (subDirectory) relativePath = StorageLayout::dataDirectory(relativePath, *subDirectory);
+    relativePath = StorageLayout::dataDirectory(relativePath, name);
+    const std::string source = storagePath() + "/" + relativePath;
+    if (!FileManager::fileExists(source)) {
+        setErrorMessage(fmt::format("<{}> doesn't exist!", source));
+        performFailureSelector();
+        return;
+    }
+    const std::string target = TemporaryDirectory::path() + "/" + lastPathComponent(name);
+    std::string error;
+    if (!FileManager::copyItem(source, target, &error)) {
+        setErrorMessage(fmt::format("Error <{}> while copying file from <{}> to <{}>!", error, source, target));
+        performFailureSelector();
+        return;
+    }
+    // The hooks stay for the next file of the same request.
+    callSuccessSelectorKeepingIt(target);
+}
+
+}  // namespace stowhaven

@@ -1,0 +1,169 @@
+// The local engine: the shared engine tests, and what is its own (the folder and its
+// fallback, copies that never overwrite, moves by the device's mv, the deep listing).
+
+#include "core/ProcessFlags.h"
+#include "platform/UserDefaults.h"
+#include "storage/local/LocalStorageHelper.h"
+#include "support/StorageEngineHarness.h"
+#include "support/SupervisorScope.h"
+#include "unit/plist/CapturedLog.h"
+
+#include <gtest/gtest.h>
+
+namespace stowhaven {
+namespace {
+
+// The storage folder read directly.
+class FolderProbe final : public test::StorageProbe {
+public:
+    std::optional<std::string> read(const std::string& path) override {
+        return FileManager::contentsOfFile(localStoragePath() + "/" + path);
+    }
+    bool exists(const std::string& path) override { return FileManager::fileExists(localStoragePath() + "/" + path); }
+};
+
+// A device of the test's own whose commands run, with local storage in its usual place.
+struct LocalStorageFixture {
+    LocalStorageFixture() {
+        scope.services.shell.runsCommands = true;
+        LocalStorageHelper::settleStoragePath();
+        local = LocalStorageHelper::createLocalStorageHelper();
+        engine = local;
+    }
+
+    test::StorageProbe& probe() { return probe_; }
+    static constexpr bool kDeleteWithoutDirectoryLeavesError = true;
+
+    test::SupervisorScope scope;
+    std::shared_ptr<LocalStorageHelper> local;
+    std::shared_ptr<StorageHelperProtocol> engine;
+
+private:
+    FolderProbe probe_;
+};
+
+}  // namespace
+
+namespace test {
+INSTANTIATE_TYPED_TEST_SUITE_P(Local, StorageEngineContractTest, LocalStorageFixture);
+}  // namespace test
+
+namespace {
+
+class LocalStorageTest : public ::testing::Test {
+protected:
+    std::string folder() const { return localStoragePath(); }
+    void writeInFolder(const std::string& path, const std::string& contents) {
+        FileManager::createDirectory(std::filesystem::path(folder() + "/" + path).parent_path().string(), true);
+        FileManager::writeFile(folder() + "/" + path, contents);
+    }
+
+    LocalStorageFixture fixture_;
+    LocalStorageHelper& engine_ = *fixture_.local;
+};
+
+TEST_F(LocalStorageTest, TheFolderIsMadeInItsUsualPlace) {
+    EXPECT_EQ(folder(), fixture_.scope.path("/var/mobile/Library/Preferences/Stowhaven"));
+    EXPECT_TRUE(FileManager::fileExists(folder()));
+    EXPECT_FALSE(engine_.hasError());
+    EXPECT_EQ(engine_.fileSizeUploadLimit(), -1);
+    EXPECT_TRUE(engine_.isLoggedIn());
+}
+
+TEST_F(LocalStorageTest, AnEmptyFolderHoldsNoHistory) {
+    engine_.loadMostRecentBackupSession();
+    EXPECT_EQ(engine_.errorMessage(), "No file found in <" + folder() + ">!");
+    EXPECT_TRUE(engine_.existingFiles().empty());
+}
+
+TEST_F(LocalStorageTest, HistoryFilesInFoldersBelowAreListedByTheirRelativePaths) {
+    writeInFolder("2024-01-01_10~00~00.stowhvn", "a");
+    writeInFolder("2024-01-01_10~00~00/NOTES/NOTES_001", "part");
+    writeInFolder("moved/2023-06-01_10~00~00.stowhvn", "b");
+    engine_.loadMostRecentBackupSession();
+    EXPECT_EQ(engine_.existingFiles(),
+              (std::vector<std::string>{"2024-01-01_10~00~00.stowhvn", "moved/2023-06-01_10~00~00.stowhvn"}));
+    EXPECT_TRUE(FileManager::fileExists(TemporaryDirectory::path() + "/moved/2023-06-01_10~00~00.stowhvn"));
+}
+
+TEST_F(LocalStorageTest, ACopyNeverOverwritesAFileLeftInTheTemporaryFolder) {
+    writeInFolder("2024-01-01_10~00~00.stowhvn", "stored");
+    FileManager::writeFile(TemporaryDirectory::path() + "/2024-01-01_10~00~00.stowhvn", "left over");
+    engine_.loadMostRecentBackupSession();
+    ASSERT_TRUE(engine_.errorMessage());
+    EXPECT_TRUE(engine_.errorMessage()->starts_with("Error <")) << *engine_.errorMessage();
+    EXPECT_NE(engine_.errorMessage()->find("while copying file from"), std::string::npos);
+}
+
+TEST_F(LocalStorageTest, AnUploadMovesTheFileAndAPathTheShellWouldReadGoesNowhere) {
+    const Date date(700000000);
+    test::request(engine_, [&] { engine_.createDirectory("NOTES", date); });
+    const std::string part = TemporaryDirectory::path() + "/NOTES_001";
+    FileManager::writeFile(part, "notes");
+    EXPECT_TRUE(test::request(engine_, [&] { engine_.uploadFile(part, date, "NOTES"); }).succeeded);
+    EXPECT_FALSE(FileManager::fileExists(part)) << "moved, not copied";
+    EXPECT_EQ(fixture_.scope.services.shell.commands.back(),
+              "mv " + part + " " + folder() + "/" + StorageLayout::stamp(date) + "/NOTES/");
+
+    const std::string blank = TemporaryDirectory::path() + "/NOTES 002";
+    FileManager::writeFile(blank, "notes");
+    const std::size_t commands = fixture_.scope.services.shell.commands.size();
+    EXPECT_TRUE(test::request(engine_, [&] { engine_.uploadFile(blank, date, "NOTES"); }).failed);
+    EXPECT_EQ(engine_.errorMessage(), "Couldn't move file from <" + blank + "> to <" + folder() + "/" +
+                                          StorageLayout::stamp(date) + "/NOTES>!");
+    EXPECT_EQ(fixture_.scope.services.shell.commands.size(), commands) << "no command ran";
+
+    EXPECT_TRUE(test::request(engine_, [&] { engine_.uploadFile("/nonexistent", date, "NOTES"); }).failed);
+}
+
+TEST_F(LocalStorageTest, AFileComesBackTwiceWithTheSameHooks) {
+    const Date date(700000000);
+    writeInFolder(StorageLayout::stamp(date) + "/DEBS/a.deb", "a");
+    writeInFolder(StorageLayout::stamp(date) + "/DEBS/b.deb", "b");
+    std::vector<std::string> fetched;
+    engine_.setSuccessSelector([&](const HookObject& path) { fetched.push_back(std::get<std::string>(path)); },
+                               nullptr);
+    engine_.loadFile("a.deb", date, "DEBS");
+    engine_.loadFile("b.deb", date, "DEBS");
+    EXPECT_EQ(fetched,
+              (std::vector<std::string>{TemporaryDirectory::path() + "/a.deb", TemporaryDirectory::path() + "/b.deb"}));
+}
+
+TEST_F(LocalStorageTest, AHistoryUploadSucceedsWhateverItWrote) {
+    FileManager::removeItem(folder());
+    EXPECT_TRUE(test::request(engine_, [&] { engine_.uploadBackupHistory("text", Date(1)); }).succeeded);
+    EXPECT_FALSE(engine_.hasError());
+}
+
+TEST_F(LocalStorageTest, DeletingASessionThatIsntThereStillSucceeds) {
+    auto session = test::fullSession();
+    EXPECT_TRUE(test::request(engine_, [&] { engine_.deleteBackupSession(session); }).succeeded);
+    EXPECT_TRUE(engine_.errorMessage()->ends_with("doesn't exist!"));
+}
+
+TEST_F(LocalStorageTest, EraseEmptiesTheFolderAndMakesItAgain) {
+    writeInFolder("2024-01-01_10~00~00.stowhvn", "a");
+    engine_.eraseAllData();
+    EXPECT_TRUE(FileManager::fileExists(folder()));
+    EXPECT_EQ(FileManager::contentsOfDirectory(folder()), std::vector<std::string>{});
+}
+
+TEST_F(LocalStorageTest, OperationsOfDeviceDirectoriesAreNotForThisEngine) {
+    test::CapturedLog log;
+    engine_.loadAvailableDeviceBackups();
+    engine_.moveFromPath("a", "b");
+    EXPECT_TRUE(log.contains("####### SHOULDN'T BE CALLED #########"));
+}
+
+TEST(LocalStorageFallbackTest, WithoutItsFolderTheDeviceFallsBackToTheAddressBook) {
+    test::SupervisorScope scope;
+    scope.makeFile("/var/mobile/blocked");
+    UserDefaults::standard().set("LocalStoragePath", scope.path("/var/mobile/blocked/Stowhaven"));
+    LocalStorageHelper::settleStoragePath();
+    const auto engine = LocalStorageHelper::createLocalStorageHelper();
+    EXPECT_EQ(engine->errorMessage(), "Couldn't create <" + scope.path("/var/mobile/blocked/Stowhaven") + ">!");
+    EXPECT_TRUE(scope.supervisor().isStorageAddressbook());
+}
+
+}  // namespace
+}  // namespace stowhaven

@@ -1,0 +1,83 @@
+#include "storage/StorageLayout.h"
+#include "support/SupervisorScope.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <ctime>
+
+namespace stowhaven {
+namespace {
+
+// Sets the process's time zone, in the POSIX notation that needs no zone files, and puts
+// the one before back afterwards.
+class TimeZoneScope {
+public:
+    explicit TimeZoneScope(const char* zone) {
+        if (const char* before = std::getenv("TZ")) before_ = before;
+        setenv("TZ", zone, 1);
+        tzset();
+    }
+    ~TimeZoneScope() {
+        if (before_) {
+            setenv("TZ", before_->c_str(), 1);
+        } else {
+            unsetenv("TZ");
+        }
+        tzset();
+    }
+
+private:
+    std::optional<std::string> before_;
+};
+
+class StorageLayoutTest : public ::testing::Test {
+protected:
+    test::SupervisorScope scope_;
+};
+
+TEST_F(StorageLayoutTest, StampsAreInTheDevicesTimeZoneAndReadBackThere) {
+    const Date date = Date::dateWithTimeIntervalSince1970(1726128000);  // 2024-09-12 08:00:00 UTC
+    {
+        const TimeZoneScope utc("UTC0");
+        EXPECT_EQ(StorageLayout::stamp(date), "2024-09-12_08~00~00");
+        EXPECT_EQ(StorageLayout::dateOfStamp("2024-09-12_08~00~00"), date);
+    }
+    {
+        const TimeZoneScope paris("CET-1CEST,M3.5.0,M10.5.0/3");
+        EXPECT_EQ(StorageLayout::stamp(date), "2024-09-12_10~00~00") << "summer time, two hours ahead";
+        EXPECT_EQ(StorageLayout::dateOfStamp(StorageLayout::stamp(date)), date);
+    }
+    {
+        const TimeZoneScope newYork("EST5EDT,M3.2.0,M11.1.0");
+        EXPECT_EQ(StorageLayout::historyFileName(date), "2024-09-12_04~00~00.stowhvn");
+        EXPECT_EQ(StorageLayout::dateOfHistoryFile("2024-09-12_04~00~00.stowhvn"), date);
+    }
+}
+
+TEST_F(StorageLayoutTest, OnlyNamesThatEndInTheSuffixAreHistoryFilesAndTheLastIsTheNewest) {
+    const std::vector<std::string> listing = {"2024-01-01_10~00~00.stowhvn", "2024-01-01_10~00~00", "notes.stowhvn.txt",
+                                              "2024-02-01_10~00~00.STOWHVN", "2024-03-01_10~00~00.stowhvn"};
+    const auto files = StorageLayout::existingFiles(listing);
+    EXPECT_EQ(files, (std::vector<std::string>{"2024-01-01_10~00~00.stowhvn", "2024-03-01_10~00~00.stowhvn"}));
+    EXPECT_EQ(StorageLayout::mostRecent(files), "2024-03-01_10~00~00.stowhvn");
+    EXPECT_EQ(StorageLayout::mostRecent({}), std::nullopt);
+}
+
+TEST_F(StorageLayoutTest, NamesThatHoldNoStampGiveNoDate) {
+    EXPECT_EQ(StorageLayout::dateOfHistoryFile("holiday.stowhvn"), std::nullopt);
+    EXPECT_EQ(StorageLayout::dateOfHistoryFile("2024-13-01_10~00~00.stowhvn"), std::nullopt);
+    EXPECT_TRUE(StorageLayout::dateOfHistoryFile("2024-01-01_10~00~00.stowhvn.stowhvn")) << "every suffix is taken out";
+}
+
+TEST_F(StorageLayoutTest, DirectoriesNestBaseDeviceSessionAndData) {
+    const TimeZoneScope utc("UTC0");
+    const std::string device = StorageLayout::deviceDirectory("/Stowhaven", "Ann's iPhone");
+    EXPECT_EQ(device, "/Stowhaven/Ann's iPhone");
+    const std::string session = StorageLayout::sessionDirectory(device, Date::dateWithTimeIntervalSince1970(0));
+    EXPECT_EQ(session, "/Stowhaven/Ann's iPhone/1970-01-01_00~00~00");
+    EXPECT_EQ(StorageLayout::dataDirectory(session, "DEBS"), session + "/DEBS");
+}
+
+}  // namespace
+}  // namespace stowhaven
