@@ -1,7 +1,7 @@
 #pragma once
 
-#include "storage/AbstractStorageHelper.h"
 #include "storage/StorageEngines.h"
+#include "support/NullStorageEngine.h"
 
 #include <memory>
 #include <string>
@@ -10,8 +10,8 @@
 namespace stowhaven::test {
 
 // An engine with the free space and upload limit a test gives it, which notes each flush
-// of its cache in a log shared with other engines. Its other operations do nothing.
-class FakeStorageEngine final : public AbstractStorageHelper {
+// of its cache in a log shared with other engines.
+class FakeStorageEngine final : public NullStorageEngine {
 public:
     explicit FakeStorageEngine(std::string name, std::shared_ptr<std::vector<std::string>> flushLog = nullptr)
         : name_(std::move(name)), flushLog_(std::move(flushLog)) {}
@@ -21,22 +21,6 @@ public:
     }
     double freeSpace() override { return space; }
     std::int32_t fileSizeUploadLimit() override { return uploadLimit; }
-
-    void resetAll() override {}
-    void loadAvailableDeviceBackups() override {}
-    void loadBackupDetailsForDevice(const std::string&) override {}
-    void loadMostRecentBackupSession() override {}
-    void loadFile(const std::string&, Date, const std::optional<std::string>&) override {}
-    void createDirectoryDated(Date) override {}
-    void createDirectory(const std::string&, Date) override {}
-    void uploadBackupHistory(const std::string&, Date) override {}
-    void uploadFile(const std::string&, Date, const std::optional<std::string>&) override {}
-    void deleteBackupSession(const std::shared_ptr<BackupSession>&) override {}
-    void deleteBackupForDeviceId(const std::string&) override {}
-    void moveFromPath(const std::string&, const std::string&) override {}
-    void refreshFreeSpace() override {}
-    void showProgressOnView() override {}
-    void hideProgress() override {}
 
     // Registers an engine of TYPE and makes it, as an engine does when it becomes current.
     static std::shared_ptr<FakeStorageEngine> install(StorageType type, std::string name = "fake",
@@ -49,9 +33,6 @@ public:
 
     double space = 0;
     std::int32_t uploadLimit = 0;
-
-protected:
-    bool fetchHistoryFile(const std::string&) override { return false; }
 
 private:
     std::string name_;

@@ -4,6 +4,7 @@
 #include "platform/dispatch/MainQueue.h"
 #include "platform/dispatch/NotificationCenter.h"
 #include "storage/AbstractStorageHelper.h"
+#include "support/NullStorageEngine.h"
 #include "support/StorageRequest.h"
 #include "support/SupervisorScope.h"
 #include "unit/plist/CapturedLog.h"
@@ -21,9 +22,9 @@ class TestWrapper final : public AbstractStorageWrapper {};
 
 // Its upload fails the first `failures` times, then succeeds; it retries as network
 // engines do. Device directories can be renamed, or refuse to be.
-class ScriptedEngine final : public AbstractStorageHelper {
+class ScriptedEngine final : public test::NullStorageEngine {
 public:
-    ScriptedEngine() : AbstractStorageHelper(std::make_unique<TestWrapper>()) {}
+    ScriptedEngine() : NullStorageEngine(std::make_unique<TestWrapper>()) {}
 
     void uploadFile(const std::string& path, Date date, const std::optional<std::string>& directory) override {
         if (retryCount() == 0) setRetrySelector([=, this] { uploadFile(path, date, directory); });
@@ -53,26 +54,6 @@ public:
     int attempts = 0;
     bool refusesMoves = false;
     std::vector<std::pair<std::string, std::string>> moves;
-
-    void flushCache() override {}
-    void resetAll() override {}
-    void loadAvailableDeviceBackups() override {}
-    void loadBackupDetailsForDevice(const std::string&) override {}
-    void loadMostRecentBackupSession() override {}
-    void loadFile(const std::string&, Date, const std::optional<std::string>&) override {}
-    void createDirectoryDated(Date) override {}
-    void createDirectory(const std::string&, Date) override {}
-    void uploadBackupHistory(const std::string&, Date) override {}
-    void deleteBackupSession(const std::shared_ptr<BackupSession>&) override {}
-    void deleteBackupForDeviceId(const std::string&) override {}
-    double freeSpace() override { return 0; }
-    void refreshFreeSpace() override {}
-    std::int32_t fileSizeUploadLimit() override { return 0; }
-    void showProgressOnView() override {}
-    void hideProgress() override {}
-
-protected:
-    bool fetchHistoryFile(const std::string&) override { return false; }
 };
 
 class StorageContractTest : public ::testing::Test {
