@@ -21,6 +21,8 @@ namespace stowhaven {
 namespace {
 
 constexpr std::string_view kVCardStart = "BEGIN:VCARD";
+// Larger than any history text whose archive the reader would take.
+constexpr std::uintmax_t kLargestFile = 64 * 1024 * 1024;
 
 // What a file holds: its sessions as the program reads them, and the archive they were
 // read from, none for an old note, which holds no archive.
@@ -72,6 +74,10 @@ void printJson(const Contents& contents, std::ostream& out) {
 }  // namespace
 
 int InspectCommand::run(const std::string& file, bool asJson, std::ostream& out, std::ostream& errors) {
+    if (const auto attributes = FileManager::attributesOfItem(file); attributes && attributes->size > kLargestFile) {
+        fmt::print(errors, "stowhaven: <{}> is too large to be a backup history ({} bytes)\n", file, attributes->size);
+        return 1;
+    }
     std::string error;
     const auto contents = FileManager::contentsOfFile(file, &error);
     if (!contents) {

@@ -147,6 +147,10 @@ TEST_F(InspectProgramTest, ADamagedOrForeignFileIsRefusedClearly) {
         EXPECT_NE(outcome.errors.find("holds no backup history that can be read"), std::string::npos) << outcome.errors;
     }
     EXPECT_EQ(inspect(folder_ / "missing.stowhvn").status, 1);
+    test::runCommand("truncate -s 65M '" + (folder_ / "huge.stowhvn") + "'");
+    const auto huge = inspect(folder_ / "huge.stowhvn");
+    EXPECT_EQ(huge.status, 1);
+    EXPECT_NE(huge.errors.find("too large"), std::string::npos) << huge.errors;
 }
 
 }  // namespace
