@@ -1,6 +1,7 @@
 #include "core/Supervisor.h"
 
 #include "core/ProcessFlags.h"
+#include "core/Text.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/Strings.h"
@@ -40,23 +41,6 @@ constexpr std::array<DataSetEntry, 10> kDataSets = {{
     {StockDataSet::Photos, "Photos"},
     {StockDataSet::Safari, "Safari data"},
 }};
-
-// A number as the device's decimal style writes it in English: "1,234.568".
-std::string decimalText(double value) {
-    if (!std::isfinite(value)) return fmt::format("{}", value);
-    std::string text = fmt::format("{:.3f}", value);
-    while (text.back() == '0') text.pop_back();
-    if (text.back() == '.') text.pop_back();
-    if (text == "-0") return "0";
-    const std::size_t digitsStart = text.front() == '-' ? 1 : 0;
-    const std::size_t integerEnd = std::min(text.find('.'), text.size());
-    std::string grouped = text.substr(0, digitsStart);
-    for (std::size_t digit = digitsStart; digit < integerEnd; ++digit) {
-        if (digit > digitsStart && (integerEnd - digit) % 3 == 0) grouped += ',';
-        grouped += text[digit];
-    }
-    return grouped + text.substr(integerEnd);
-}
 
 std::string lowercased(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),
@@ -152,8 +136,8 @@ void Supervisor::displayNotEnoughRoomMessage() {
     SH_LOG("{}:{:.3f}Mb | local.freeSpace:{:.3f}Mb", largest.name, largest.size, free);
     const std::string operation = gIsBackupMode ? "archive" : lowercased(Strings::localized("RESTORE_TEXT"));
     showAlert(Strings::localized("WARNING"),
-              Strings::format("NO_ENOUGH_SPACE", operation, largest.name, decimalText(largest.size), decimalText(free),
-                              decimalText(largest.size)));
+              Strings::format("NO_ENOUGH_SPACE", operation, largest.name, textutil::decimalText(largest.size), textutil::decimalText(free),
+                              textutil::decimalText(largest.size)));
 }
 
 void Supervisor::displayNotEnoughRoomOnCloudMessage() {
@@ -164,9 +148,9 @@ void Supervisor::displayNotEnoughRoomOnCloudMessage() {
     const std::shared_ptr<const DataSetSizes> device = dataSets(true);
     const double backupTotalSize = device ? device->backupTotalSize() : 0.0;
     showAlert(Strings::localized("WARNING"),
-              free > 0.0 ? Strings::format("NO_ENOUGH_SPACE_ON_CLOUD", largest.name, decimalText(largest.size),
-                                           decimalText(free), engineName)
-                         : Strings::format("NO_FREE_SPACE_ON_CLOUD", decimalText(backupTotalSize), engineName));
+              free > 0.0 ? Strings::format("NO_ENOUGH_SPACE_ON_CLOUD", largest.name, textutil::decimalText(largest.size),
+                                           textutil::decimalText(free), engineName)
+                         : Strings::format("NO_FREE_SPACE_ON_CLOUD", textutil::decimalText(backupTotalSize), engineName));
 }
 
 double Supervisor::uploadLimit() const {
@@ -179,7 +163,7 @@ bool Supervisor::isFileWithinUploadLimit(double size, bool displayAlert, const s
     if (isStorageAddressbook() || size < uploadLimit()) return true;
     if (displayAlert) {
         showAlert(Strings::localized("UPLOAD_LIMIT_WARNING_TITLE"),
-                  Strings::format("UPLOAD_LIMIT_WARNING_MESSAGE", name.value_or("[N/A]"), decimalText(size)));
+                  Strings::format("UPLOAD_LIMIT_WARNING_MESSAGE", name.value_or("[N/A]"), textutil::decimalText(size)));
     }
     return false;
 }

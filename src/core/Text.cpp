@@ -1,6 +1,9 @@
 #include "core/Text.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <cmath>
 
 namespace stowhaven::textutil {
 
@@ -82,6 +85,22 @@ std::string percentEncoded(std::string_view text) {
         }
     }
     return encoded;
+}
+
+std::string decimalText(double value) {
+    if (!std::isfinite(value)) return fmt::format("{}", value);
+    std::string text = fmt::format("{:.3f}", value);
+    while (text.back() == '0') text.pop_back();
+    if (text.back() == '.') text.pop_back();
+    if (text == "-0") return "0";
+    const std::size_t digitsStart = text.front() == '-' ? 1 : 0;
+    const std::size_t integerEnd = std::min(text.find('.'), text.size());
+    std::string grouped = text.substr(0, digitsStart);
+    for (std::size_t digit = digitsStart; digit < integerEnd; ++digit) {
+        if (digit > digitsStart && (integerEnd - digit) % 3 == 0) grouped += ',';
+        grouped += text[digit];
+    }
+    return grouped + text.substr(integerEnd);
 }
 
 std::string orNull(const std::optional<std::string>& value) { return value.value_or("(null)"); }

@@ -3,9 +3,12 @@
 #include "items/SelectableItem.h"
 #include "platform/Date.h"
 
+#include <compare>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace stowhaven {
 
@@ -61,15 +64,55 @@ public:
     // The archive of its data: the name URL-encoded, with the extension "tbz".
     std::string archiveName() const;
 
+    // Selects it with both folders, or deselects it with neither.
+    void select();
+    void deselect();
+
+    // The name of its container folder: the next-to-last component of its home path.
+    std::optional<std::string> getAppId() const;
+    // Takes the paths of the same application as found on the device.
+    void replacePathUsingApplication(const Application& installed);
+
+    // Where its Documents and Library folders are, among the data containers of a device
+    // whose data lives apart from the bundles: the container holding the bundle or its
+    // preferences, or failing that the last container of the list.
+    void findDocsAndLibsDirs(const std::vector<std::string>& dataContainers);
+    // Finds and measures both folders (a folder not found counts 0), works out the total
+    // and the install date. DATA CONTAINERS are the device paths of the data containers,
+    // empty on a device that keeps data beside the bundle.
+    void setDocsAndLibsDirSizes(const std::vector<std::string>& dataContainers);
+
     // Both folders together, in bytes, as last measured.
     double totalBytes() const { return totalBytes_; }
     void setTotalBytes(double bytes) { totalBytes_ = bytes; }
-    // Both folders together, in megabytes.
-    double totalSize() const;
+    // Both folders together, in megabytes; measured first if a folder is not yet.
+    double totalSize();
+    // "12.5Mb (Docs:12.000Mb, Library:512.000Kb)", and why it can't be restored where so.
+    std::string detailString() const;
+    std::weak_ordering compareByDisplayName(const Application& other) const;
+
+    // The default choice of applications and of their folders, by side; an application the
+    // backup list doesn't name is left out, one the restore list names is taken.
+    void selectIfBackupDefault();
+    void selectIfRestoreDefault();
+    // Reads the two default lists again from the settings.
+    static void initializeDefaults();
+
+    // "b", "Kb", "Mb", "Gb", "Tb" by unit number, and back by the first letter.
+    static std::string unitToString(std::int32_t unit);
+    static std::int32_t stringToUnit(std::string_view unit);
+
+    // Whether the device keeps application data in containers apart from the bundles, as
+    // from system version 8.
+    static bool hasDataContainers();
+    // The device paths of the data containers, read anew.
+    static std::vector<std::string> dataContainers();
 
 private:
     // Documents and Library from their sizes and units.
     double bytesOfFolders() const;
+    // Folder flags and selection from a default list's entry for this application.
+    void applyDefaultEntry(bool backupSide);
 
     bool fInstalled_ = false;
     bool fDocumentsDir_ = true;

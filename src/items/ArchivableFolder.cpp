@@ -2,6 +2,11 @@
 
 #include "archive/KeyedArchiver.h"
 #include "archive/KeyedUnarchiver.h"
+#include "core/Supervisor.h"
+#include "items/ArchivableFolderTable.h"
+#include "items/SelectionDefaults.h"
+#include "platform/Log.h"
+#include "platform/Strings.h"
 
 #include <algorithm>
 #include <numeric>
@@ -15,6 +20,14 @@ double sumOfSizes(const std::vector<std::shared_ptr<SelectableItem>>& items, boo
         return !selectedOnly || item->isSelected() ? sum + item->size() : sum;
     });
 }
+
+// The types, as text, of the places without selectable items that are chosen by default.
+SelectionDefaults& defaultTypes() {
+    static SelectionDefaults lists("Backup_ArchivableFolders", "Restore_ArchivableFolders");
+    return lists;
+}
+
+std::string sideSuffix(bool backup) { return backup ? "_Backup" : "_Restore"; }
 
 }  // namespace
 
@@ -43,6 +56,20 @@ ArchivableFolder::ArchivableFolder(KeyedUnarchiver& coder)
             contentPaths_.push_back(*path);
         }
     }
+}
+
+std::shared_ptr<ArchivableFolder> ArchivableFolder::scanned(std::string name, std::optional<std::string> packageName,
+                                                            std::int32_t folderType, std::string dataFolderPath,
+                                                            bool isFile, bool canSelectContent,
+                                                            bool canShowSubFolders) {
+    Supervisor::shared().notifyProgress(std::nullopt, Strings::format("PROCESSING_ARCHIVABLE_FOLDER", name));
+    auto folder =
+        std::make_shared<ArchivableFolder>(std::move(name), std::move(packageName), folderType,
+                                           std::move(dataFolderPath), isFile, canSelectContent, canShowSubFolders);
+    folder->refreshStatus();
+    folder->processDefaultsForBackup(true);
+    SH_LOG("<{}> object created...", folder->name());
+    return folder;
 }
 
 std::shared_ptr<Codable> ArchivableFolder::initWithCoder(KeyedUnarchiver& coder) {
@@ -76,6 +103,47 @@ bool ArchivableFolder::hasSelectedContent() const {
 double ArchivableFolder::selectedItemsSize() const {
     return fSelectableContent_ ? sumOfSizes(contentItems_, true) : size();
 }
+
+std::string ArchivableFolder::archiveName() const { return ArchivableFolderTable::archiveName(folderType_); }
+
+void ArchivableFolder::processDefaultsForBackup(bool backup) {
+    const Supervisor& supervisor = Supervisor::shared();
+    if (const auto key = ArchivableFolderTable::defaultKey(folderType_)) {
+        const std::string sideKey = *key + sideSuffix(backup);
+        if (!supervisor.lowLevelKeyExists(sideKey)) return;
+        const auto chosen = supervisor.lowLevelGetArrayPreferencesDataForKey(sideKey).value_or(PlistValue::Array{});
+        for (const auto& item : contentItems_) {
+            item->setSelected(std::find(chosen.begin(), chosen.end(), PlistValue(item->name())) != chosen.end());
+        }
+        return;
+    }
+    if (!fFile_ && fSelectableContent_) return;
+    DefaultList& types = defaultTypes().side(backup);
+    SelectableItem::setSelected(types.names() ? types.contains(std::to_string(folderType_)) : backup);
+}
+
+void ArchivableFolder::saveContentSelectedAsDefault(bool backup) const {
+    const auto key = ArchivableFolderTable::defaultKey(folderType_);
+    if (!key || !fSelectableContent_) return;
+    PlistValue::Array chosen;
+    for (const auto& item : contentItems_) {
+        if (item->isSelected()) chosen.emplace_back(item->name());
+    }
+    // All chosen is stored as none, which every later reading takes as all.
+    const bool all = chosen.size() == contentItems_.size();
+    Supervisor::shared().lowLevelStorePreferencesData(all ? PlistValue() : PlistValue(std::move(chosen)),
+                                                      *key + sideSuffix(backup));
+}
+
+std::shared_ptr<ArchivableFolder> ArchivableFolder::duplicateForBackup() const {
+    auto copy = std::make_shared<ArchivableFolder>(*this);
+    if (fSelectableContent_) {
+        std::erase_if(copy->contentItems_, [](const auto& item) { return !item->isSelected(); });
+    }
+    return copy;
+}
+
+void ArchivableFolder::resetDefaultLists() { defaultTypes().reset(); }
 
 double ArchivableFolder::totalSize() const { return fSelectableContent_ ? sumOfSizes(contentItems_, false) : size(); }
 

@@ -19,8 +19,13 @@ namespace stowhaven {
 // with selectable content).
 class ArchivableFolder : public SelectableItem {
 public:
+    // The place with the fields given, as yet unlooked-at.
     ArchivableFolder(std::string name, std::optional<std::string> packageName, std::int32_t folderType,
                      std::string dataFolderPath, bool isFile, bool canSelectContent, bool canShowSubFolders);
+    // The place as it stands on the device: looked at, and selected as the backup default says.
+    static std::shared_ptr<ArchivableFolder> scanned(std::string name, std::optional<std::string> packageName,
+                                                     std::int32_t folderType, std::string dataFolderPath, bool isFile,
+                                                     bool canSelectContent, bool canShowSubFolders);
     // The archived fields.
     explicit ArchivableFolder(KeyedUnarchiver& coder);
     static std::shared_ptr<Codable> initWithCoder(KeyedUnarchiver& coder);
@@ -56,7 +61,32 @@ public:
     // A package owns it.
     bool isInstallable() const { return packageName_.has_value(); }
 
+    // What its type is archived as, and the icon of the type.
+    std::string archiveName() const;
+    const std::string& image() const { return image_; }
+
+    // Looks at the place on the device: whether it exists (its package installed, or the
+    // path there as the kind it should be), what it holds and how big that is.
+    void refreshStatus();
+    // Selects what the default of that side chooses.
+    void processDefaultsForBackup(bool backup);
+    // Keeps the names of the selected items as the default of that side; none when all are.
+    void saveContentSelectedAsDefault(bool backup) const;
+    // A copy for a session: with selectable content, only the selected items go along.
+    std::shared_ptr<ArchivableFolder> duplicateForBackup() const;
+
+    // Reads the two default lists of types again from the settings.
+    static void resetDefaultLists();
+
 private:
+    // The list of what the place holds, for a folder or a file; none when it can't be read.
+    std::optional<std::vector<std::string>> listContents();
+    void buildSelectableContents(const std::vector<std::string>& names);
+    void buildWebclipsData();
+    void buildSHSHBlobs();
+    // Where an entry below the place lies, the device root in front.
+    std::string hostPathOf(const std::string& entry) const;
+
     bool fExists_ = false;
     bool fFile_ = false;
     bool fSelectableContent_ = false;
@@ -67,6 +97,7 @@ private:
     std::string dataFolderPath_;
     std::vector<std::shared_ptr<SelectableItem>> contentItems_;
     std::vector<std::string> contentPaths_;
+    std::string image_;
 };
 
 }  // namespace stowhaven

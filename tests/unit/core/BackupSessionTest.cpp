@@ -178,7 +178,10 @@ TEST_F(BackupSessionTest, SizesAddUpByTheirOwnRules) {
     EXPECT_EQ(session_.countAppleStockApps(), 2);
 
     auto application = std::make_shared<Application>("App");
+    // Both folders measured, so that the total stands as given.
     application->setTotalBytes(2 * 1048576.0);
+    application->setDocumentsDirSize(0);
+    application->setLibraryDirSize(0);
     session_.setApplications(BackupSession::ApplicationList{application});
     auto folder = std::make_shared<ArchivableFolder>("Flex", "com.example.flex", 21, "/var/mobile/Documents/Flex",
                                                      false, false, false);

@@ -21,7 +21,10 @@ protected:
     void setLargestApplication(const std::string& displayName, double megabytes) {
         auto application = std::make_shared<Application>("App");
         application->setDisplayName(displayName);
+        // Both folders measured, so that the total stands as given.
         application->setTotalBytes(megabytes * 1048576);
+        application->setDocumentsDirSize(0);
+        application->setLibraryDirSize(0);
         supervisor_.setLargestApplication(application);
     }
 
@@ -186,7 +189,10 @@ TEST(SupervisorUnmeasuredSpaceTest, ADeviceWhoseRoomCantBeMeasuredHasNoneForAnyt
     std::ofstream(scope.path("/var")) << "not a folder";
     Supervisor& supervisor = scope.supervisor();
     auto application = std::make_shared<Application>("App");
+    // Both folders measured, so that the total stands as given.
     application->setTotalBytes(1);
+    application->setDocumentsDirSize(0);
+    application->setLibraryDirSize(0);
     supervisor.setLargestApplication(application);
 
     EXPECT_EQ(supervisor.freeSpace(), 0);
