@@ -1,4 +1,5 @@
 #include "cli/InspectCommand.h"
+#include "cli/ItemsCommand.h"
 #include "cli/OpenCommand.h"
 #include "cli/PackagesCommand.h"
 #include "cli/SettingsCommand.h"
@@ -64,6 +65,10 @@ int main(int argc, char** argv) {
     settings->add_flag("--json", settingsRequest.asJson, "In JSON");
     settings->add_flag("--show-secrets", settingsRequest.showSecrets, "Show passwords, tokens and keys unmasked");
 
+    bool itemsAsJson = false;
+    CLI::App* items = app.add_subcommand("items", "List what a backup could hold on the device");
+    items->add_flag("--json", itemsAsJson, "As JSON");
+
     std::string inspectedFile;
     bool inspectAsJson = false;
     CLI::App* inspect =
@@ -113,6 +118,7 @@ int main(int argc, char** argv) {
         if (packages->parsed()) status = PackagesCommand::run(packagesAsJson, std::cout, std::cerr);
         if (settings->parsed()) status = SettingsCommand::run(settingsRequest, std::cout, std::cerr);
         if (open->parsed()) status = OpenCommand::run(delegate, openTarget, std::cout, std::cerr);
+        if (items->parsed()) status = ItemsCommand::run(itemsAsJson, std::cout, std::cerr);
         if (storage->parsed()) status = StorageCommand::run(storageEngine, std::cout, std::cerr);
         if (inspect->parsed()) status = InspectCommand::run(inspectedFile, inspectAsJson, std::cout, std::cerr);
         delegate.applicationDidEnterBackground(status);

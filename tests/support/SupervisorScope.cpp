@@ -61,6 +61,11 @@ void SupervisorScope::makeFile(const std::string& devicePath) const {
     std::ofstream{file};
 }
 
+void SupervisorScope::restartSupervisor() {
+    serveMainQueue();
+    Supervisor::resetForTesting();
+}
+
 void SupervisorScope::serveMainQueue() {
     while (MainQueue::shared().runOnce() > 0) {
     }

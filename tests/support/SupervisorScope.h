@@ -38,6 +38,9 @@ public:
     void makeFile(const std::string& devicePath) const;
     // Runs what waits on the main queue, and what that sends in turn.
     void serveMainQueue();
+    // A fresh Supervisor on the next use, as at a new start (after the device's facts were
+    // pinned anew, say); what the old one left on the main queue runs first.
+    void restartSupervisor();
 
     FakeServices services;
     ScreenPortsScope screens;

@@ -242,7 +242,7 @@ TEST_F(BackupSessionArchiveTest, TheRestoreDefaultsAndTheSizesDecideTheDataSets)
 
 TEST_F(BackupSessionArchiveTest, OnlyAPhoneShowsPhoneDataAndNoAlbumsMeansNoMedia) {
     DeviceFactsReader::pin(DeviceFacts{"0123", "Ann's iPad", "iPad4,1", "8.1.2"});
-    Supervisor::resetForTesting();
+    scope_.restartSupervisor();
     const auto written = fullSession();
     written->setPhotoVideoAlbums(BackupSession::AlbumList{});
 

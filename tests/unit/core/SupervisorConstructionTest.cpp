@@ -52,11 +52,11 @@ TEST_F(SupervisorConstructionTest, AFirstLaunchIsOnLocalStorageWithOrWithoutTheR
     EXPECT_EQ(scope_.supervisor().currentStorageType(), StorageType::Local);
 
     UserDefaults::standard().registerDefaults({{"CurrentStorageType", 5}});
-    Supervisor::resetForTesting();
+    scope_.restartSupervisor();
     EXPECT_EQ(scope_.supervisor().currentStorageType(), StorageType::Local);
 
     UserDefaults::standard().set("CurrentStorageType", 6);
-    Supervisor::resetForTesting();
+    scope_.restartSupervisor();
     EXPECT_EQ(scope_.supervisor().currentStorageType(), StorageType::FTP);
 }
 

@@ -89,8 +89,7 @@ TEST_F(SupervisorStorageTest, EachEngineKeepsItsOwnCountOfBackupsUnderItsOwnKey)
     EXPECT_EQ(settings_.object("MaximumBackupsInOwnCloud"), PlistValue(2u));
     EXPECT_EQ(settings_.dictionaryRepresentation().size(), 2u);
 
-    scope_.serveMainQueue();
-    Supervisor::resetForTesting();
+    scope_.restartSupervisor();
     Supervisor& restarted = scope_.supervisor();
     restarted.setStorageToFTP();
     EXPECT_EQ(restarted.maximumBackupsToKeep(), 7);

@@ -1,0 +1,92 @@
+#include "items/DeviceItems.h"
+
+#include "core/FileSizes.h"
+#include "core/Text.h"
+#include "platform/DeviceRoot.h"
+#include "platform/FileManager.h"
+#include "platform/Log.h"
+#include "platform/plist/PlistCodec.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+
+namespace stowhaven {
+
+namespace {
+
+constexpr std::array<const char*, 3> kPreferenceFolders = {"/var/mobile/Library/Preferences", "/var/preferences",
+                                                           "/var/preferences/SystemConfiguration"};
+constexpr const char* kSpringboardFolder = "/var/mobile/Library/SpringBoard";
+constexpr const char* kCydiaPreferences = "/var/mobile/Library/Preferences/com.saurik.Cydia.plist";
+
+std::optional<std::vector<std::string>> listed(const std::string& folder) {
+    std::string error;
+    auto names = FileManager::contentsOfDirectory(DeviceRoot::path(folder), &error);
+    if (!names) SH_LOG("Couldn't get the contents of directory <{}>! Error: {}", folder, error);
+    return names;
+}
+
+bool isRegularFile(const std::string& devicePath) {
+    const auto attributes = FileManager::attributesOfItem(DeviceRoot::path(devicePath));
+    return attributes && attributes->type == FileType::Regular;
+}
+
+}  // namespace
+
+DeviceItems::PreferenceFiles DeviceItems::preferenceFiles() {
+    PreferenceFiles files;
+    for (const char* folder : kPreferenceFolders) {
+        const auto names = listed(folder);
+        if (!names) return {};
+        for (const std::string& name : *names) {
+            const std::string path = std::string(folder) + "/" + name;
+            if (std::filesystem::path(name).extension() != ".plist" || !isRegularFile(path)) continue;
+            auto file = std::make_shared<PreferenceFile>(path, ArchiveValue());
+            if (path == kCydiaPreferences) {
+                file->setSelected(true);
+                file->selectStateForOperation(true);
+            }
+            files.push_back(std::move(file));
+        }
+    }
+    std::stable_sort(files.begin(), files.end(), [](const auto& a, const auto& b) { return a->compare(*b) < 0; });
+    return files;
+}
+
+DeviceItems::PreferenceFiles DeviceItems::springboardFiles() {
+    PreferenceFiles files;
+    const auto names = listed(kSpringboardFolder);
+    if (!names) return {};
+    for (const std::string& name : *names) {
+        if (!name.ends_with(".plist") || !(name.starts_with("applicationstate") || name.starts_with("Icon"))) continue;
+        const std::string path = std::string(kSpringboardFolder) + "/" + name;
+        auto file = std::make_shared<PreferenceFile>(path, ArchiveValue());
+        file->setSize(std::max(0.0, FileSizes::getFileSizeAtPath(DeviceRoot::path(path), std::nullopt)));
+        file->selectStateForOperation(true);
+        files.push_back(std::move(file));
+    }
+    return files;
+}
+
+DeviceItems::Sources DeviceItems::repositorySources() {
+    const auto settings = PlistCodec::readFile(DeviceRoot::path(kCydiaPreferences));
+    const auto* entries = settings ? settings->asDictionary() : nullptr;
+    const auto sources = entries ? entries->find("CydiaSources") : PlistValue::Dictionary::const_iterator{};
+    if (!entries || sources == entries->end() || !sources->second.isDictionary()) {
+        SH_LOG("Couldn't read current user repos @ <{}>!", kCydiaPreferences);
+        return {};
+    }
+    Sources found;
+    for (const auto& [key, value] : *sources->second.asDictionary()) {
+        const auto* source = value.asDictionary();
+        if (source == nullptr) continue;
+        const auto distribution = source->find("Distribution");
+        const bool stable = distribution != source->end() && distribution->second.isString() &&
+                            textutil::caseInsensitiveOrder(*distribution->second.asString(), "stable") == 0;
+        if (!stable) found.push_back(std::make_shared<RepositorySource>(*source));
+    }
+    return found;
+}
+
+}  // namespace stowhaven

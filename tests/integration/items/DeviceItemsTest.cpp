@@ -1,0 +1,213 @@
+// What a backup could take from a sandbox device: its applications, small items and the
+// places of its tweaks, found as the device keeps them.
+
+#include "core/ProcessFlags.h"
+#include "core/Text.h"
+#include "items/ApplicationScan.h"
+#include "items/ArchivableFolders.h"
+#include "items/DeviceItems.h"
+#include "items/SHSHBlob.h"
+#include "items/WebClip.h"
+#include "platform/DeviceFacts.h"
+#include "platform/FileManager.h"
+#include "platform/UserDefaults.h"
+#include "platform/plist/PlistCodec.h"
+#include "support/SandboxDevice.h"
+#include "support/SupervisorScope.h"
+#include "unit/plist/CapturedLog.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace stowhaven {
+namespace {
+
+using Dictionary = PlistValue::Dictionary;
+
+// One demo device, built once; each test works on its own copy.
+const test::SandboxDevice& demoDevice() {
+    static const test::SandboxDevice device("demo");
+    return device;
+}
+
+class DeviceItemsTest : public ::testing::Test {
+protected:
+    DeviceItemsTest() {
+        scope_.services.shell.runsCommands = true;
+        gAutoScanOtherOptionsEnabled = true;
+    }
+    ~DeviceItemsTest() override { gAutoScanOtherOptionsEnabled = false; }
+
+    std::string path(const std::string& devicePath) const { return device_.path(devicePath); }
+
+    template <typename Items>
+    static auto named(const Items& items, const std::string& name) {
+        const auto found =
+            std::find_if(items.begin(), items.end(), [&](const auto& item) { return item->name() == name; });
+        return found == items.end() ? nullptr : *found;
+    }
+
+    test::SandboxDevice device_{demoDevice(), "device"};
+    test::SupervisorScope scope_{device_.root()};
+};
+
+TEST_F(DeviceItemsTest, ApplicationsAreFoundMeasuredAndNamedAsTheirBundlesSay) {
+    test::CapturedLog log;
+    const auto applications = ApplicationScan::buildListOfApplications({});
+    ASSERT_EQ(applications.size(), 3u);
+    EXPECT_TRUE(log.contains("Ignoring Apple's app <com.apple.iBooks>..."));
+    EXPECT_EQ(applications[0]->displayName(), "Lighthouse") << "sorted by display name";
+    EXPECT_EQ(applications[1]->displayName(), "Quayside") << "neither name in its bundle: the folder's, up to the dot";
+    EXPECT_EQ(applications[2]->displayName(), "Tides & Tea");
+
+    const auto& lighthouse = applications[0];
+    EXPECT_EQ(lighthouse->documentsDirSize(), 3);
+    EXPECT_EQ(lighthouse->documentsDirSizeUnit(), 2);
+    EXPECT_EQ(lighthouse->documentPath(),
+              "/var/mobile/Containers/Data/Application/7A1D5C93-2E4B-4F06-B8C7-5D3E9A0F6B21/Documents");
+    EXPECT_NEAR(lighthouse->libraryDirSize(), 1, 0.01) << "its caches left out";
+    EXPECT_EQ(lighthouse->iconPath(),
+              "/var/mobile/Containers/Bundle/Application/0C4F3E2A-9B71-4D68-8E15-2F6A7C9D1B03/"
+              "Lighthouse.app/Icon-60@2x.png");
+    EXPECT_TRUE(lighthouse->isInstalled());
+    EXPECT_EQ(scope_.supervisor().largestApplication(), lighthouse) << "the biggest one";
+    EXPECT_FALSE(lighthouse->isSelected()) << "which starts out not chosen";
+    EXPECT_TRUE(applications[2]->isSelected());
+    EXPECT_TRUE(applications[2]->iconPath()->ends_with("Tidewatch.app/Icon@2x.png")) << "the @2x one of a list";
+    EXPECT_TRUE(applications[1]->iconPath()->ends_with("/../iTunesArtwork")) << "no icon named: the artwork";
+}
+
+TEST_F(DeviceItemsTest, WithoutDataContainersApplicationsHaveNoDataToTake) {
+    FileManager::removeItem(path("/var/mobile/Containers/Data/Application"));
+    FileManager::createDirectory(path("/var/mobile/Containers/Data/Application"), true);
+    for (const auto& application : ApplicationScan::buildListOfApplications({})) {
+        EXPECT_EQ(application->documentPath(), std::nullopt) << application->name();
+        EXPECT_EQ(application->totalSize(), 0) << application->name();
+    }
+}
+
+TEST_F(DeviceItemsTest, AnOlderSystemKeepsApplicationsAndTheirDataTogether) {
+    DeviceFactsReader::pin(DeviceFacts{"0123", "Old iPhone", "iPhone4,1", "7.1.2"});
+    scope_.restartSupervisor();
+    const std::string container = "/var/mobile/Applications/9F1E2D3C-4B5A-6978-8A9B-0C1D2E3F4A5B";
+    ASSERT_TRUE(FileManager::createDirectory(path(container + "/Chess.app"), true));
+    ASSERT_TRUE(PlistCodec::writeFile(path(container + "/Chess.app/Info.plist"),
+                                      Dictionary{{"CFBundleIdentifier", "org.example.chess"}}, PlistFormat::Xml, 0644));
+    const auto applications = ApplicationScan::buildListOfApplications({});
+    DeviceFactsReader::pin(std::nullopt);
+    ASSERT_EQ(applications.size(), 1u);
+    EXPECT_EQ(applications[0]->homePath(), container + "/Chess.app");
+    EXPECT_EQ(applications[0]->bundleIdentifier(), "org.example.chess");
+}
+
+TEST_F(DeviceItemsTest, AnApplicationOfTheSessionTakesThePathsOfTheInstalledOne) {
+    auto stored = std::make_shared<Application>("Tidewatch");
+    stored->setBundleIdentifier("com.tinkerlane.tidewatch");
+    stored->setHomePath("/var/mobile/Containers/Bundle/Application/OLD/Tidewatch.app");
+    ApplicationScan::buildListOfApplications({{"com.tinkerlane.tidewatch", stored}});
+    EXPECT_EQ(stored->homePath(),
+              "/var/mobile/Containers/Bundle/Application/5E8B2D71-6C04-4A93-9F2E-1B7D0C8A3E46/"
+              "Tidewatch.app");
+    EXPECT_TRUE(stored->isInstalled());
+}
+
+TEST_F(DeviceItemsTest, TheDefaultListsChooseApplicationsAndTheirFolders) {
+    UserDefaults::standard().set("DefaultApps_Backup", PlistValue::Array{"com.tinkerlane.tidewatch,1,0"});
+    UserDefaults::standard().set("DefaultApps_Restore", PlistValue::Array{"net.quayside.notebook"});
+    auto applications = ApplicationScan::buildListOfApplications({});
+    for (const auto& application : applications) application->selectIfBackupDefault();
+    const auto tides = named(applications, "Tidewatch");
+    EXPECT_TRUE(tides->isSelected());
+    EXPECT_TRUE(tides->hasDocumentsDir());
+    EXPECT_FALSE(tides->hasLibraryDir());
+    EXPECT_FALSE(named(applications, "Quayside.Notes")->isSelected()) << "not named in the backup list";
+
+    for (const auto& application : applications) application->selectIfRestoreDefault();
+    EXPECT_TRUE(named(applications, "Quayside.Notes")->isSelected());
+    EXPECT_FALSE(tides->isSelected());
+}
+
+TEST_F(DeviceItemsTest, SourcesAreThePackageManagersButItsStableOne) {
+    const std::string settings = path("/var/mobile/Library/Preferences/com.saurik.Cydia.plist");
+    auto cydia = *PlistCodec::readFile(settings);
+    (*cydia.asDictionary())["CydiaSources"].asDictionary()->insert_or_assign(
+        "deb:http://repo.example.org/ ./:./",
+        Dictionary{{"URI", "http://repo.example.org/ ./"}, {"Type", "deb"}, {"Distribution", "./"}});
+    ASSERT_TRUE(PlistCodec::writeFile(settings, cydia, PlistFormat::Binary, 0644));
+
+    const auto sources = DeviceItems::repositorySources();
+    EXPECT_EQ(named(sources, "Apt.Bigboss.Example"), nullptr) << "the stable distribution stays out";
+    const auto example = named(sources, "Repo.Example.Org");
+    ASSERT_NE(example, nullptr);
+    EXPECT_EQ(example->link(), "http://repo.example.org/");
+    EXPECT_EQ(named(sources, "Repo.Harbour.Example")->debSourceAsString(),
+              "deb http://repo.harbour.example/debian/ ios8 main");
+}
+
+TEST_F(DeviceItemsTest, PreferenceAndSpringboardFilesAreTheDevicesPropertyLists) {
+    const auto preferences = DeviceItems::preferenceFiles();
+    EXPECT_NE(named(preferences, "/var/mobile/Library/Preferences/com.saurik.Cydia.plist"), nullptr);
+    EXPECT_NE(named(preferences, "/var/preferences/SystemConfiguration/preferences.plist"), nullptr);
+    const auto springboard = DeviceItems::springboardFiles();
+    EXPECT_NE(named(springboard, "/var/mobile/Library/SpringBoard/IconState.plist"), nullptr);
+    EXPECT_TRUE(
+        std::all_of(springboard.begin(), springboard.end(), [](const auto& file) { return file->isSelected(); }));
+}
+
+TEST_F(DeviceItemsTest, TweakFoldersExistByTheirPackageOrByTheirPlace) {
+    FileManager::removeItem(path("/var/mobile/Documents/Flex"));
+    ArchivableFolders::resetFolder();
+    const auto folders = ArchivableFolders::folders();
+    EXPECT_TRUE(named(folders, "Flex 2")->exists()) << "its package is installed, its folder gone";
+    EXPECT_FALSE(named(folders, "Copic")->exists()) << "no package, no place";
+    EXPECT_TRUE(named(folders, "Hosts file")->exists()) << "no package: the file is there";
+    const auto ringtones = named(folders, "Ringtones (Cydia)");
+    EXPECT_TRUE(ringtones->contentItems().empty()) << "only the system's own tones";
+    EXPECT_FALSE(ringtones->isSelected());
+    EXPECT_TRUE(std::is_sorted(folders.begin(), folders.end(), [](const auto& a, const auto& b) {
+        return textutil::caseInsensitiveOrder(a->name(), b->name()) < 0;
+    }));
+    EXPECT_EQ(ArchivableFolders::folderOfType(33), named(folders, "Hosts file"));
+    EXPECT_TRUE(ArchivableFolders::hasAnythingSelected());
+}
+
+TEST_F(DeviceItemsTest, BlobsAndWebClipsAreTheFolderItems) {
+    FileManager::writeFile(path("/var/mobile/Media/SHSH/plain.shsh"), "no chip");
+    FileManager::createDirectory(path("/var/mobile/Library/WebClips/Bare.webclip"), true);
+    ArchivableFolders::resetFolder();
+    const auto blobs = ArchivableFolders::folderOfType(2)->contentItems();
+    ASSERT_EQ(blobs.size(), 2u) << "a .shsh file without \"-\" is no blob";
+    EXPECT_EQ(std::dynamic_pointer_cast<SHSHBlob>(blobs[0])->chipId(), "12A45B6C7D8E9");
+    const auto clips = ArchivableFolders::folderOfType(9)->contentItems();
+    ASSERT_EQ(clips.size(), 3u);
+    EXPECT_EQ(clips[0]->displayName(), "") << "a clip without its Info.plist has no title";
+    EXPECT_EQ(clips[1]->displayName(), "Larkmoor Guide");
+}
+
+TEST_F(DeviceItemsTest, VoicemailNeedsAPhoneAndVoiceMemosTheirApplication) {
+    ArchivableFolders::resetFolder();
+    EXPECT_NE(ArchivableFolders::folderOfType(7), nullptr);
+    EXPECT_NE(ArchivableFolders::folderOfType(10), nullptr);
+
+    DeviceFactsReader::pin(DeviceFacts{"0123", "Ann's iPad", "iPad4,1", "8.1.2"});
+    scope_.restartSupervisor();
+    FileManager::removeItem(path("/Applications/VoiceMemos.app"));
+    ArchivableFolders::resetFolder();
+    DeviceFactsReader::pin(std::nullopt);
+    EXPECT_EQ(ArchivableFolders::folderOfType(7), nullptr);
+    EXPECT_EQ(ArchivableFolders::folderOfType(10), nullptr);
+}
+
+TEST_F(DeviceItemsTest, TheAddressBookAndAScanTurnedOffListNoFolders) {
+    scope_.supervisor().setStorageToAddressbook();
+    ArchivableFolders::resetFolder();
+    EXPECT_TRUE(ArchivableFolders::folders().empty());
+    scope_.supervisor().setStorageToLocal();
+    gAutoScanOtherOptionsEnabled = false;
+    ArchivableFolders::resetFolder();
+    EXPECT_TRUE(ArchivableFolders::folders().empty());
+}
+
+}  // namespace
+}  // namespace stowhaven
