@@ -1,0 +1,83 @@
+#include "items/ArchivableFolder.h"
+#include "items/ArchivableFolderTable.h"
+#include "platform/UserDefaults.h"
+#include "support/SupervisorScope.h"
+
+#include <gtest/gtest.h>
+
+namespace stowhaven {
+namespace {
+
+class ArchivableFolderTest : public ::testing::Test {
+protected:
+    // The Cydia ringtones' place, with three tones of the user's own.
+    std::shared_ptr<ArchivableFolder> ringtones() {
+        auto folder =
+            std::make_shared<ArchivableFolder>("Ringtones", std::nullopt, 4, "/Library/Ringtones/", false, true, false);
+        folder->setExists(true);
+        std::vector<std::shared_ptr<SelectableItem>> tones;
+        for (const char* name : {"Chime.m4r", "Gong.m4r", "Whistle.m4r"}) {
+            tones.push_back(std::make_shared<SelectableItem>(name));
+            tones.back()->setSize(1);
+        }
+        folder->setContentItems(tones);
+        return folder;
+    }
+
+    test::SupervisorScope scope_;
+    Supervisor& supervisor_ = scope_.supervisor();
+};
+
+TEST_F(ArchivableFolderTest, TheItemsChosenAreKeptAsTheDefaultOfTheirSideAndAllChosenAsNone) {
+    auto folder = ringtones();
+    folder->contentItems()[1]->setSelected(false);
+    folder->saveContentSelectedAsDefault(true);
+    EXPECT_EQ(supervisor_.lowLevelGetArrayPreferencesDataForKey("DefaultRingtonesCydia_Backup"),
+              (PlistValue::Array{"Chime.m4r", "Whistle.m4r"}));
+
+    auto fresh = ringtones();
+    fresh->processDefaultsForBackup(true);
+    EXPECT_FALSE(fresh->contentItems()[1]->isSelected());
+    EXPECT_TRUE(fresh->contentItems()[2]->isSelected());
+
+    fresh->contentItems()[1]->setSelected(true);
+    fresh->saveContentSelectedAsDefault(true);
+    EXPECT_FALSE(supervisor_.lowLevelKeyExists("DefaultRingtonesCydia_Backup")) << "all chosen is stored as none";
+}
+
+TEST_F(ArchivableFolderTest, APlaceWithoutItemsFollowsTheListOfTypes) {
+    ArchivableFolder hosts("Hosts file", std::nullopt, 33, "/private/etc/hosts", true, false, false);
+    hosts.setExists(true);
+    hosts.processDefaultsForBackup(false);
+    EXPECT_FALSE(hosts.isSelected()) << "no restore list: not chosen for restore";
+    hosts.processDefaultsForBackup(true);
+    EXPECT_TRUE(hosts.isSelected());
+    supervisor_.lowLevelStorePreferencesData(PlistValue::Array{"14"}, "Backup_ArchivableFolders");
+    ArchivableFolder::resetDefaultLists();
+    hosts.processDefaultsForBackup(true);
+    EXPECT_FALSE(hosts.isSelected()) << "the list names other types";
+}
+
+TEST_F(ArchivableFolderTest, ACopyForASessionTakesOnlyTheChosenItems) {
+    auto folder = ringtones();
+    folder->contentItems()[0]->setSelected(false);
+    const auto copy = folder->duplicateForBackup();
+    ASSERT_EQ(copy->contentItems().size(), 2u);
+    EXPECT_EQ(copy->contentItems()[0]->name(), "Gong.m4r");
+    EXPECT_EQ(folder->contentItems().size(), 3u) << "the device's list stays whole";
+    EXPECT_EQ(copy->selectedItemsSize(), 2);
+    EXPECT_EQ(folder->totalSize(), 3);
+}
+
+TEST_F(ArchivableFolderTest, TypesHaveTheirArchiveNamesIconsAndDefaultKeys) {
+    EXPECT_EQ(ArchivableFolderTable::archiveName(29), "ASUpdateHier");
+    EXPECT_EQ(ArchivableFolderTable::archiveName(12), ArchivableFolderTable::archiveName(13)) << "ProTube and HD share";
+    EXPECT_EQ(ArchivableFolderTable::iconName(13), "ProTubeHD");
+    EXPECT_TRUE(ArchivableFolderTable::archiveName(32).starts_with("Unknown-")) << "a dated name of its own";
+    EXPECT_EQ(ArchivableFolderTable::defaultKey(9), "DefaultWebClips");
+    EXPECT_EQ(ArchivableFolderTable::defaultKey(33), std::nullopt);
+    EXPECT_EQ(ArchivableFolderTable::rows().size(), 49u);
+}
+
+}  // namespace
+}  // namespace stowhaven
