@@ -1,4 +1,4 @@
-#include "cli/InspectCommand.h"
+#include "cli/HistoryViewCommand.h"
 #include "cli/ItemsCommand.h"
 #include "cli/OpenCommand.h"
 #include "cli/PackagesCommand.h"
@@ -69,12 +69,12 @@ int main(int argc, char** argv) {
     CLI::App* items = app.add_subcommand("items", "List what a backup could hold on the device");
     items->add_flag("--json", itemsAsJson, "As JSON");
 
-    std::string inspectedFile;
-    bool inspectAsJson = false;
-    CLI::App* inspect =
+    std::string historyFile;
+    bool historyAsJson = false;
+    CLI::App* historyView =
         app.add_subcommand("inspect", "Show the sessions of a history file, an address-book note or a vCard");
-    inspect->add_option("file", inspectedFile, "A .stowhvn file, a note's text or a .vcf file")->required();
-    inspect->add_flag("--json", inspectAsJson, "In JSON, keyed as the archive keys it");
+    historyView->add_option("file", historyFile, "A .stowhvn file, a note's text or a .vcf file")->required();
+    historyView->add_flag("--json", historyAsJson, "In JSON, keyed as the archive keys it");
 
     CLI::App* storage = app.add_subcommand("storage", "Show the storage engine, or choose another");
     std::optional<std::string> storageEngine;
@@ -120,7 +120,7 @@ int main(int argc, char** argv) {
         if (open->parsed()) status = OpenCommand::run(delegate, openTarget, std::cout, std::cerr);
         if (items->parsed()) status = ItemsCommand::run(itemsAsJson, std::cout, std::cerr);
         if (storage->parsed()) status = StorageCommand::run(storageEngine, std::cout, std::cerr);
-        if (inspect->parsed()) status = InspectCommand::run(inspectedFile, inspectAsJson, std::cout, std::cerr);
+        if (historyView->parsed()) status = HistoryViewCommand::run(historyFile, historyAsJson, std::cout, std::cerr);
         delegate.applicationDidEnterBackground(status);
     });
     MainQueue::shared().run();

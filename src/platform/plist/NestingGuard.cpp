@@ -23,7 +23,7 @@ public:
         if (!readTrailer()) return false;
         state_.assign(objectCount_, State::Unvisited);
         height_.assign(objectCount_, 0);
-        const auto top = inspect(topObject_);
+        const auto top = examine(topObject_);
         if (!top) return false;
         if (!top->isContainer) return true;
         if (maximumDepth == 0) return false;
@@ -51,7 +51,7 @@ public:
                     frame.tallestChild = std::max(frame.tallestChild, height_[*child]);
                     break;
                 case State::Unvisited: {
-                    const auto object = inspect(*child);
+                    const auto object = examine(*child);
                     if (!object) return false;
                     if (!object->isContainer) {
                         state_[*child] = State::Done;
@@ -143,7 +143,7 @@ private:
     }
 
     // Where an object's references start and how many there are; nothing when damaged.
-    std::optional<Object> inspect(std::uint64_t object) const {
+    std::optional<Object> examine(std::uint64_t object) const {
         const auto found = span(object);
         if (!found) return std::nullopt;
         // Arrays, ordered sets, sets and dictionaries.

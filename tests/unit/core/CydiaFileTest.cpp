@@ -80,9 +80,9 @@ TEST(CydiaFileTest, RemovedPackagesWithConfigurationLeftBehindAreDropped) {
 // The prefixes are plain prefix tests, so that zipper and baseball go too; the names
 // are whole names, so that cydia-foo stays.
 TEST(CydiaFileTest, RefusedPackages) {
-    for (const char* identifier : {"com.larkmoor.stowhaven", "gsc.wifi", "gsc.", "base", "baseball", "cy+cpu.arm",
-                                   "cy+foo", "firmware-sbin", "firmware-sbin-extra", "zip", "zipper", "unzip",
-                                   "unzip-tools", "cydia", "cydia-lproj", "firmware"}) {
+    for (const char* identifier :
+         {"com.larkmoor.stowhaven", "gsc.wifi", "gsc.", "base", "baseball", "cy+cpu.arm", "cy+foo", "firmware-sbin",
+          "firmware-sbin-extra", "zip", "zipper", "unzip", "unzip-tools", "cydia", "cydia-lproj", "firmware"}) {
         const CydiaFile package = scanned(identifier);
         EXPECT_FALSE(package.packageName()) << identifier;
         EXPECT_FALSE(package.name()) << identifier;
@@ -232,7 +232,7 @@ TEST(CydiaFileTest, WithoutAFirmwareDependencyAPackageIsNotCompatible) {
 TEST(CydiaFileTest, FirmwareComparisonKeepsItsOddAlignment) {
     struct Case {
         const char* device;
-        const char* specs;
+        const char* firmwareNeed;
         bool compatible;
     };
     for (const Case& c : std::initializer_list<Case>{
@@ -249,12 +249,13 @@ TEST(CydiaFileTest, FirmwareComparisonKeepsItsOddAlignment) {
              {"8.2", "firmware (<= 8.1)", false},
              {"8.1", "firmware (>> 8.1)", false},
              {"8.2", "firmware (>> 8.1)", true},
-             {"8.1", "firmware (= 8.1)", false},    // any other operator means strictly below
+             {"8.1", "firmware (= 8.1)", false},  // any other operator means strictly below
              {"8.0", "firmware (= 8.1)", true},
              {"8.1", "firmware (>= -1.0)", false},  // -10 is a huge unsigned number
              {"8.1", "firmware", false},            // no parentheses: no operator, number 0
          }) {
-        EXPECT_EQ(needingFirmware(c.specs).isFirmwareCompatible(c.device), c.compatible) << c.device << " " << c.specs;
+        EXPECT_EQ(needingFirmware(c.firmwareNeed).isFirmwareCompatible(c.device), c.compatible)
+            << c.device << " " << c.firmwareNeed;
     }
 }
 

@@ -1,4 +1,4 @@
-#include "cli/InspectCommand.h"
+#include "cli/HistoryViewCommand.h"
 
 #include "archive/HistoryText.h"
 #include "archive/KeyedArchiver.h"
@@ -73,7 +73,7 @@ void printJson(const Contents& contents, std::ostream& out) {
 
 }  // namespace
 
-int InspectCommand::run(const std::string& file, bool asJson, std::ostream& out, std::ostream& errors) {
+int HistoryViewCommand::run(const std::string& file, bool asJson, std::ostream& out, std::ostream& errors) {
     if (const auto attributes = FileManager::attributesOfItem(file); attributes && attributes->size > kLargestFile) {
         fmt::print(errors, "stowhaven: <{}> is too large to be a backup history ({} bytes)\n", file, attributes->size);
         return 1;
@@ -84,15 +84,15 @@ int InspectCommand::run(const std::string& file, bool asJson, std::ostream& out,
         fmt::print(errors, "stowhaven: can't read <{}>: {}\n", file, error);
         return 1;
     }
-    // A session reads its data sets only as a file engine's; so does the inspection,
+    // A session reads its data sets only as a file engine's; so does this reading,
     // whatever the device works with, without changing the setting.
     Supervisor& supervisor = Supervisor::shared();
     const StorageType storage = supervisor.currentStorageType();
     if (!supervisor.isCloudStorage()) supervisor.setCurrentStorageType(StorageType::Local);
-    const Contents inspected = contentsOf(*contents);
+    const Contents found = contentsOf(*contents);
     supervisor.setCurrentStorageType(storage);
 
-    if (inspected.sessions.empty()) {
+    if (found.sessions.empty()) {
         fmt::print(errors,
                    "stowhaven: <{}> holds no backup history that can be read: it is damaged, or not a "
                    "history file, note or vCard of the program\n",
@@ -100,9 +100,9 @@ int InspectCommand::run(const std::string& file, bool asJson, std::ostream& out,
         return 1;
     }
     if (asJson) {
-        printJson(inspected, out);
+        printJson(found, out);
     } else {
-        printSessionReport(inspected.sessions, out);
+        printSessionReport(found.sessions, out);
     }
     return 0;
 }

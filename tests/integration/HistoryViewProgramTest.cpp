@@ -15,7 +15,7 @@
 namespace stowhaven {
 namespace {
 
-class InspectProgramTest : public ::testing::Test {
+class HistoryViewProgramTest : public ::testing::Test {
 protected:
     // Writes a file of the test's own and answers its path.
     std::string file(const std::string& name, const std::string& contents) const {
@@ -24,12 +24,12 @@ protected:
         return path;
     }
 
-    test::ProgramOutcome inspect(const std::string& path, const std::string& options = "") const {
+    test::ProgramOutcome view(const std::string& path, const std::string& options = "") const {
         return test::runProgram("--root " + device_.root() + " inspect " + options + " '" + path + "'");
     }
 
-    nlohmann::json inspectAsJson(const std::string& path) const {
-        const auto outcome = inspect(path, "--json");
+    nlohmann::json viewAsJson(const std::string& path) const {
+        const auto outcome = view(path, "--json");
         EXPECT_EQ(outcome.status, 0) << outcome.errors;
         return nlohmann::json::parse(outcome.output);
     }
@@ -40,11 +40,11 @@ protected:
     test::TestFolder folder_;
 };
 
-TEST_F(InspectProgramTest, AHistoryFileShowsItsSessionInFull) {
+TEST_F(HistoryViewProgramTest, AHistoryFileShowsItsSessionInFull) {
     const auto session = test::fullSession();
     const std::string history = file("2024-09-12_08~00~00.stowhvn", *HistoryText::encode(session));
 
-    const auto outcome = inspect(history);
+    const auto outcome = view(history);
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     for (const std::string shown :
          {std::string("Session 1 of 1: ") + test::kPadlock + " Before the upgrade", std::string("All my tweaks"),
@@ -58,9 +58,9 @@ TEST_F(InspectProgramTest, AHistoryFileShowsItsSessionInFull) {
     }
 }
 
-TEST_F(InspectProgramTest, JsonKeysTheSessionAsItsArchiveDoes) {
+TEST_F(HistoryViewProgramTest, JsonKeysTheSessionAsItsArchiveDoes) {
     const std::string history = file("session.stowhvn", *HistoryText::encode(test::fullSession()));
-    const nlohmann::json sessions = inspectAsJson(history);
+    const nlohmann::json sessions = viewAsJson(history);
     ASSERT_EQ(sessions.size(), 1u);
     const nlohmann::json& session = sessions[0];
     EXPECT_EQ(session["quickDescription"], "All my tweaks");
@@ -80,7 +80,7 @@ TEST_F(InspectProgramTest, JsonKeysTheSessionAsItsArchiveDoes) {
     EXPECT_EQ(session["photoVideoAlbums"][0]["photos"], nlohmann::json({"IMG_0001.JPG", "IMG_0002.JPG"}));
 }
 
-TEST_F(InspectProgramTest, ANoteAndItsVCardShowEverySessionOfTheDevice) {
+TEST_F(HistoryViewProgramTest, ANoteAndItsVCardShowEverySessionOfTheDevice) {
     auto older = test::fullSession();
     older->setSessionDate(Date(100000000));
     older->setVersion(std::nullopt);
@@ -88,11 +88,11 @@ TEST_F(InspectProgramTest, ANoteAndItsVCardShowEverySessionOfTheDevice) {
         BackupSession::FileData{{"/var/mobile/Library/SpringBoard/IconState.plist", PlistValue::Dictionary{}}});
     const std::string note = *HistoryText::encode(ArchiveValue::Array{older, test::fullSession()});
 
-    const nlohmann::json sessions = inspectAsJson(file("note.txt", note));
+    const nlohmann::json sessions = viewAsJson(file("note.txt", note));
     ASSERT_EQ(sessions.size(), 2u);
     EXPECT_TRUE(sessions[0]["version"].is_null()) << "the archive as it stands";
     EXPECT_EQ(sessions[1]["version"], STOWHAVEN_VERSION);
-    const auto report = inspect(file("note.txt", note));
+    const auto report = view(file("note.txt", note));
     EXPECT_NE(report.output.find("Version      " STOWHAVEN_VERSION), std::string::npos)
         << "read, a session without a version takes the running one";
 
@@ -100,21 +100,21 @@ TEST_F(InspectProgramTest, ANoteAndItsVCardShowEverySessionOfTheDevice) {
         "BEGIN:VCARD\nVERSION:3.0\nN:Stow;Haven;\nFN:Haven Stow\nORG:Larkmoor, Inc.\n"
         "URL;type=HOMEPAGE;type=pref:http\\://guide.example/\nNOTE:" +
         note.substr(0, 40) + "\n " + note.substr(40) + "\nEND:VCARD";
-    EXPECT_EQ(inspectAsJson(file("Stow Haven.vcf", vCard)).size(), 2u) << "a folded note line joined";
+    EXPECT_EQ(viewAsJson(file("Stow Haven.vcf", vCard)).size(), 2u) << "a folded note line joined";
 }
 
-TEST_F(InspectProgramTest, AnEncipheredNoteIsDecipheredWithTheBuiltInPassPhrase) {
+TEST_F(HistoryViewProgramTest, AnEncipheredNoteIsDecipheredWithTheBuiltInPassPhrase) {
     const std::string plain = file("plain.txt", *HistoryText::encode(ArchiveValue::Array{test::fullSession()}));
     const std::string enciphered = folder_ / "enciphered.txt";
     test::runCommand("openssl enc -e -a -salt -aes-256-cbc -in '" + plain + "' -k '" +
                      std::string(BuiltInCipherKey::kKeyHex) + "' -out '" + enciphered + "'");
 
-    const auto outcome = inspect(enciphered);
+    const auto outcome = view(enciphered);
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     EXPECT_NE(outcome.output.find("Session 1 of 1"), std::string::npos) << outcome.output;
 }
 
-TEST_F(InspectProgramTest, AnOldNoteUnpacksToItsPackageListAndItsDate) {
+TEST_F(HistoryViewProgramTest, AnOldNoteUnpacksToItsPackageListAndItsDate) {
     const std::string packed = folder_ / "packed";
     ASSERT_TRUE(FileManager::createDirectory(packed + "/var/mobile", true));
     ASSERT_TRUE(FileManager::createDirectory(packed + "/tmp", true));
@@ -129,7 +129,7 @@ TEST_F(InspectProgramTest, AnOldNoteUnpacksToItsPackageListAndItsDate) {
         test::runCommand("cd '" + folder_.path().string() + "' && uuencode -m cydiaApps.tbz cydiaApps.tbz");
     ASSERT_TRUE(note.starts_with("begin-base64 644 cydiaApps.tbz"));
 
-    const nlohmann::json sessions = inspectAsJson(file("old-note.txt", note));
+    const nlohmann::json sessions = viewAsJson(file("old-note.txt", note));
     ASSERT_EQ(sessions.size(), 1u);
     EXPECT_EQ(sessions[0]["rawData"], "Old Tweak\tcom.old.tweak\t0.9\tme\tTweaks\tmobilesubstrate\n");
     EXPECT_EQ(sessions[0]["sessionDate"], "2010-06-01T12:00:00Z");
@@ -137,18 +137,18 @@ TEST_F(InspectProgramTest, AnOldNoteUnpacksToItsPackageListAndItsDate) {
     EXPECT_FALSE(FileManager::fileExists(device_.path("/var/tmp/stowhaven/var"))) << "the unpacked folders are gone";
 }
 
-TEST_F(InspectProgramTest, ADamagedOrForeignFileIsRefusedClearly) {
+TEST_F(HistoryViewProgramTest, ADamagedOrForeignFileIsRefusedClearly) {
     const std::string text = *HistoryText::encode(test::fullSession());
     for (const std::string& contents :
          {text.substr(0, text.size() / 2), std::string("just some notes"), std::string("BEGIN:VCARD\nEND:VCARD"),
           std::string("begin-base64 644 cydiaApps.tbz\nnot really\n====\n"), std::string()}) {
-        const auto outcome = inspect(file("damaged.stowhvn", contents));
+        const auto outcome = view(file("damaged.stowhvn", contents));
         EXPECT_EQ(outcome.status, 1) << contents;
         EXPECT_NE(outcome.errors.find("holds no backup history that can be read"), std::string::npos) << outcome.errors;
     }
-    EXPECT_EQ(inspect(folder_ / "missing.stowhvn").status, 1);
+    EXPECT_EQ(view(folder_ / "missing.stowhvn").status, 1);
     test::runCommand("truncate -s 65M '" + (folder_ / "huge.stowhvn") + "'");
-    const auto huge = inspect(folder_ / "huge.stowhvn");
+    const auto huge = view(folder_ / "huge.stowhvn");
     EXPECT_EQ(huge.status, 1);
     EXPECT_NE(huge.errors.find("too large"), std::string::npos) << huge.errors;
 }
