@@ -21,11 +21,6 @@ namespace {
 
 using textutil::orNull;
 
-std::string unitName(std::int32_t unit) {
-    static constexpr std::array<const char*, 5> kUnits = {"b", "Kb", "Mb", "Gb", "Tb"};
-    return unit >= 0 && unit < static_cast<std::int32_t>(kUnits.size()) ? kUnits[static_cast<std::size_t>(unit)] : "b";
-}
-
 std::string yesNo(bool value) { return value ? "yes" : "no"; }
 
 template <typename List>
@@ -76,8 +71,8 @@ void printItems(BackupSession& session, std::ostream& out) {
     for (const auto& application : session.applications().value_or(BackupSession::ApplicationList{})) {
         fmt::print(out, "    {} ({})  Documents {:.3f}{}, Library {:.3f}{}\n", application->displayName(),
                    orNull(application->bundleIdentifier()), application->documentsDirSize(),
-                   unitName(application->documentsDirSizeUnit()), application->libraryDirSize(),
-                   unitName(application->libraryDirSizeUnit()));
+                   Application::unitToString(application->documentsDirSizeUnit()), application->libraryDirSize(),
+                   Application::unitToString(application->libraryDirSizeUnit()));
     }
     heading(out, "Web clips", countOf(session.webclips()));
     for (const auto& clip : session.webclips().value_or(BackupSession::WebClipList{})) {

@@ -36,21 +36,11 @@ constexpr const char* kPosixPermissionsKey = "NSFilePosixPermissions";
 constexpr const char* kOwnerAccountNameKey = "NSFileOwnerAccountName";
 constexpr const char* kGroupOwnerAccountNameKey = "NSFileGroupOwnerAccountName";
 
-const std::string* stringIn(const PlistValue::Dictionary& dictionary, std::string_view key) {
-    const auto found = dictionary.find(key);
-    return found == dictionary.end() ? nullptr : found->second.asString();
-}
-
 // The leading digits of the text as a number, 0 without any: "8.1" gives 8, "7" gives 7.
 long long leadingInteger(std::string_view text) {
     long long value = 0;
     std::from_chars(text.data(), text.data() + text.size(), value);
     return value;
-}
-
-template <typename Items>
-void sortByCompare(Items& items) {
-    std::stable_sort(items.begin(), items.end(), [](const auto& a, const auto& b) { return a->compare(*b) < 0; });
 }
 
 template <typename Albums, typename Measure>
@@ -289,11 +279,10 @@ void BackupSession::restoreFilePermissionData(const std::string& path) const {
         return;
     }
     const PlistValue::Dictionary& attributes = *entry->second.asDictionary();
-    const std::string* owner = stringIn(attributes, kOwnerAccountNameKey);
-    const std::string* group = stringIn(attributes, kGroupOwnerAccountNameKey);
-    const auto permissions = attributes.contains(kPosixPermissionsKey)
-                                 ? attributes.at(kPosixPermissionsKey).asUnsignedInteger()
-                                 : std::nullopt;
+    const std::string* owner = stringForKey(attributes, kOwnerAccountNameKey);
+    const std::string* group = stringForKey(attributes, kGroupOwnerAccountNameKey);
+    const PlistValue* permissionBits = valueForKey(attributes, kPosixPermissionsKey);
+    const auto permissions = permissionBits ? permissionBits->asUnsignedInteger() : std::nullopt;
     std::string error = "incomplete attributes";
     const bool applied =
         owner && permissions &&

@@ -211,11 +211,7 @@ void BackupSession::readItemLists(KeyedUnarchiver& coder) {
     webclips_ = coder.decodeArrayOfObjectsOfClass<WebClip>("webclips");
     SHSHBlobs_ = coder.decodeArrayOfObjectsOfClass<SHSHBlob>("SHSHBlobs");
     archivableFolders_ = coder.decodeArrayOfObjectsOfClass<ArchivableFolder>("archivableFolders");
-    if (archivableFolders_) {
-        std::stable_sort(archivableFolders_->begin(), archivableFolders_->end(), [](const auto& a, const auto& b) {
-            return textutil::caseInsensitiveOrder(a->name(), b->name()) < 0;
-        });
-    }
+    if (archivableFolders_) sortByCompare(*archivableFolders_);
 }
 
 }  // namespace stowhaven

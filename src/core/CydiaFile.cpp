@@ -37,9 +37,8 @@ std::string jsonString(const std::string& text) {
 constexpr std::string_view kRockSuffix = ".rock";
 
 bool isNameOrRock(const std::string& candidate, std::string_view name) {
-    return candidate == name ||
-           (candidate.size() == name.size() + kRockSuffix.size() && candidate.starts_with(name) &&
-            candidate.ends_with(kRockSuffix));
+    return candidate == name || (candidate.size() == name.size() + kRockSuffix.size() && candidate.starts_with(name) &&
+                                 candidate.ends_with(kRockSuffix));
 }
 
 constexpr std::string_view kCategoriesPackage = "com.bigboss.categories";

@@ -12,8 +12,6 @@ namespace stowhaven {
 
 namespace {
 
-constexpr double kBytesPerMegabyte = 1048576.0;
-
 std::string lowercaseExtension(const std::string& entry) {
     std::string extension = std::filesystem::path(entry).extension().string();
     if (!extension.empty()) extension.erase(0, 1);
@@ -38,6 +36,10 @@ void logFailure(const std::string& path, const std::string& error, const std::st
 }
 
 }  // namespace
+
+double FileSizes::sizeOrNothing(const std::string& path) {
+    return std::max(0.0, getFileSizeAtPath(path, std::nullopt));
+}
 
 std::string FileSizes::photoLibraryOriginalPath() {
     const std::string var = DeviceRoot::var();

@@ -58,10 +58,8 @@ Supervisor::Supervisor() : version_(STOWHAVEN_VERSION), exitHandler_(ProcessCont
     SH_LOG("{} ({}) {}", kBundleIdentifier, kDisplayName, version_);
     if (const std::string usage = memoryUsageString(); !usage.empty()) SH_LOG("{}", usage);
     NotificationCenter& center = NotificationCenter::defaultCenter();
-    foregroundObserver_ =
-        center.addObserver(kApplicationWillEnterForegroundNotification, nullptr, [this](const Notification&) {
-            refreshFreeSpace();
-        });
+    foregroundObserver_ = center.addObserver(kApplicationWillEnterForegroundNotification, nullptr,
+                                             [this](const Notification&) { refreshFreeSpace(); });
 
     const DeviceFacts facts = DeviceFactsReader::read();
     devicePlatform_ = facts.platform;
@@ -96,9 +94,10 @@ Supervisor::~Supervisor() {
 void Supervisor::linkAccessibilitySettings() {
     const std::string var = DeviceRoot::var();
     if (FileManager::isRegularFile(var + "/root/Library/Preferences/com.apple.Accessibility.plist")) return;
-    systemExecute(fmt::format("ln -sf {0}/mobile/Library/Preferences/com.apple.Accessibility.plist "
-                              "{0}/root/Library/Preferences/com.apple.Accessibility.plist",
-                              var));
+    systemExecute(
+        fmt::format("ln -sf {0}/mobile/Library/Preferences/com.apple.Accessibility.plist "
+                    "{0}/root/Library/Preferences/com.apple.Accessibility.plist",
+                    var));
 }
 
 void Supervisor::installMissingTools() {

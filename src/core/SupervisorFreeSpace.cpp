@@ -1,5 +1,6 @@
 #include "core/Supervisor.h"
 
+#include "core/FileSizes.h"
 #include "core/ProcessFlags.h"
 #include "core/Text.h"
 #include "platform/FileManager.h"
@@ -18,7 +19,6 @@ namespace stowhaven {
 
 namespace {
 
-constexpr double kBytesPerMegabyte = 1048576.0;
 // The size of the largest data set when there is none to weigh.
 constexpr double kNoDataSetSize = -32768;
 constexpr const char* kNoDataSetName = "N/A";
@@ -61,7 +61,7 @@ void Supervisor::refreshFreeSpace() {
     if (freeSpace_ != 0.0) return;
     const auto attributes = FileManager::attributesOfFileSystem(TemporaryDirectory::path());
     if (!attributes) return;
-    freeSpace_ = static_cast<double>(attributes->freeSize) / kBytesPerMegabyte;
+    freeSpace_ = static_cast<double>(attributes->freeSize) / FileSizes::kBytesPerMegabyte;
     SH_LOG("FreeSpace: {}Mb", freeSpace_.load());
 }
 
@@ -136,8 +136,8 @@ void Supervisor::displayNotEnoughRoomMessage() {
     SH_LOG("{}:{:.3f}Mb | local.freeSpace:{:.3f}Mb", largest.name, largest.size, free);
     const std::string operation = gIsBackupMode ? "archive" : lowercased(Strings::localized("RESTORE_TEXT"));
     showAlert(Strings::localized("WARNING"),
-              Strings::format("NO_ENOUGH_SPACE", operation, largest.name, textutil::decimalText(largest.size), textutil::decimalText(free),
-                              textutil::decimalText(largest.size)));
+              Strings::format("NO_ENOUGH_SPACE", operation, largest.name, textutil::decimalText(largest.size),
+                              textutil::decimalText(free), textutil::decimalText(largest.size)));
 }
 
 void Supervisor::displayNotEnoughRoomOnCloudMessage() {
@@ -148,9 +148,10 @@ void Supervisor::displayNotEnoughRoomOnCloudMessage() {
     const std::shared_ptr<const DataSetSizes> device = dataSets(true);
     const double backupTotalSize = device ? device->backupTotalSize() : 0.0;
     showAlert(Strings::localized("WARNING"),
-              free > 0.0 ? Strings::format("NO_ENOUGH_SPACE_ON_CLOUD", largest.name, textutil::decimalText(largest.size),
-                                           textutil::decimalText(free), engineName)
-                         : Strings::format("NO_FREE_SPACE_ON_CLOUD", textutil::decimalText(backupTotalSize), engineName));
+              free > 0.0
+                  ? Strings::format("NO_ENOUGH_SPACE_ON_CLOUD", largest.name, textutil::decimalText(largest.size),
+                                    textutil::decimalText(free), engineName)
+                  : Strings::format("NO_FREE_SPACE_ON_CLOUD", textutil::decimalText(backupTotalSize), engineName));
 }
 
 double Supervisor::uploadLimit() const {

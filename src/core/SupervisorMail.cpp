@@ -68,8 +68,7 @@ void Supervisor::composeEmail(const Email& email) {
         return;
     }
     const MailResult result = mail.compose({fmt::format("Stowhaven™({}) - {}", version_, email.subject),
-                                            email.toRecipients, email.emailBody + deviceInfos_,
-                                            email.fileAttachments});
+                                            email.toRecipients, email.emailBody + deviceInfos_, email.fileAttachments});
     caller->showAlert(Strings::localized(resultKey(result)), "", {Strings::localized("OK_BUTTON")}, {});
     // The contact card that the sharing of a backup writes to go with its mail.
     deleteFileAtPath(TemporaryDirectory::path() + "/Stow Haven.vcf");

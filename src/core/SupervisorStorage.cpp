@@ -29,10 +29,9 @@ constexpr std::array<StorageTypeFacts, 9> kStorageTypes = {{
 }};
 
 // The engines that hold listings, in the order their caches are flushed.
-constexpr std::array<StorageType, 7> kCachingEngines = {StorageType::Box,      StorageType::Dropbox,
-                                                        StorageType::FTP,      StorageType::GDrive,
-                                                        StorageType::OwnCloud, StorageType::SugarSync,
-                                                        StorageType::SkyDrive};
+constexpr std::array<StorageType, 7> kCachingEngines = {
+    StorageType::Box,      StorageType::Dropbox,   StorageType::FTP,     StorageType::GDrive,
+    StorageType::OwnCloud, StorageType::SugarSync, StorageType::SkyDrive};
 
 bool isKnown(StorageType type) {
     const auto number = static_cast<std::int64_t>(type);

@@ -24,7 +24,6 @@ namespace stowhaven {
 
 namespace {
 
-constexpr double kBytesPerMegabyte = 1048576.0;
 constexpr const char* kDataContainersFolder = "/var/mobile/Containers/Data/Application";
 constexpr std::int32_t kMegabytesUnit = 2;
 
@@ -209,13 +208,13 @@ double Application::totalSize() {
     if (documentsDirSize_ < 0 || libraryDirSize_ < 0) {
         setDocsAndLibsDirSizes(hasDataContainers() ? dataContainers() : std::vector<std::string>{});
     }
-    return totalBytes_ / kBytesPerMegabyte;
+    return totalBytes_ / FileSizes::kBytesPerMegabyte;
 }
 
 std::string Application::detailString() const {
     std::string size = "0Mb";
     if (isSelected()) {
-        const double megabytes = totalBytes_ / kBytesPerMegabyte;
+        const double megabytes = totalBytes_ / FileSizes::kBytesPerMegabyte;
         const auto [shown, unit] = inBestUnit(megabytes);
         size = textutil::decimalText(shown) + (megabytes == 0 ? "Mb" : unitToString(unit));
     }
@@ -226,10 +225,6 @@ std::string Application::detailString() const {
         detail += " | " + Strings::localized(gAutoScanAppStoreAppsEnabled ? "APP_NOT_INSTALLED" : "APP_NOT_SCANNED");
     }
     return detail;
-}
-
-std::weak_ordering Application::compareByDisplayName(const Application& other) const {
-    return textutil::caseInsensitiveOrder(displayName(), other.displayName());
 }
 
 void Application::applyDefaultEntry(bool backupSide) {

@@ -89,7 +89,6 @@ public:
     double totalSize();
     // "12.5Mb (Docs:12.000Mb, Library:512.000Kb)", and why it can't be restored where so.
     std::string detailString() const;
-    std::weak_ordering compareByDisplayName(const Application& other) const;
 
     // The default choice of applications and of their folders, by side; an application the
     // backup list doesn't name is left out, one the restore list names is taken.

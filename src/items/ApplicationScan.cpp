@@ -44,15 +44,10 @@ std::vector<std::string> infoPlistsIn(const std::string& folder) {
     return plists;
 }
 
-const std::string* stringIn(const PlistValue::Dictionary& info, std::string_view key) {
-    const auto found = info.find(key);
-    return found == info.end() ? nullptr : found->second.asString();
-}
-
 // The display name, else the bundle name, else the folder's name up to its first ".".
 std::string displayNameOf(const PlistValue::Dictionary& info, const std::string& name) {
-    if (const std::string* displayName = stringIn(info, "CFBundleDisplayName")) return *displayName;
-    if (const std::string* bundleName = stringIn(info, "CFBundleName")) return *bundleName;
+    if (const std::string* displayName = stringForKey(info, "CFBundleDisplayName")) return *displayName;
+    if (const std::string* bundleName = stringForKey(info, "CFBundleName")) return *bundleName;
     return name.substr(0, name.find('.'));
 }
 
@@ -60,16 +55,16 @@ std::string displayNameOf(const PlistValue::Dictionary& info, const std::string&
 // that name, the artwork beside the bundle.
 std::optional<std::string> iconOf(const PlistValue::Dictionary& info, const std::string& homePath) {
     std::optional<std::string> icon;
-    if (const std::string* file = stringIn(info, "CFBundleIconFile")) {
+    if (const std::string* file = stringForKey(info, "CFBundleIconFile")) {
         icon = *file;
-    } else if (const auto found = info.find("CFBundleIconFiles"); found != info.end()) {
+    } else if (const PlistValue* files = valueForKey(info, "CFBundleIconFiles")) {
         std::vector<std::string> names;
-        if (const std::string* single = found->second.asString()) names.push_back(*single);
+        if (const std::string* single = files->asString()) names.push_back(*single);
         const auto collect = [&](const PlistValue& value) {
             if (const std::string* iconName = value.asString()) names.push_back(*iconName);
         };
-        if (const auto* list = found->second.asArray()) std::for_each(list->begin(), list->end(), collect);
-        if (const auto* map = found->second.asDictionary()) {
+        if (const auto* list = files->asArray()) std::for_each(list->begin(), list->end(), collect);
+        if (const auto* map = files->asDictionary()) {
             for (const auto& [key, value] : *map) collect(value);
         }
         const auto retina = std::find_if(names.begin(), names.end(), [](const std::string& iconName) {
@@ -107,7 +102,7 @@ ApplicationScan::Applications ApplicationScan::buildListOfApplications(
         const auto info = PlistCodec::readFile(DeviceRoot::path(plist));
         const PlistValue::Dictionary fields =
             info && info->isDictionary() ? *info->asDictionary() : PlistValue::Dictionary{};
-        const std::string* identifier = stringIn(fields, "CFBundleIdentifier");
+        const std::string* identifier = stringForKey(fields, "CFBundleIdentifier");
         if (identifier && identifier->starts_with("com.apple.")) {
             SH_LOG("Ignoring Apple's app <{}>...", *identifier);
             continue;
@@ -141,8 +136,7 @@ ApplicationScan::Applications ApplicationScan::buildListOfApplications(
     }
     // The biggest application starts out not chosen.
     if (const auto largest = supervisor.largestApplication()) largest->deselect();
-    std::stable_sort(applications.begin(), applications.end(),
-                     [](const auto& a, const auto& b) { return a->compareByDisplayName(*b) < 0; });
+    sortByCompare(applications);
     return applications;
 }
 

@@ -48,23 +48,18 @@ bool isProTubeMedia(const std::string& name) {
     return name.ends_with(".mp4") || name.ends_with(".m4a") || name.ends_with(".png");
 }
 
-// A size that can't be measured counts nothing.
-double measured(const std::string& path) { return std::max(0.0, FileSizes::getFileSizeAtPath(path, std::nullopt)); }
-
 // The names the iTunes ringtones show, by file name.
 PlistValue::Dictionary iTunesRingtoneNames() {
     const auto list = PlistCodec::readFile(DeviceRoot::path(kITunesRingtonesList));
     const auto* entries = list ? list->asDictionary() : nullptr;
-    const auto ringtones = entries ? entries->find("Ringtones") : PlistValue::Dictionary::const_iterator{};
-    if (!entries || ringtones == entries->end() || !ringtones->second.isDictionary()) return {};
-    return *ringtones->second.asDictionary();
+    const PlistValue* ringtones = entries ? valueForKey(*entries, "Ringtones") : nullptr;
+    return ringtones && ringtones->isDictionary() ? *ringtones->asDictionary() : PlistValue::Dictionary{};
 }
 
 std::string shownRingtoneName(const PlistValue::Dictionary& names, const std::string& file) {
-    const auto entry = names.find(file);
-    if (entry == names.end() || !entry->second.isDictionary()) return file;
-    const auto name = entry->second.asDictionary()->find("Name");
-    return name != entry->second.asDictionary()->end() && name->second.isString() ? *name->second.asString() : file;
+    const PlistValue* entry = valueForKey(names, file);
+    const std::string* name = entry && entry->isDictionary() ? stringForKey(*entry->asDictionary(), "Name") : nullptr;
+    return name ? *name : file;
 }
 
 }  // namespace
@@ -108,7 +103,7 @@ void ArchivableFolder::refreshStatus() {
                 if (folderType_ == kSBSettingsType) {
                     fExists_ = FileManager::fileExists(DeviceRoot::path(dataFolderPath_)) ||
                                FileManager::fileExists(DeviceRoot::path(kSBSettingsNote));
-                    size += measured(DeviceRoot::path(kSBSettingsNote));
+                    size += FileSizes::sizeOrNothing(DeviceRoot::path(kSBSettingsNote));
                 }
                 contentPaths_ = std::move(*names);
             } else {
@@ -133,7 +128,7 @@ void ArchivableFolder::buildSelectableContents(const std::vector<std::string>& n
         folderType_ == kITunesRingtonesType ? iTunesRingtoneNames() : PlistValue::Dictionary{};
     const auto add = [&](const std::string& name, const std::string& hostPath) {
         auto item = std::make_shared<SelectableItem>(name);
-        item->setSize(measured(hostPath));
+        item->setSize(FileSizes::sizeOrNothing(hostPath));
         contentItems_.push_back(std::move(item));
     };
     contentItems_.clear();
@@ -156,9 +151,7 @@ void ArchivableFolder::buildSelectableContents(const std::vector<std::string>& n
         }
         add(folderType_ == kITunesRingtonesType ? shownRingtoneName(shownNames, name) : name, hostPathOf(name));
     }
-    std::stable_sort(contentItems_.begin(), contentItems_.end(), [](const auto& a, const auto& b) {
-        return textutil::caseInsensitiveOrder(a->name(), b->name()) < 0;
-    });
+    sortByCompare(contentItems_);
 }
 
 void ArchivableFolder::buildWebclipsData() {
@@ -173,12 +166,10 @@ void ArchivableFolder::buildWebclipsData() {
     for (const std::string& clip : *clips) {
         const auto info = PlistCodec::readFile(hostPathOf(clip + "/Info.plist"));
         auto webClip = std::make_shared<WebClip>(clip, info ? ArchiveValue(*info) : ArchiveValue());
-        webClip->setSize(measured(hostPathOf(clip)));
+        webClip->setSize(FileSizes::sizeOrNothing(hostPathOf(clip)));
         webClips.push_back(std::move(webClip));
     }
-    std::stable_sort(webClips.begin(), webClips.end(), [](const auto& a, const auto& b) {
-        return textutil::caseInsensitiveOrder(a->displayName(), b->displayName()) < 0;
-    });
+    sortByCompare(webClips);
     contentItems_.assign(webClips.begin(), webClips.end());
 }
 
@@ -201,7 +192,7 @@ void ArchivableFolder::buildSHSHBlobs() {
                             std::filesystem::path(file).extension() == ".shsh" && file.find('-') != std::string::npos;
         if (!isBlob) continue;
         auto blob = std::make_shared<SHSHBlob>(file);
-        blob->setSize(static_cast<double>(attributes->size) / 1048576.0);
+        blob->setSize(static_cast<double>(attributes->size) / FileSizes::kBytesPerMegabyte);
         contentItems_.push_back(std::move(blob));
     }
 }

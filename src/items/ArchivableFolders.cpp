@@ -65,9 +65,7 @@ void ArchivableFolders::resetFolder() {
         for (const ArchivableFolderRow& row : ArchivableFolderTable::rows()) {
             if (meetsCondition(row)) folders.push_back(folderOf(row));
         }
-        std::stable_sort(folders.begin(), folders.end(), [](const auto& a, const auto& b) {
-            return textutil::caseInsensitiveOrder(a->name(), b->name()) < 0;
-        });
+        sortByCompare(folders);
     }
     std::lock_guard lock(gMutex);
     gFolders = std::move(folders);

@@ -62,7 +62,7 @@ DeviceItems::PreferenceFiles DeviceItems::springboardFiles() {
         if (!name.ends_with(".plist") || !(name.starts_with("applicationstate") || name.starts_with("Icon"))) continue;
         const std::string path = std::string(kSpringboardFolder) + "/" + name;
         auto file = std::make_shared<PreferenceFile>(path, ArchiveValue());
-        file->setSize(std::max(0.0, FileSizes::getFileSizeAtPath(DeviceRoot::path(path), std::nullopt)));
+        file->setSize(FileSizes::sizeOrNothing(DeviceRoot::path(path)));
         file->selectStateForOperation(true);
         files.push_back(std::move(file));
     }
@@ -72,18 +72,17 @@ DeviceItems::PreferenceFiles DeviceItems::springboardFiles() {
 DeviceItems::Sources DeviceItems::repositorySources() {
     const auto settings = PlistCodec::readFile(DeviceRoot::path(kCydiaPreferences));
     const auto* entries = settings ? settings->asDictionary() : nullptr;
-    const auto sources = entries ? entries->find("CydiaSources") : PlistValue::Dictionary::const_iterator{};
-    if (!entries || sources == entries->end() || !sources->second.isDictionary()) {
+    const PlistValue* sources = entries ? valueForKey(*entries, "CydiaSources") : nullptr;
+    if (!sources || !sources->isDictionary()) {
         SH_LOG("Couldn't read current user repos @ <{}>!", kCydiaPreferences);
         return {};
     }
     Sources found;
-    for (const auto& [key, value] : *sources->second.asDictionary()) {
+    for (const auto& [key, value] : *sources->asDictionary()) {
         const auto* source = value.asDictionary();
         if (source == nullptr) continue;
-        const auto distribution = source->find("Distribution");
-        const bool stable = distribution != source->end() && distribution->second.isString() &&
-                            textutil::caseInsensitiveOrder(*distribution->second.asString(), "stable") == 0;
+        const std::string* distribution = stringForKey(*source, "Distribution");
+        const bool stable = distribution && textutil::caseInsensitiveOrder(*distribution, "stable") == 0;
         if (!stable) found.push_back(std::make_shared<RepositorySource>(*source));
     }
     return found;

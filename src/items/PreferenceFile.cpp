@@ -2,6 +2,7 @@
 
 #include "archive/KeyedArchiver.h"
 #include "archive/KeyedUnarchiver.h"
+#include "core/FileSizes.h"
 #include "items/SelectionDefaults.h"
 #include "platform/DeviceRoot.h"
 #include "platform/FileManager.h"
@@ -11,8 +12,6 @@
 namespace stowhaven {
 
 namespace {
-
-constexpr double kBytesPerMegabyte = 1048576.0;
 
 SelectionDefaults& defaultLists() {
     static SelectionDefaults lists("DefaultPreferencesFiles_Backup", "DefaultPreferencesFiles_Restore");
@@ -26,7 +25,7 @@ PreferenceFile::PreferenceFile(std::string name, ArchiveValue data)
     // A preference file is one file: its name is never measured as a folder.
     const auto attributes = FileManager::attributesOfItem(DeviceRoot::path(this->name()));
     const bool isFile = attributes && attributes->type == FileType::Regular;
-    setSize(isFile ? static_cast<double>(attributes->size) / kBytesPerMegabyte : 0);
+    setSize(isFile ? static_cast<double>(attributes->size) / FileSizes::kBytesPerMegabyte : 0);
     selectStateForOperation(true);
 }
 

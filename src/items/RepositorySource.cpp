@@ -41,9 +41,8 @@ constexpr std::array<WellKnownSource, 9> kWellKnownSources = {{
 }};
 
 std::optional<std::string> stringFor(const PlistValue::Dictionary& dictionary, std::string_view key) {
-    const auto found = dictionary.find(key);
-    if (found == dictionary.end() || !found->second.isString()) return std::nullopt;
-    return *found->second.asString();
+    const std::string* text = stringForKey(dictionary, key);
+    return text ? std::optional<std::string>(*text) : std::nullopt;
 }
 
 std::vector<std::string> stringsIn(const PlistValue* array) {
@@ -84,8 +83,7 @@ RepositorySource::RepositorySource(const PlistValue::Dictionary& dictionary)
       link_(stringFor(dictionary, "URI")),
       distribution_(stringFor(dictionary, "Distribution")),
       type_(stringFor(dictionary, "Type")) {
-    const auto sections = dictionary.find("Sections");
-    sections_ = stringsIn(sections == dictionary.end() ? nullptr : &sections->second);
+    sections_ = stringsIn(valueForKey(dictionary, "Sections"));
     setSize(0);
     parseLink();
     for (const WellKnownSource& source : kWellKnownSources) {

@@ -2,17 +2,12 @@
 
 #include "archive/KeyedArchiver.h"
 #include "archive/KeyedUnarchiver.h"
+#include "core/FileSizes.h"
 #include "core/Text.h"
 
 #include <fmt/format.h>
 
 namespace stowhaven {
-
-namespace {
-
-constexpr double kBytesPerMegabyte = 1048576.0;
-
-}  // namespace
 
 SelectableItem::SelectableItem(std::string name) : selected_(true), size_(kUnmeasuredSize), name_(std::move(name)) {}
 
@@ -30,8 +25,9 @@ void SelectableItem::encodeWithCoder(KeyedArchiver& coder) const {
 
 std::string SelectableItem::description() const {
     const std::string className = classChain().front();
-    if (size_ * kBytesPerMegabyte <= 1024) {
-        return fmt::format("{} -> {} [{:d}] {{{:.0f}b}}", className, name_, isSelected(), size_ * kBytesPerMegabyte);
+    if (size_ * FileSizes::kBytesPerMegabyte <= 1024) {
+        return fmt::format("{} -> {} [{:d}] {{{:.0f}b}}", className, name_, isSelected(),
+                           size_ * FileSizes::kBytesPerMegabyte);
     }
     return fmt::format("{} -> {} [{:d}] {{{:.3f}Mb}}", className, name_, isSelected(), size_);
 }

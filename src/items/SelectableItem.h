@@ -2,6 +2,7 @@
 
 #include "archive/Codable.h"
 
+#include <algorithm>
 #include <compare>
 #include <memory>
 #include <string>
@@ -47,5 +48,11 @@ private:
     double size_;
     std::string name_;
 };
+
+// Sorts items of any SelectableItem class by compare(), keeping the order of equals.
+template <typename Items>
+void sortByCompare(Items& items) {
+    std::stable_sort(items.begin(), items.end(), [](const auto& a, const auto& b) { return a->compare(*b) < 0; });
+}
 
 }  // namespace stowhaven

@@ -10,8 +10,7 @@ std::string WebClip::displayName() const {
     const auto* entries = preferencePlistData().asDictionary();
     if (entries == nullptr) return {};
     const auto title = entries->find("Title");
-    if (title == entries->end() || !title->second.isString()) return {};
-    return *title->second.asString();
+    return title != entries->end() && title->second.asString() ? *title->second.asString() : std::string();
 }
 
 }  // namespace stowhaven

@@ -46,7 +46,7 @@ TEST_F(HistoryViewProgramTest, AHistoryFileShowsItsSessionInFull) {
 
     const auto outcome = view(history);
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
-    for (const std::string shown :
+    for (const std::string& shown :
          {std::string("Session 1 of 1: ") + test::kPadlock + " Before the upgrade", std::string("All my tweaks"),
           std::string("Ann's iPhone (iPhone7,2)"), std::string("Encrypted    yes"), std::string("Packages (2)"),
           std::string("Foo  com.foo  1.0  [Tweaks]"), std::string("deb http://repo.example.org/ stable main"),

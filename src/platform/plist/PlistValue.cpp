@@ -25,10 +25,18 @@ void appendQuoted(std::string& out, const std::string& text) {
     out += '"';
     for (const char c : text) {
         switch (c) {
-            case '"': out += "\\\""; break;
-            case '\\': out += "\\\\"; break;
-            case '\n': out += "\\n"; break;
-            case '\t': out += "\\t"; break;
+            case '"':
+                out += "\\\"";
+                break;
+            case '\\':
+                out += "\\\\";
+                break;
+            case '\n':
+                out += "\\n";
+                break;
+            case '\t':
+                out += "\\t";
+                break;
             default:
                 if (static_cast<unsigned char>(c) < 0x20) {
                     out += fmt::format("\\u{:04x}", static_cast<unsigned>(c));
@@ -42,16 +50,14 @@ void appendQuoted(std::string& out, const std::string& text) {
 
 }  // namespace
 
-PlistValue PlistValue::uid(std::uint64_t value) {
-    return PlistValue(Storage(Uid{value}));
-}
+PlistValue PlistValue::uid(std::uint64_t value) { return PlistValue(Storage(Uid{value})); }
 
 PlistKind PlistValue::kind() const {
     // In the order of the alternatives of Storage.
-    static constexpr PlistKind kKinds[] = {
-        PlistKind::Null, PlistKind::Boolean, PlistKind::Integer, PlistKind::Integer,
-        PlistKind::Real, PlistKind::String,  PlistKind::Data,    PlistKind::Date,
-        PlistKind::Array, PlistKind::Dictionary, PlistKind::Uid};
+    static constexpr PlistKind kKinds[] = {PlistKind::Null,       PlistKind::Boolean, PlistKind::Integer,
+                                           PlistKind::Integer,    PlistKind::Real,    PlistKind::String,
+                                           PlistKind::Data,       PlistKind::Date,    PlistKind::Array,
+                                           PlistKind::Dictionary, PlistKind::Uid};
     static_assert(std::size(kKinds) == std::variant_size_v<Storage>);
     return kKinds[storage_.index()];
 }
@@ -151,6 +157,16 @@ std::string PlistValue::description() const {
     std::string out;
     std::visit(Describer{out}, storage_);
     return out;
+}
+
+const PlistValue* valueForKey(const PlistValue::Dictionary& dictionary, std::string_view key) {
+    const auto found = dictionary.find(key);
+    return found == dictionary.end() ? nullptr : &found->second;
+}
+
+const std::string* stringForKey(const PlistValue::Dictionary& dictionary, std::string_view key) {
+    const PlistValue* value = valueForKey(dictionary, key);
+    return value == nullptr ? nullptr : value->asString();
 }
 
 }  // namespace stowhaven

@@ -32,8 +32,7 @@ public:
     PlistValue() = default;
     PlistValue(bool value) : storage_(value) {}
     template <std::integral Integer>
-        requires(!std::same_as<Integer, bool>)
-    PlistValue(Integer value) : storage_(integerStorage(value)) {}
+    requires(!std::same_as<Integer, bool>) PlistValue(Integer value) : storage_(integerStorage(value)) {}
     template <std::floating_point Real>
     PlistValue(Real value) : storage_(static_cast<double>(value)) {}
     PlistValue(std::string value) : storage_(std::move(value)) {}
@@ -116,5 +115,10 @@ private:
 
     Storage storage_;
 };
+
+// The value under KEY, or nothing.
+const PlistValue* valueForKey(const PlistValue::Dictionary& dictionary, std::string_view key);
+// The text under KEY, or nothing when there is none or it is of another kind.
+const std::string* stringForKey(const PlistValue::Dictionary& dictionary, std::string_view key);
 
 }  // namespace stowhaven
