@@ -41,13 +41,10 @@ Contents contentsOf(const std::string& file) {
         isNote = true;
     }
     if (AddressBookNote::isOldFormat(text)) return {SessionHistory::fromNote(text), std::nullopt};
-    if (AddressBookNote::isEnciphered(text)) {
-        auto deciphered = AddressBookNote::deciphered(text);
-        if (!deciphered) return {};
-        text = std::move(*deciphered);
-        isNote = true;
-    }
-    const auto archive = HistoryText::archiveIn(text);
+    // Only notes are enciphered.
+    isNote = isNote || AddressBookNote::isEnciphered(text);
+    const auto history = AddressBookNote::historyText(text);
+    const auto archive = history ? HistoryText::archiveIn(*history) : std::nullopt;
     const auto root = archive ? KeyedUnarchiver::unarchiveObjectWithData(*archive, modelClasses()) : std::nullopt;
     if (!root) return {};
     // Only a note holds an array of sessions; a history file holds one.

@@ -72,6 +72,10 @@ std::optional<std::string> AddressBookNote::deciphered(const std::string& note) 
     return text;
 }
 
+std::optional<std::string> AddressBookNote::historyText(const std::string& note) {
+    return isEnciphered(note) ? deciphered(note) : note;
+}
+
 std::optional<AddressBookNote::OldFormatContents> AddressBookNote::expandOldFormat(const std::string& note) {
     const std::string folder = TemporaryDirectory::path();
     const std::string encoded = temporaryPath(kEncodedNote);

@@ -33,6 +33,9 @@ public:
 
     // The deciphered note; nothing, with a log line, when it can't be deciphered.
     static std::optional<std::string> deciphered(const std::string& note);
+    // The history text of a note in the current format: the note itself, deciphered first
+    // where it is enciphered.
+    static std::optional<std::string> historyText(const std::string& note);
 
     // Unpacks an old note with the device's uudecode and tar in the temporary folder and
     // reads what it held; nothing, with a log line, when the package list isn't there.

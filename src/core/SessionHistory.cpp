@@ -41,8 +41,7 @@ SessionHistory::Sessions SessionHistory::fromNote(const std::string& note) {
         auto session = sessionOfOldNote(note);
         return session ? Sessions{session} : Sessions{};
     }
-    std::optional<std::string> text = note;
-    if (AddressBookNote::isEnciphered(note)) text = AddressBookNote::deciphered(note);
+    const auto text = AddressBookNote::historyText(note);
     if (!text) return {};
     const auto root = HistoryText::decode(*text, modelClasses());
     return root ? noteSessionsOf(*root) : Sessions{};
