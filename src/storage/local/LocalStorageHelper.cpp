@@ -241,8 +241,9 @@ void LocalStorageHelper::deleteBackupSession(const std::shared_ptr<BackupSession
         removeExistingFile(name);
         const std::string folder = storagePath() + "/" + StorageLayout::stamp(date);
         // A session without bulk data has no folder: the usual case, and no failure.
-        if (!FileManager::fileExists(folder) || !FileManager::removeItem(folder, &error)) {
-            if (error.empty()) error = "no such folder";
+        if (!FileManager::fileExists(folder)) {
+            setErrorMessage(fmt::format("Error <no such folder> while deleting FOLDER @ <{}>!", folder));
+        } else if (!FileManager::removeItem(folder, &error)) {
             setErrorMessage(fmt::format("Error <{}> while deleting FOLDER @ <{}>!", error, folder));
         }
     }
