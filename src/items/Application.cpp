@@ -24,7 +24,6 @@ namespace stowhaven {
 
 namespace {
 
-constexpr const char* kDataContainersFolder = "/var/mobile/Containers/Data/Application";
 constexpr std::int32_t kMegabytesUnit = 2;
 
 // "DefaultApps_Backup" and "_Restore": entries "bundle id,documents,library" with "1" for
@@ -158,15 +157,8 @@ void Application::replacePathUsingApplication(const Application& installed) {
 
 // With no container holding the bundle or its preferences, the last one of the list is
 // taken: that is how it has always been, and it stays so.
-void Application::findDocsAndLibsDirs(const std::vector<std::string>& dataContainers) {
-    std::optional<std::string> container;
-    for (const std::string& candidate : dataContainers) {
-        container = candidate;
-        const std::string bundle = DeviceRoot::path(candidate + "/" + name() + ".app");
-        const std::string preferences =
-            DeviceRoot::path(candidate + "/Library/Preferences/" + bundleIdentifier_.value_or("") + ".plist");
-        if (FileManager::fileExists(bundle) || FileManager::fileExists(preferences)) break;
-    }
+void Application::findDocsAndLibsDirs(const DataContainers& dataContainers) {
+    const auto container = dataContainers.containerOf(name(), bundleIdentifier_.value_or(""));
     if (!container) {
         SH_LOG("Can't find <Documents> or <Library> directories for <{}>", name());
         return;
@@ -177,7 +169,7 @@ void Application::findDocsAndLibsDirs(const std::vector<std::string>& dataContai
 
 // Older systems keep the data beside the bundle; the paths are the home path with
 // "../Documents" and "../Library" put straight after it, as they always were.
-void Application::setDocsAndLibsDirSizes(const std::vector<std::string>& dataContainers) {
+void Application::setDocsAndLibsDirSizes(const DataContainers& dataContainers) {
     if (hasDataContainers()) {
         findDocsAndLibsDirs(dataContainers);
     } else {
@@ -206,7 +198,7 @@ void Application::setDocsAndLibsDirSizes(const std::vector<std::string>& dataCon
 
 double Application::totalSize() {
     if (documentsDirSize_ < 0 || libraryDirSize_ < 0) {
-        setDocsAndLibsDirSizes(hasDataContainers() ? dataContainers() : std::vector<std::string>{});
+        setDocsAndLibsDirSizes(hasDataContainers() ? DataContainers::read() : DataContainers());
     }
     return totalBytes_ / FileSizes::kBytesPerMegabyte;
 }
@@ -276,18 +268,6 @@ bool Application::hasDataContainers() {
     int major = 0;
     std::from_chars(version.data(), version.data() + version.size(), major);
     return major >= 8;
-}
-
-std::vector<std::string> Application::dataContainers() {
-    std::string error;
-    const auto names = FileManager::contentsOfDirectory(DeviceRoot::path(kDataContainersFolder), &error);
-    if (!names) {
-        SH_LOG("Could NOT get the content of <{}>. Error: {}", kDataContainersFolder, error);
-        return {};
-    }
-    std::vector<std::string> containers;
-    for (const std::string& name : *names) containers.push_back(std::string(kDataContainersFolder) + "/" + name);
-    return containers;
 }
 
 double Application::bytesOfFolders() const {

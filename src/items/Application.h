@@ -1,5 +1,6 @@
 #pragma once
 
+#include "items/DataContainers.h"
 #include "items/SelectableItem.h"
 #include "platform/Date.h"
 
@@ -74,13 +75,12 @@ public:
     void replacePathUsingApplication(const Application& installed);
 
     // Where its Documents and Library folders are, among the data containers of a device
-    // whose data lives apart from the bundles: the container holding the bundle or its
-    // preferences, or failing that the last container of the list.
-    void findDocsAndLibsDirs(const std::vector<std::string>& dataContainers);
+    // whose data lives apart from the bundles.
+    void findDocsAndLibsDirs(const DataContainers& dataContainers);
     // Finds and measures both folders (a folder not found counts 0), works out the total
-    // and the install date. DATA CONTAINERS are the device paths of the data containers,
-    // empty on a device that keeps data beside the bundle.
-    void setDocsAndLibsDirSizes(const std::vector<std::string>& dataContainers);
+    // and the install date. DATA CONTAINERS are none on a device that keeps data beside
+    // the bundle.
+    void setDocsAndLibsDirSizes(const DataContainers& dataContainers);
 
     // Both folders together, in bytes, as last measured.
     double totalBytes() const { return totalBytes_; }
@@ -104,8 +104,6 @@ public:
     // Whether the device keeps application data in containers apart from the bundles, as
     // from system version 8.
     static bool hasDataContainers();
-    // The device paths of the data containers, read anew.
-    static std::vector<std::string> dataContainers();
 
 private:
     // Documents and Library from their sizes and units.

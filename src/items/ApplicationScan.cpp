@@ -94,8 +94,7 @@ ApplicationScan::Applications ApplicationScan::buildListOfApplications(
     const std::vector<std::string> plists = infoPlistsIn(folder);
     SH_LOG("{} applications...", plists.size());
     Application::initializeDefaults();
-    const std::vector<std::string> containers =
-        Application::hasDataContainers() ? Application::dataContainers() : std::vector<std::string>{};
+    const DataContainers containers = Application::hasDataContainers() ? DataContainers::read() : DataContainers();
 
     Applications applications;
     for (const std::string& plist : plists) {
