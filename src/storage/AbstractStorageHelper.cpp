@@ -156,7 +156,22 @@ std::vector<std::string> AbstractStorageHelper::existingFiles() const {
 
 void AbstractStorageHelper::setExistingFiles(std::vector<std::string> names) {
     std::lock_guard lock(existingFilesMutex_);
+    std::erase_if(names, [this](const std::string& name) {
+        return std::find(damagedFiles_.begin(), damagedFiles_.end(), name) != damagedFiles_.end();
+    });
     existingFiles_ = std::move(names);
+}
+
+void AbstractStorageHelper::clearExistingFiles() {
+    std::lock_guard lock(existingFilesMutex_);
+    existingFiles_.clear();
+    damagedFiles_.clear();
+}
+
+void AbstractStorageHelper::dropDamagedHistoryFile(const std::string& name) {
+    std::lock_guard lock(existingFilesMutex_);
+    std::erase(existingFiles_, name);
+    damagedFiles_.push_back(name);
 }
 
 void AbstractStorageHelper::addExistingFile(const std::string& name) {

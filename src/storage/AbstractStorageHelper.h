@@ -52,6 +52,7 @@ public:
     std::optional<std::string> errorMessage() const override;
 
     std::vector<std::string> existingFiles() const override;
+    void dropDamagedHistoryFile(const std::string& name) override;
     std::vector<std::string> availableDeviceBackups() const override;
 
     // The hooks' end of a request. Success hands OBJECT to the success hook; both clear
@@ -89,7 +90,10 @@ protected:
     void semaphoreWait();
     void semaphoreSignal();
 
+    // A listing of history files, less those dropped as damaged.
     void setExistingFiles(std::vector<std::string> names);
+    // Empties the list and forgets what was dropped from it.
+    void clearExistingFiles();
     void addExistingFile(const std::string& name);
     void removeExistingFile(const std::string& name);
     void setAvailableDeviceBackups(std::vector<std::string> names);
@@ -124,6 +128,7 @@ private:
     // Each list is walked and changed under its own lock, as transfers run beside readers.
     mutable std::recursive_mutex existingFilesMutex_;
     std::vector<std::string> existingFiles_;
+    std::vector<std::string> damagedFiles_;
     mutable std::mutex availableDeviceBackupsMutex_;
     std::vector<std::string> availableDeviceBackups_;
 

@@ -82,6 +82,10 @@ public:
 
     // The names of this device's history files, in listing order: the last is the newest.
     virtual std::vector<std::string> existingFiles() const = 0;
+    // Takes a history file that didn't read out of existingFiles(), so that the next
+    // loadMostRecentBackupSession() fetches the one before it; it stays out of the list,
+    // listings included, until the next flushCache().
+    virtual void dropDamagedHistoryFile(const std::string& name) = 0;
     // The names of the device directories on the storage.
     virtual std::vector<std::string> availableDeviceBackups() const = 0;
 };

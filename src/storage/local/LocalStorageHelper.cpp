@@ -116,7 +116,7 @@ void LocalStorageHelper::eraseAllData() {
     createStorageFolder();
 }
 
-void LocalStorageHelper::flushCache() { setExistingFiles({}); }
+void LocalStorageHelper::flushCache() { clearExistingFiles(); }
 
 void LocalStorageHelper::logMisuse() { SH_LOG("####### SHOULDN'T BE CALLED #########"); }
 
@@ -152,8 +152,8 @@ void LocalStorageHelper::loadMostRecentBackupSession() {
     setErrorMessage(std::nullopt);
     std::vector<std::string> names;
     collectHistoryFiles(storagePath(), "", names);
-    setExistingFiles(names);
-    const auto newest = StorageLayout::mostRecent(names);
+    setExistingFiles(std::move(names));
+    const auto newest = StorageLayout::mostRecent(existingFiles());
     if (!newest) {
         setErrorMessage(fmt::format("No file found in <{}>!", storagePath()));
         return;
