@@ -2,6 +2,7 @@
 
 #include "archive/FileCipher.h"
 #include "core/Supervisor.h"
+#include "core/Text.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/ShellQuote.h"
@@ -101,6 +102,14 @@ std::optional<AddressBookNote::OldFormatContents> AddressBookNote::expandOldForm
     }
     for (const char* unpacked : kOldArchiveFolders) FileManager::removeItem(temporaryPath(unpacked));
     return contents;
+}
+
+std::string AddressBookNote::vCardOf(std::string_view note) {
+    // A colon in a property's value is escaped in a vCard of version 3.
+    return fmt::format(
+        "BEGIN:VCARD\nVERSION:3.0\nN:Stow;Haven;\nFN:Haven Stow\nORG:Larkmoor, Inc.\n"
+        "URL;type=HOMEPAGE;type=pref:{}\nNOTE:{}\nEND:VCARD",
+        textutil::replacingAll(kUserGuideURL, ":", "\\:"), note);
 }
 
 std::optional<std::string> AddressBookNote::noteOfVCard(std::string_view vCard) {

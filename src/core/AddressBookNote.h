@@ -18,6 +18,9 @@ namespace stowhaven {
 //   the SpringBoard's settings.
 class AddressBookNote {
 public:
+    // The product's user guide, which the record and the vCard link to.
+    static constexpr const char* kUserGuideURL = "https://stowhaven.larkmoor.example/guide";
+
     // What an old note held.
     struct OldFormatContents {
         std::string rawData;
@@ -41,6 +44,8 @@ public:
     // reads what it held; nothing, with a log line, when the package list isn't there.
     static std::optional<OldFormatContents> expandOldFormat(const std::string& note);
 
+    // The vCard that shares a note: the program's contact, with the note.
+    static std::string vCardOf(std::string_view note);
     // The note of a vCard, its folded lines joined; nothing without a NOTE property.
     static std::optional<std::string> noteOfVCard(std::string_view vCard);
 };

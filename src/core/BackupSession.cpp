@@ -4,6 +4,7 @@
 #include "core/CydiaFile.h"
 #include "core/Supervisor.h"
 #include "core/Text.h"
+#include "items/AlbumTotals.h"
 #include "items/Application.h"
 #include "items/ArchivableFolder.h"
 #include "items/PhotoVideoAlbum.h"
@@ -41,18 +42,6 @@ long long leadingInteger(std::string_view text) {
     long long value = 0;
     std::from_chars(text.data(), text.data() + text.size(), value);
     return value;
-}
-
-template <typename Albums, typename Measure>
-auto sumOverAlbums(const Albums& albums, bool selectedOnly, bool photos, Measure measure) {
-    using Result = decltype(measure(*albums->front()));
-    Result sum{};
-    if (!albums) return sum;
-    for (const auto& album : *albums) {
-        const bool selected = photos ? album->isPhotoSelected() : album->isVideoSelected();
-        if (!selectedOnly || selected) sum += measure(*album);
-    }
-    return sum;
 }
 
 }  // namespace
@@ -110,6 +99,12 @@ void BackupSession::addRepositorySource(const std::shared_ptr<RepositorySource>&
         return;
     }
     repositorySources_->push_back(source);
+}
+
+void BackupSession::sortRepositorySources() {
+    if (!repositorySources_) return;
+    std::stable_sort(repositorySources_->begin(), repositorySources_->end(),
+                     [](const auto& a, const auto& b) { return a->compare(*b) < 0; });
 }
 
 void BackupSession::addFile(std::optional<FileData>& store, const std::string& path, PlistValue content) {
@@ -325,43 +320,25 @@ double BackupSession::backupTotalSize() const {
     return total;
 }
 
-double BackupSession::totalPhotoSize() const {
-    return sumOverAlbums(photoVideoAlbums_, false, true,
-                         [](const PhotoVideoAlbum& album) { return album.photoSize(); });
+const BackupSession::AlbumList& BackupSession::albums() const {
+    static const AlbumList kNone;
+    return photoVideoAlbums_ ? *photoVideoAlbums_ : kNone;
 }
 
-double BackupSession::totalVideoSize() const {
-    return sumOverAlbums(photoVideoAlbums_, false, false,
-                         [](const PhotoVideoAlbum& album) { return album.videoSize(); });
-}
+double BackupSession::totalPhotoSize() const { return AlbumTotals::photoSize(albums(), false); }
 
-double BackupSession::selectedPhotoSize() const {
-    return sumOverAlbums(photoVideoAlbums_, true, true, [](const PhotoVideoAlbum& album) { return album.photoSize(); });
-}
+double BackupSession::totalVideoSize() const { return AlbumTotals::videoSize(albums(), false); }
 
-double BackupSession::selectedVideoSize() const {
-    return sumOverAlbums(photoVideoAlbums_, true, false,
-                         [](const PhotoVideoAlbum& album) { return album.videoSize(); });
-}
+double BackupSession::selectedPhotoSize() const { return AlbumTotals::photoSize(albums(), true); }
 
-std::size_t BackupSession::totalPhotoCount() const {
-    return sumOverAlbums(photoVideoAlbums_, false, true,
-                         [](const PhotoVideoAlbum& album) { return album.photos().size(); });
-}
+double BackupSession::selectedVideoSize() const { return AlbumTotals::videoSize(albums(), true); }
 
-std::size_t BackupSession::totalVideoCount() const {
-    return sumOverAlbums(photoVideoAlbums_, false, false,
-                         [](const PhotoVideoAlbum& album) { return album.videos().size(); });
-}
+std::size_t BackupSession::totalPhotoCount() const { return AlbumTotals::photoCount(albums(), false); }
 
-std::size_t BackupSession::selectedPhotoCount() const {
-    return sumOverAlbums(photoVideoAlbums_, true, true,
-                         [](const PhotoVideoAlbum& album) { return album.photos().size(); });
-}
+std::size_t BackupSession::totalVideoCount() const { return AlbumTotals::videoCount(albums(), false); }
 
-std::size_t BackupSession::selectedVideoCount() const {
-    return sumOverAlbums(photoVideoAlbums_, true, false,
-                         [](const PhotoVideoAlbum& album) { return album.videos().size(); });
-}
+std::size_t BackupSession::selectedPhotoCount() const { return AlbumTotals::photoCount(albums(), true); }
+
+std::size_t BackupSession::selectedVideoCount() const { return AlbumTotals::videoCount(albums(), true); }
 
 }  // namespace stowhaven

@@ -60,6 +60,8 @@ public:
     bool addCydiaFile(const std::shared_ptr<CydiaFile>& package);
     // Unless there is one with the same link already.
     void addRepositorySource(const std::shared_ptr<RepositorySource>& source);
+    // By link.
+    void sortRepositorySources();
     // Reads the file (its name is its device path) and keeps its bytes inline on the
     // address book, or for the package manager's own settings; others stand as null and
     // go to the dated folder. Records the file's ownership.
@@ -179,6 +181,8 @@ private:
 
     void writeDataSets(KeyedArchiver& coder) const;
 
+    // The albums held, none when the archive had no list.
+    const AlbumList& albums() const;
     static void addFile(std::optional<FileData>& store, const std::string& path, PlistValue content);
     bool isFromVersionBefore8() const;
 

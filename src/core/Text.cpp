@@ -13,13 +13,13 @@ constexpr std::string_view kWhiteSpaceAndNewlines = " \t\n\r\v\f";
 
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
+}  // namespace
+
 std::string lowered(std::string_view text) {
     std::string result(text);
     std::transform(result.begin(), result.end(), result.begin(), lower);
     return result;
 }
-
-}  // namespace
 
 std::string trimmed(std::string_view text) {
     const auto first = text.find_first_not_of(kWhiteSpaceAndNewlines);

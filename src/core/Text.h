@@ -17,6 +17,9 @@ std::string trimmed(std::string_view text);
 // The pieces between the separators, empty ones included: "a,,b" gives "a", "", "b".
 std::vector<std::string> split(std::string_view text, char separator);
 
+// ASCII letters in lower case, every other byte as it is.
+std::string lowered(std::string_view text);
+
 // Letters compared without regard to case; other characters by their code.
 std::weak_ordering caseInsensitiveOrder(std::string_view left, std::string_view right);
 bool containsCaseInsensitive(std::string_view text, std::string_view part);

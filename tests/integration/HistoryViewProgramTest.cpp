@@ -3,7 +3,7 @@
 #include "archive/BuiltInCipherKey.h"
 #include "archive/HistoryText.h"
 #include "platform/FileManager.h"
-#include "platform/plist/PlistCodec.h"
+#include "support/OldFormatNote.h"
 #include "support/ProgramRun.h"
 #include "support/SampleSessions.h"
 #include "support/SandboxDevice.h"
@@ -115,18 +115,8 @@ TEST_F(HistoryViewProgramTest, AnEncipheredNoteIsDecipheredWithTheBuiltInPassPhr
 }
 
 TEST_F(HistoryViewProgramTest, AnOldNoteUnpacksToItsPackageListAndItsDate) {
-    const std::string packed = folder_ / "packed";
-    ASSERT_TRUE(FileManager::createDirectory(packed + "/var/mobile", true));
-    ASSERT_TRUE(FileManager::createDirectory(packed + "/tmp", true));
-    ASSERT_TRUE(FileManager::writeFile(packed + "/var/mobile/cydiaApps.txt",
-                                       "Old Tweak\tcom.old.tweak\t0.9\tme\tTweaks\tmobilesubstrate\n"));
-    ASSERT_TRUE(PlistCodec::writeFile(packed + "/tmp/com.apple.springboard.plist",
-                                      PlistValue::Dictionary{{"SBShowBatteryPercentage", true}}, PlistFormat::Xml,
-                                      0644));
-    test::runCommand("touch -d '2010-06-01 12:00:00 UTC' '" + packed + "/var/mobile/cydiaApps.txt'");
-    test::runCommand("tar -C '" + packed + "' -czf '" + (folder_ / "cydiaApps.tbz") + "' var tmp");
     const std::string note =
-        test::runCommand("cd '" + folder_.path().string() + "' && uuencode -m cydiaApps.tbz cydiaApps.tbz");
+        test::oldFormatNote(folder_.path().string(), "Old Tweak\tcom.old.tweak\t0.9\tme\tTweaks\tmobilesubstrate\n");
     ASSERT_TRUE(note.starts_with("begin-base64 644 cydiaApps.tbz"));
 
     const nlohmann::json sessions = viewAsJson(file("old-note.txt", note));

@@ -3,22 +3,29 @@
 #include "platform/HostShell.h"
 #include "platform/Platform.h"
 
+#include <atomic>
+#include <mutex>
 #include <string>
 #include <vector>
 
 namespace stowhaven::test {
 
 // Keeps the command lines, and runs them through the host's shell only when told to.
+// Commands come from background jobs too: the list is read once they are done.
 class RecordingShell final : public Shell {
 public:
     void systemExecute(const std::string& command) override {
-        commands.push_back(command);
+        {
+            std::lock_guard lock(mutex_);
+            commands.push_back(command);
+        }
         if (runsCommands) host_.systemExecute(command);
     }
     std::vector<std::string> commands;
-    bool runsCommands = false;
+    std::atomic<bool> runsCommands = false;
 
 private:
+    std::mutex mutex_;
     HostShell host_;
 };
 

@@ -1,5 +1,6 @@
 #include "support/SupervisorScope.h"
 
+#include "core/CydiaFileManager.h"
 #include "core/ProcessFlags.h"
 #include "items/SelectionDefaults.h"
 #include "platform/dispatch/MainQueue.h"
@@ -13,16 +14,29 @@ namespace stowhaven::test {
 
 namespace {
 
-// The flags the Supervisor reads, each with its value at a first launch.
-const std::array<std::pair<std::atomic<bool>*, bool>, 5> kFirstLaunchFlags = {{{&gIsBackupMode, true},
-                                                                               {&gFreeSpaceCheckEnabled, true},
-                                                                               {&gSoundEnabled, false},
-                                                                               {&gVibrateEnabled, false},
-                                                                               {&gICalIntegrationEnabled, false}}};
+// The flags the Supervisor and the catalogue read, each with its value at a first launch.
+const std::array<std::pair<std::atomic<bool>*, bool>, SupervisorScope::kFirstLaunchFlagCount> kFirstLaunchFlags = {{
+    {&gIsBackupMode, true},
+    {&gFreeSpaceCheckEnabled, true},
+    {&gSoundEnabled, false},
+    {&gVibrateEnabled, false},
+    {&gICalIntegrationEnabled, false},
+    {&gAutoScanPkgEnabled, false},
+    {&gAutoScanAppStoreAppsEnabled, false},
+    {&gAutoScanStockAppsEnabled, false},
+    {&gAutoScanOtherOptionsEnabled, false},
+    {&gAutoScanPhotosEnabled, false},
+    {&gAutoScanVideosEnabled, false},
+    {&gAutobackupEnabled, false},
+    {&gEncryptBackupEnabled, false},
+    {&gUseSameEncryptionKeyEnabled, false},
+    {&gBackupDebsEnabled, false},
+}};
 
 }  // namespace
 
 void SupervisorScope::startAsAFirstLaunch() {
+    CydiaFileManager::resetForTesting();
     Supervisor::resetForTesting();
     StorageEngines::removeAllForTesting();
     MainQueue::shared().bindToCurrentThread();
@@ -40,13 +54,12 @@ SupervisorScope::SupervisorScope() : folder_(std::in_place), root_(folder_->path
     startAsAFirstLaunch();
 }
 
-SupervisorScope::SupervisorScope(const std::string& root) : root_(root), rootScope_(root_) {
-    startAsAFirstLaunch();
-}
+SupervisorScope::SupervisorScope(const std::string& root) : root_(root), rootScope_(root_) { startAsAFirstLaunch(); }
 
 SupervisorScope::~SupervisorScope() {
     // Blocks still waiting would reach the Supervisor after it is gone.
     serveMainQueue();
+    CydiaFileManager::resetForTesting();
     Supervisor::resetForTesting();
     StorageEngines::removeAllForTesting();
     DeviceFactsReader::pin(std::nullopt);

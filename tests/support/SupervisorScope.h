@@ -16,12 +16,14 @@ namespace stowhaven::test {
 // A fresh Supervisor for one test, on a device root of the test's own or the one given,
 // with doubles of every platform service and screen port, and the main queue served by the
 // test's thread. The Supervisor is made on the first call of supervisor(), so that a test
-// can lay the device out first. The settings flags that it reads start as at a first
-// launch, and are put back afterwards.
+// can lay the device out first. The settings flags that it and the catalogue read start
+// as at a first launch, and are put back afterwards.
 class SupervisorScope {
 public:
     // The facts of the pinned device below stand for those of the root's own.
     static const DeviceFacts kPinnedDevice;
+    // The settings flags put at their first launch's values.
+    static constexpr std::size_t kFirstLaunchFlagCount = 15;
 
     // A root of its own, with the pinned device's facts.
     SupervisorScope();
@@ -48,7 +50,7 @@ public:
 private:
     void startAsAFirstLaunch();
 
-    std::array<bool, 5> savedFlags_{};
+    std::array<bool, kFirstLaunchFlagCount> savedFlags_{};
     std::optional<TestFolder> folder_;
     std::string root_;
     DeviceRootScope rootScope_;

@@ -1,0 +1,47 @@
+#include "items/PhotoVideoManager.h"
+
+namespace stowhaven {
+
+PhotoVideoManager& PhotoVideoManager::shared() {
+    static PhotoVideoManager manager;
+    return manager;
+}
+
+void PhotoVideoManager::setPhotoVideoAlbums(Albums albums, bool allAccounted) {
+    albums_.set(std::move(albums));
+    fAllAccounted_ = allAccounted;
+}
+
+double PhotoVideoManager::totalPhotoSize() const {
+    return albums_.with([](const Albums& albums) { return AlbumTotals::photoSize(albums, false); });
+}
+
+double PhotoVideoManager::selectedPhotoSize() const {
+    return albums_.with([](const Albums& albums) { return AlbumTotals::photoSize(albums, true); });
+}
+
+double PhotoVideoManager::totalVideoSize() const {
+    return albums_.with([](const Albums& albums) { return AlbumTotals::videoSize(albums, false); });
+}
+
+double PhotoVideoManager::selectedVideoSize() const {
+    return albums_.with([](const Albums& albums) { return AlbumTotals::videoSize(albums, true); });
+}
+
+std::size_t PhotoVideoManager::totalPhotoCount() const {
+    return albums_.with([](const Albums& albums) { return AlbumTotals::photoCount(albums, false); });
+}
+
+std::size_t PhotoVideoManager::selectedPhotoCount() const {
+    return albums_.with([](const Albums& albums) { return AlbumTotals::photoCount(albums, true); });
+}
+
+std::size_t PhotoVideoManager::totalVideoCount() const {
+    return albums_.with([](const Albums& albums) { return AlbumTotals::videoCount(albums, false); });
+}
+
+std::size_t PhotoVideoManager::selectedVideoCount() const {
+    return albums_.with([](const Albums& albums) { return AlbumTotals::videoCount(albums, true); });
+}
+
+}  // namespace stowhaven

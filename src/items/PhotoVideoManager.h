@@ -1,0 +1,44 @@
+#pragma once
+
+#include "items/AlbumTotals.h"
+#include "platform/dispatch/Monitored.h"
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+
+namespace stowhaven {
+
+// The albums of the device's photo library, each with its photos and videos accounted for.
+// One instance lives as long as the process. Until the library has been read it holds no
+// album and counts as not accounted for.
+class PhotoVideoManager {
+public:
+    using Albums = AlbumTotals::Albums;
+
+    static PhotoVideoManager& shared();
+
+    // A copy of the list, taken under its lock.
+    Albums photoVideoAlbums() const { return albums_.copy(); }
+    // The library's albums, once every one of them is accounted for.
+    void setPhotoVideoAlbums(Albums albums, bool allAccounted);
+    // Every album is measured and there is something to take.
+    bool isAllAcccounted() const { return fAllAccounted_; }
+
+    double totalPhotoSize() const;
+    double selectedPhotoSize() const;
+    double totalVideoSize() const;
+    double selectedVideoSize() const;
+    std::size_t totalPhotoCount() const;
+    std::size_t selectedPhotoCount() const;
+    std::size_t totalVideoCount() const;
+    std::size_t selectedVideoCount() const;
+
+private:
+    PhotoVideoManager() = default;
+
+    std::atomic<bool> fAllAccounted_{false};
+    Monitored<Albums> albums_;
+};
+
+}  // namespace stowhaven

@@ -1,0 +1,165 @@
+// Sessions made of the device's selection, stored on local storage, rolled over, and
+// carried to another device as a vCard.
+
+#include "core/DataToImport.h"
+#include "core/ModelClasses.h"
+#include "core/SessionHistory.h"
+#include "core/Text.h"
+#include "integration/core/CatalogueFixture.h"
+#include "platform/Strings.h"
+#include "platform/TemporaryDirectory.h"
+
+#include <algorithm>
+#include <mutex>
+#include <vector>
+
+namespace stowhaven {
+namespace {
+
+constexpr double kDay = 700000000;
+
+class SessionStoreTest : public test::CatalogueFixture {
+protected:
+    SessionStoreTest() {
+        for (const char* name : {"BACKUP_SUCCEEDED", "BACKUP_FAILED"}) {
+            observers_.push_back(NotificationCenter::defaultCenter().addObserver(
+                name, nullptr, [this](const Notification& notice) { outcomes_.push_back(notice.name); }));
+        }
+    }
+    ~SessionStoreTest() override {
+        for (const auto token : observers_) NotificationCenter::defaultCenter().removeObserver(token);
+    }
+
+    // Five sessions an hour apart on the storage, all of them read into the catalogue.
+    std::vector<std::string> loadFiveSessions() {
+        std::vector<std::string> names;
+        for (int hour = 0; hour < 5; ++hour) names.push_back(store(sessionOf(kDay + hour * 3600, "")));
+        manager().loadPackages();
+        engine_->retrieveRestOfBackupHistory();
+        return names;
+    }
+
+    std::vector<double> sessionDates() const {
+        std::vector<double> dates;
+        for (const auto& session : manager().backupSessions()) {
+            dates.push_back(session->sessionDate()->timeIntervalSinceReferenceDate());
+        }
+        return dates;
+    }
+
+    static std::shared_ptr<BackupSession> readBack(const std::string& name) {
+        const auto text = FileManager::contentsOfFile(localStoragePath() + "/" + name);
+        const auto root = text ? HistoryText::decode(*text, modelClasses()) : std::nullopt;
+        return root ? root->object<BackupSession>() : nullptr;
+    }
+
+    std::vector<std::string> outcomes_;
+
+private:
+    std::vector<NotificationCenter::ObserverToken> observers_;
+};
+
+TEST_F(SessionStoreTest, KeepingZeroSessionsKeepsThemAll) {
+    const auto names = loadFiveSessions();
+    scope_.supervisor().setMaximumBackupToKeep(0);
+    manager().rolloverBackups();
+    EXPECT_TRUE(std::all_of(names.begin(), names.end(), isStored));
+    EXPECT_EQ(manager().backupSessions().size(), 5u);
+}
+
+TEST_F(SessionStoreTest, KeepingThreeOfFiveRemovesTheTwoOldest) {
+    const auto names = loadFiveSessions();
+    scope_.supervisor().setMaximumBackupToKeep(3);
+    manager().rolloverBackups();
+    EXPECT_FALSE(isStored(names[0]) || isStored(names[1]));
+    EXPECT_TRUE(isStored(names[2]) && isStored(names[3]) && isStored(names[4]));
+    EXPECT_EQ(sessionDates(), (std::vector<double>{kDay + 2 * 3600, kDay + 3 * 3600, kDay + 4 * 3600}));
+    EXPECT_EQ(engine_->existingFiles(), (std::vector<std::string>{names[2], names[3], names[4]}));
+}
+
+TEST_F(SessionStoreTest, AHistoryFileWhoseNameGivesNoDateStaysAndCountsAgainstTheRollover) {
+    FileManager::writeFile(localStoragePath() + "/0000-notes.stowhvn", "kept by hand");
+    const auto names = loadFiveSessions();
+    scope_.supervisor().setMaximumBackupToKeep(3);
+    manager().rolloverBackups();
+    EXPECT_TRUE(isStored("0000-notes.stowhvn"));
+    EXPECT_FALSE(isStored(names[0]) || isStored(names[1]));
+    EXPECT_TRUE(isStored(names[2]));
+    EXPECT_EQ(manager().backupSessions().size(), 3u);
+}
+
+TEST_F(SessionStoreTest, ABackupOfPackagesAloneEndsWithItsHistoryFile) {
+    manager().loadPackages();
+    for (const auto& file : manager().currentPreferencesFiles()) file->setSelected(false);
+    manager().setBackupTitle("Before the upgrade");
+    const auto session = manager().createBackupSession(true);
+    manager().storeBackupData();
+
+    EXPECT_EQ(outcomes_, std::vector<std::string>{"BACKUP_SUCCEEDED"});
+    const std::string stamp = StorageLayout::stamp(*session->sessionDate());
+    EXPECT_FALSE(FileManager::fileExists(localStoragePath() + "/" + stamp)) << "no bulk data, no dated folder";
+    const auto stored = readBack(stamp + ".stowhvn");
+    ASSERT_TRUE(stored);
+    EXPECT_EQ(stored->title(), "Before the upgrade");
+    EXPECT_EQ(stored->nbPackages(), 4);
+    EXPECT_EQ(textutil::split(stored->rawData().value_or(""), '\n').size(), 5u) << "four lines and the last break";
+    EXPECT_FALSE(manager().backupTitle()) << "a title serves one backup";
+}
+
+TEST_F(SessionStoreTest, AnEncryptedSessionKeepsTheKeysCipherAndAPlainHistory) {
+    manager().loadPackages();
+    manager().setBackupTitle("Locked");
+    manager().setEncryptionKey("correct horse");
+    const auto session = manager().createBackupSession(true);
+    manager().storeBackupData();
+
+    const auto stored = readBack(StorageLayout::historyFileName(*session->sessionDate()));
+    ASSERT_TRUE(stored) << "the history itself is never enciphered on a file engine";
+    EXPECT_EQ(stored->title(), "\xf0\x9f\x94\x92 Locked");
+    EXPECT_TRUE(stored->isValidEncryptionKey("correct horse"));
+    EXPECT_FALSE(stored->isValidEncryptionKey("wrong horse"));
+}
+
+TEST_F(SessionStoreTest, ACanceledJobUploadsNothing) {
+    manager().loadPackages();
+    manager().createBackupSession(true);
+    scope_.supervisor().handleProgressCanceled();
+    manager().storeBackupData();
+    EXPECT_EQ(outcomes_, std::vector<std::string>{"BACKUP_FAILED"});
+    EXPECT_TRUE(engine_->existingFiles().empty());
+    scope_.supervisor().resetCancelStatus();
+}
+
+TEST_F(SessionStoreTest, TheStatusCountsWhatTheNextBackupTakes) {
+    manager().loadPackages();
+    manager().currentPackages().front()->setBackupSelected(false);
+    const std::string status = manager().getBriefSystemStatus().plainText();
+    EXPECT_NE(status.find("- 3/4 Cydia packages\n"), std::string::npos) << status;
+    EXPECT_NE(status.find("- 0 Apple™ stock app data sets\n"), std::string::npos) << "no data scan is on";
+    EXPECT_NE(status.find("- 0 App Store apps\n"), std::string::npos) << status;
+}
+
+TEST_F(SessionStoreTest, AVCardOfTheCurrentSessionImportsOnAnotherDevice) {
+    store(sessionOf(kDay, "Tweak\tcom.example.tweak\t1.0\tme\tTweaks\tmobilesubstrate\n"));
+    manager().loadPackages();
+    manager().currentBackupSession()->setTitle("Shared");
+    manager().emailABRecordData();
+    const std::string vCard = TemporaryDirectory::path() + "/Stow Haven.vcf";
+    ASSERT_TRUE(FileManager::isRegularFile(vCard));
+    const std::string handedIn = device_.root() + "/../handed-in.vcf";
+    ASSERT_TRUE(FileManager::copyItem(vCard, handedIn));
+
+    manager().resetAllData();
+    DataToImport::setURL("file://" + handedIn);
+    manager().importData();
+
+    const auto imported = manager().currentBackupSession();
+    ASSERT_TRUE(imported);
+    EXPECT_EQ(imported->title(), "Shared [IMPORTED DATA]!");
+    EXPECT_EQ(manager().oldPackages().size(), 1u);
+    EXPECT_FALSE(DataToImport::url());
+    EXPECT_TRUE(FileManager::isRegularFile(handedIn)) << "the handed-in file stays";
+}
+
+}  // namespace
+}  // namespace stowhaven
