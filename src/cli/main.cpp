@@ -1,8 +1,10 @@
+#include "cli/HistoryCommand.h"
 #include "cli/HistoryViewCommand.h"
 #include "cli/ItemsCommand.h"
 #include "cli/OpenCommand.h"
 #include "cli/PackagesCommand.h"
 #include "cli/SettingsCommand.h"
+#include "cli/StatusCommand.h"
 #include "cli/StorageCommand.h"
 #include "cli/TerminalAlertPresenter.h"
 #include "core/LanguageOrder.h"
@@ -70,11 +72,20 @@ int main(int argc, char** argv) {
     items->add_flag("--json", itemsAsJson, "As JSON");
 
     std::string historyFile;
-    bool historyAsJson = false;
+    bool historyViewAsJson = false;
     CLI::App* historyView =
         app.add_subcommand("inspect", "Show the sessions of a history file, an address-book note or a vCard");
     historyView->add_option("file", historyFile, "A .stowhvn file, a note's text or a .vcf file")->required();
-    historyView->add_flag("--json", historyAsJson, "In JSON, keyed as the archive keys it");
+    historyView->add_flag("--json", historyViewAsJson, "In JSON, keyed as the archive keys it");
+
+    bool statusAsJson = false;
+    CLI::App* statusCommand =
+        app.add_subcommand("status", "Load as at start and show the device, the storage and the session");
+    statusCommand->add_flag("--json", statusAsJson, "In JSON");
+
+    bool historyAsJson = false;
+    CLI::App* history = app.add_subcommand("history", "List the sessions on the current storage, newest first");
+    history->add_flag("--json", historyAsJson, "In JSON");
 
     CLI::App* storage = app.add_subcommand("storage", "Show the storage engine, or choose another");
     std::optional<std::string> storageEngine;
@@ -120,7 +131,10 @@ int main(int argc, char** argv) {
         if (open->parsed()) status = OpenCommand::run(delegate, openTarget, std::cout, std::cerr);
         if (items->parsed()) status = ItemsCommand::run(itemsAsJson, std::cout, std::cerr);
         if (storage->parsed()) status = StorageCommand::run(storageEngine, std::cout, std::cerr);
-        if (historyView->parsed()) status = HistoryViewCommand::run(historyFile, historyAsJson, std::cout, std::cerr);
+        if (statusCommand->parsed()) status = StatusCommand::run(statusAsJson, std::cout, std::cerr);
+        if (history->parsed()) status = HistoryCommand::run(historyAsJson, std::cout, std::cerr);
+        if (historyView->parsed())
+            status = HistoryViewCommand::run(historyFile, historyViewAsJson, std::cout, std::cerr);
         delegate.applicationDidEnterBackground(status);
     });
     MainQueue::shared().run();

@@ -149,22 +149,27 @@ void CydiaFileManager::backupOptionsIn(BackupSession& session) {
             cydia && cydia->isDictionary() ? valueForKey(*cydia->asDictionary(), "Sections") : nullptr;
         session.setCydiaSections(sections ? *sections : PlistValue());
     });
-    currentPreferencesFiles_.with([&](const PreferenceFiles& files) {
-        if (files.empty()) return;
-        supervisor.notifyProgress(std::nullopt, "Saving user preferences file(s)");
+    const auto addSelected = [&session, &supervisor](
+                                 const PreferenceFiles& files, const char* progress,
+                                 void (BackupSession::*add)(const std::shared_ptr<PreferenceFile>&)) {
+        if (files.empty()) return std::size_t{0};
+        supervisor.notifyProgress(std::nullopt, progress);
+        std::size_t added = 0;
         for (const auto& file : files) {
-            if (file->isSelected()) session.addPreferenceFile(file);
+            if (!file->isSelected()) continue;
+            (session.*add)(file);
+            ++added;
         }
-        SH_LOG("# preferencesFiles: {}", session.preferencesData().value_or(BackupSession::FileData{}).size());
+        return added;
+    };
+    const std::size_t preferences = currentPreferencesFiles_.with([&](const PreferenceFiles& files) {
+        return addSelected(files, "Saving user preferences file(s)", &BackupSession::addPreferenceFile);
     });
-    currentSpringBoardData_.with([&](const PreferenceFiles& files) {
-        if (files.empty()) return;
-        supervisor.notifyProgress(std::nullopt, "Saving user springboard file(s)");
-        for (const auto& file : files) {
-            if (file->isSelected()) session.addSpringboardFile(file);
-        }
-        SH_LOG("# springBoardData: {}", session.springBoardData().value_or(BackupSession::FileData{}).size());
+    SH_LOG("# preferencesFiles: {}", preferences);
+    const std::size_t springboard = currentSpringBoardData_.with([&](const PreferenceFiles& files) {
+        return addSelected(files, "Saving user springboard file(s)", &BackupSession::addSpringboardFile);
     });
+    SH_LOG("# springBoardData: {}", springboard);
 }
 
 void CydiaFileManager::storeBackupData() {

@@ -1,0 +1,82 @@
+// "stowhaven status" and "stowhaven history" on a sandbox device with local storage.
+
+#include "archive/HistoryText.h"
+#include "core/BackupSession.h"
+#include "platform/FileManager.h"
+#include "storage/StorageLayout.h"
+#include "support/ProgramRun.h"
+#include "support/SandboxDevice.h"
+#include "support/SupervisorScope.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace stowhaven {
+namespace {
+
+constexpr const char* kStorageFolder = "/var/mobile/Library/Preferences/Stowhaven";
+
+class StatusAndHistoryProgramTest : public ::testing::Test {
+protected:
+    StatusAndHistoryProgramTest() {
+        EXPECT_EQ(run("settings AutoScanPkgEnabled true").status, 0);
+        FileManager::createDirectory(device_.path(kStorageFolder), true);
+    }
+
+    test::ProgramOutcome run(const std::string& arguments) const {
+        return test::runProgram("--root " + device_.root() + " " + arguments);
+    }
+
+    // A session of that date with that title and one package, on the device's local storage.
+    void store(double date, const std::string& title) const {
+        const test::SupervisorScope scope(device_.root());
+        auto session = std::make_shared<BackupSession>();
+        session->setSessionDate(Date(date));
+        session->setTitle(title);
+        session->setRawData("Tweak\tcom.example.tweak\t1.0\tme\tTweaks\tmobilesubstrate\n");
+        FileManager::writeFile(device_.path(kStorageFolder) + "/" + StorageLayout::historyFileName(Date(date)),
+                               *HistoryText::encode(ArchiveValue(session)));
+    }
+
+    const test::SandboxDevice device_{"minimal"};
+};
+
+TEST_F(StatusAndHistoryProgramTest, TheStatusShowsTheDeviceTheStorageAndTheNewestSession) {
+    store(700000000, "Before the upgrade");
+    store(700086400, "After the upgrade");
+    const auto outcome = run("status --json");
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    const auto status = nlohmann::json::parse(outcome.output);
+    EXPECT_EQ(status["storage"]["type"], 5);
+    EXPECT_EQ(status["session"]["title"], "After the upgrade");
+    EXPECT_EQ(status["session"]["packages"], 1);
+    EXPECT_EQ(status["message"], nullptr);
+    EXPECT_EQ(status["status"][1], "- 4/4 Cydia packages") << status.dump();
+}
+
+TEST_F(StatusAndHistoryProgramTest, WithoutAHistoryTheStatusSaysSo) {
+    const auto outcome = run("status");
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    EXPECT_NE(outcome.output.find("Current session: none\nNo previous backup was found."), std::string::npos)
+        << outcome.output;
+}
+
+TEST_F(StatusAndHistoryProgramTest, TheHistoryListsEverySessionNewestFirst) {
+    store(700000000, "First");
+    store(700086400, "Second");
+    store(700172800, "Third");
+    const auto outcome = run("history --json");
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    const auto history = nlohmann::json::parse(outcome.output);
+    ASSERT_EQ(history.size(), 3u) << history.dump();
+    EXPECT_EQ(history[0]["title"], "Third");
+    EXPECT_EQ(history[2]["title"], "First");
+    EXPECT_EQ(history[2]["date"], "2023-03-08T20:26:40Z");
+
+    const auto text = run("history");
+    EXPECT_NE(text.output.find("3 session(s) on local storage\n2023-03-10T20:26:40Z  \"Third\""), std::string::npos)
+        << text.output;
+}
+
+}  // namespace
+}  // namespace stowhaven
