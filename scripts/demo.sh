@@ -7,4 +7,5 @@ cmake -S . -B build -G Ninja >/dev/null
 cmake --build build --target stowhaven
 rm -rf demo-device
 scripts/make-device demo-device
-build/stowhaven --root demo-device packages
+build/stowhaven --root demo-device settings AutoScanPkgEnabled true
+build/stowhaven --root demo-device status
