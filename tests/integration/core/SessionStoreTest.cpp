@@ -6,6 +6,7 @@
 #include "core/SessionHistory.h"
 #include "core/Text.h"
 #include "integration/core/CatalogueFixture.h"
+#include "items/PhotoVideoManager.h"
 #include "platform/Strings.h"
 #include "platform/TemporaryDirectory.h"
 
@@ -128,6 +129,32 @@ TEST_F(SessionStoreTest, ACanceledJobUploadsNothing) {
     EXPECT_EQ(outcomes_, std::vector<std::string>{"BACKUP_FAILED"});
     EXPECT_TRUE(engine_->existingFiles().empty());
     scope_.supervisor().resetCancelStatus();
+}
+
+TEST_F(SessionStoreTest, ABackupTakesTheAlbumsWhosePhotosAreChosen) {
+    auto holidays = std::make_shared<PhotoVideoAlbum>("Holidays");
+    holidays->setPhotos({"IMG_0001.JPG", "IMG_0002.JPG"});
+    holidays->setPhotoSize(4.5);
+    holidays->setPhotoSelected(true);
+    auto work = std::make_shared<PhotoVideoAlbum>("Work");
+    work->setVideos({"IMG_0003.MOV"});
+    work->setVideoSize(30);
+    PhotoVideoManager::shared().setPhotoVideoAlbums({holidays, work}, true);
+    gAutoScanStockAppsEnabled = true;
+    gAutoScanPhotosEnabled = true;
+    gAutoScanVideosEnabled = true;
+
+    manager().loadPackages();
+    EXPECT_EQ(manager().countAppleStockApps(), 1) << "the chosen photos; the device has no other data";
+    const auto session = manager().createBackupSession(true);
+    PhotoVideoManager::shared().setPhotoVideoAlbums({}, false);
+
+    EXPECT_TRUE(session->hasPhotosData());
+    EXPECT_EQ(session->photosDataSize(), 4.5);
+    EXPECT_FALSE(session->hasVideosData());
+    ASSERT_TRUE(session->photoVideoAlbums());
+    ASSERT_EQ(session->photoVideoAlbums()->size(), 1u);
+    EXPECT_EQ(session->photoVideoAlbums()->front()->name(), "Holidays");
 }
 
 TEST_F(SessionStoreTest, TheStatusCountsWhatTheNextBackupTakes) {
