@@ -7,6 +7,7 @@
 #include "items/AlbumTotals.h"
 #include "items/Application.h"
 #include "items/ArchivableFolder.h"
+#include "items/DeviceItems.h"
 #include "items/PhotoVideoAlbum.h"
 #include "items/PreferenceFile.h"
 #include "items/RepositorySource.h"
@@ -29,7 +30,6 @@ namespace stowhaven {
 namespace {
 
 // The package manager's own settings, which a session always keeps inline.
-constexpr std::string_view kCydiaPreferencesFile = "/mobile/Library/Preferences/com.saurik.Cydia.plist";
 constexpr std::string_view kOwnIdentifier = "com.larkmoor.stowhaven";
 
 // The system's file-attribute keys, as the session records them.
@@ -103,8 +103,7 @@ void BackupSession::addRepositorySource(const std::shared_ptr<RepositorySource>&
 
 void BackupSession::sortRepositorySources() {
     if (!repositorySources_) return;
-    std::stable_sort(repositorySources_->begin(), repositorySources_->end(),
-                     [](const auto& a, const auto& b) { return a->compare(*b) < 0; });
+    sortByCompare(*repositorySources_);
 }
 
 void BackupSession::addFile(std::optional<FileData>& store, const std::string& path, PlistValue content) {
@@ -125,8 +124,7 @@ void BackupSession::addPreferenceFile(const std::shared_ptr<PreferenceFile>& fil
         SH_LOG("Error <{}> while reading <{}>", error, path);
         return;
     }
-    const bool keptInline =
-        Supervisor::shared().isStorageAddressbook() || path == "/var" + std::string(kCydiaPreferencesFile);
+    const bool keptInline = Supervisor::shared().isStorageAddressbook() || path == DeviceItems::kCydiaPreferencesPath;
     addFile(preferencesData_, path, keptInline ? PlistValue::data(*bytes) : PlistValue());
     {
         std::lock_guard lock(preferencesFileObjectsMutex_);
@@ -246,7 +244,7 @@ void BackupSession::buildRepositorySourceObjects(const std::vector<std::string>&
         sources.push_back(std::make_shared<RepositorySource>(PlistValue::Dictionary{
             {"URI", link}, {"Type", "deb"}, {"Distribution", "./"}, {"Sections", PlistValue::Array{}}}));
     }
-    std::stable_sort(sources.begin(), sources.end(), [](const auto& a, const auto& b) { return a->compare(*b) < 0; });
+    sortByCompare(sources);
     repositorySources_ = std::move(sources);
 }
 

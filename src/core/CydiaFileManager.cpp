@@ -38,10 +38,18 @@ bool anySelected(const Items& items) {
     return std::any_of(items.begin(), items.end(), [](const auto& item) { return item->isSelected(); });
 }
 
+// The top-level packages that are selected for the direction, such as isBackupSelected.
+auto selectedFor(PackageSection::PackageState state) {
+    return [state](const auto& package) { return package->isTopLevel() && (*package.*state)(); };
+}
+
 bool anyPackageSelected(const CydiaFileManager::Packages& packages, bool backup) {
-    return std::any_of(packages.begin(), packages.end(), [backup](const auto& package) {
-        return package->isTopLevel() && (backup ? package->isBackupSelected() : package->isRestoreSelected());
-    });
+    return std::any_of(packages.begin(), packages.end(),
+                       selectedFor(backup ? &CydiaFile::isBackupSelected : &CydiaFile::isRestoreSelected));
+}
+
+std::size_t countSelected(const CydiaFileManager::Packages& packages, PackageSection::PackageState state) {
+    return static_cast<std::size_t>(std::count_if(packages.begin(), packages.end(), selectedFor(state)));
 }
 
 template <typename Items>
@@ -131,10 +139,6 @@ std::shared_ptr<CydiaFile> CydiaFileManager::createCydiaFileFrom(const std::stri
     });
 }
 
-void CydiaFileManager::sortSessions(Sessions& sessions) {
-    std::stable_sort(sessions.begin(), sessions.end(), [](const auto& a, const auto& b) { return a->compare(*b) < 0; });
-}
-
 void CydiaFileManager::resetAllData() {
     currentPackages_.set({});
     allPackages_.set({});
@@ -157,19 +161,13 @@ void CydiaFileManager::resetOldData() {
 // Measures.
 
 std::size_t CydiaFileManager::countCurrentPackages() {
-    return currentPackages_.with([](const Packages& packages) {
-        return static_cast<std::size_t>(std::count_if(packages.begin(), packages.end(), [](const auto& package) {
-            return package->isBackupSelected() && package->isTopLevel();
-        }));
-    });
+    return currentPackages_.with(
+        [](const Packages& packages) { return countSelected(packages, &CydiaFile::isBackupSelected); });
 }
 
 std::size_t CydiaFileManager::countRestorePackages() {
-    return oldPackages_.with([](const Packages& packages) {
-        return static_cast<std::size_t>(std::count_if(packages.begin(), packages.end(), [](const auto& package) {
-            return package->isRestoreSelected() && package->isTopLevel();
-        }));
-    });
+    return oldPackages_.with(
+        [](const Packages& packages) { return countSelected(packages, &CydiaFile::isRestoreSelected); });
 }
 
 CydiaFileManager::Packages CydiaFileManager::selectedRestorePackages() {

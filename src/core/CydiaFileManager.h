@@ -6,6 +6,7 @@
 #include "core/PackageSection.h"
 #include "core/StyledText.h"
 #include "items/Application.h"
+#include "items/DeviceItems.h"
 #include "items/PreferenceFile.h"
 #include "items/RepositorySource.h"
 #include "platform/dispatch/Monitored.h"
@@ -230,8 +231,6 @@ private:
     // Adds a session and sorts, unless one of its second is there.
     void addSessionSorted(const std::shared_ptr<BackupSession>& session);
     void removeLastBackupSession();
-    // By date, the newest last.
-    static void sortSessions(Sessions& sessions);
     // The albums' selected sizes into the photo and video data sets.
     void copySelectedAlbumSizes() const;
     void takeDataChoicesInto(BackupSession& session);
@@ -281,7 +280,7 @@ std::string CydiaFileManager::stringCountFrom(const Items& items, const std::str
     for (const auto& item : items) selected += item->isSelected() ? 1 : 0;
     auto total = static_cast<long long>(items.size());
     // The package manager's own settings file is no choice of the user's.
-    if (items.back()->name().ends_with("com.saurik.Cydia.plist")) {
+    if (items.back()->name().ends_with(DeviceItems::kCydiaPreferencesName)) {
         --selected;
         --total;
     }

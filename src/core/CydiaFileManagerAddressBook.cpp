@@ -163,7 +163,7 @@ void CydiaFileManager::storeBackupDataInAddressbook() {
     if (supervisor.isCanceled()) return;
     ok = records->saveABRecordChange() && ok;
     fSaveDataOk_ = ok;
-    if (const std::string usage = supervisor.memoryUsageString(); !usage.empty()) SH_LOG("{}", usage);
+    supervisor.logMemoryUsage();
     supervisor.removeTemporaryFolders();
     supervisor.removeTemporaryFiles();
     if (ok) {

@@ -21,7 +21,6 @@ namespace stowhaven {
 
 namespace {
 
-constexpr const char* kCydiaPreferencesName = "com.saurik.Cydia.plist";
 constexpr const char* kStockDataFolder = "/var/mobile/Library";
 
 struct StockDataFolder {
@@ -207,7 +206,7 @@ void CydiaFileManager::buildPreferencesData() {
     if (!session) return;
     PreferenceFiles files = session->preferencesFileObjects();
     std::erase_if(files, [](const auto& file) {
-        const bool cydia = std::filesystem::path(file->name()).filename() == kCydiaPreferencesName;
+        const bool cydia = std::filesystem::path(file->name()).filename() == DeviceItems::kCydiaPreferencesName;
         if (cydia) file->setSelected(true);
         return cydia;
     });
@@ -221,7 +220,7 @@ void CydiaFileManager::buildSpringboardData() {
 }
 
 void CydiaFileManager::sortLists() {
-    backupSessions_.with(sortSessions);
+    backupSessions_.with([](Sessions& sessions) { sortByCompare(sessions); });
     const auto byName = [](Packages& packages) {
         std::stable_sort(packages.begin(), packages.end(),
                          [](const auto& a, const auto& b) { return a->compareByName(*b) < 0; });

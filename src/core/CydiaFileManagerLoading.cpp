@@ -127,7 +127,7 @@ void CydiaFileManager::processBackupData(const Sessions& sessions, bool withNoti
                 if (session->sessionDate() && hasBackupSessionDatedOn(*session->sessionDate())) continue;
                 known.push_back(session);
             }
-            sortSessions(known);
+            sortByCompare(known);
             return known.size();
         });
     }
@@ -194,7 +194,7 @@ void CydiaFileManager::addSessionSorted(const std::shared_ptr<BackupSession>& se
             std::any_of(sessions.begin(), sessions.end(), [&](const auto& other) { return other->isEqual(*session); });
         if (known) return;
         sessions.push_back(session);
-        sortSessions(sessions);
+        sortByCompare(sessions);
     });
 }
 

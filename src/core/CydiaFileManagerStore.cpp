@@ -10,11 +10,10 @@
 #include "core/Supervisor.h"
 #include "core/Text.h"
 #include "items/ArchivableFolders.h"
+#include "items/DeviceItems.h"
 #include "items/PhotoVideoManager.h"
-#include "platform/DeviceRoot.h"
 #include "platform/Log.h"
 #include "platform/Strings.h"
-#include "platform/plist/PlistCodec.h"
 #include "storage/StorageLayout.h"
 
 #include <fmt/format.h>
@@ -24,8 +23,6 @@
 namespace stowhaven {
 
 namespace {
-
-constexpr const char* kCydiaPreferences = "/var/mobile/Library/Preferences/com.saurik.Cydia.plist";
 
 struct FileEngineRoute {
     bool (Supervisor::*isCurrent)() const;
@@ -38,10 +35,6 @@ constexpr FileEngineRoute kFileEngineRoutes[] = {
     {&Supervisor::isStorageFTP, "\tIN FTP™..."},           {&Supervisor::isStorageGDrive, "\tIN GDrive™..."},
     {&Supervisor::isStorageLocal, "\tLocally..."},         {&Supervisor::isStorageOwnCloud, "\tIN OwnCloud™..."},
     {&Supervisor::isStorageSkyDrive, "\tIN OneDrive™..."}, {&Supervisor::isStorageSugarSync, "\tIN SugarSync™..."}};
-
-void logMemoryUse() {
-    if (const std::string usage = Supervisor::shared().memoryUsageString(); !usage.empty()) SH_LOG("{}", usage);
-}
 
 void postBackupFailed() { NotificationCenter::defaultCenter().post("BACKUP_FAILED"); }
 
@@ -144,10 +137,7 @@ void CydiaFileManager::backupOptionsIn(BackupSession& session) {
             if (source->isSelected()) session.addRepositorySource(source);
         }
         SH_LOG("# userRepoSources: {}", session.repositorySources().value_or(Sources{}).size());
-        const auto cydia = PlistCodec::readFile(DeviceRoot::path(kCydiaPreferences));
-        const PlistValue* sections =
-            cydia && cydia->isDictionary() ? valueForKey(*cydia->asDictionary(), "Sections") : nullptr;
-        session.setCydiaSections(sections ? *sections : PlistValue());
+        session.setCydiaSections(DeviceItems::cydiaSections());
     });
     const auto addSelected = [&session, &supervisor](
                                  const PreferenceFiles& files, const char* progress,
@@ -196,8 +186,8 @@ void CydiaFileManager::storeBackupData() {
 // The history file is never enciphered on a file engine, an encrypted session's neither.
 // A failed upload posts its failure and goes on all the same, as the pipeline expects.
 void CydiaFileManager::uploadToCloud(const std::shared_ptr<BackupSession>& session) {
-    logMemoryUse();
     Supervisor& supervisor = Supervisor::shared();
+    supervisor.logMemoryUsage();
     if (supervisor.isCanceled()) {
         postBackupFailed();
         return;
@@ -241,7 +231,7 @@ bool CydiaFileManager::shouldCreateDatedDirectory() {
 }
 
 void CydiaFileManager::createDirectoryDated() {
-    logMemoryUse();
+    Supervisor::shared().logMemoryUsage();
     const Sessions sessions = backupSessions();
     {
         std::lock_guard lock(mutex_);
@@ -342,7 +332,7 @@ void CydiaFileManager::handleDataReceived(const Notification& notification) {
     const auto session = *received;
     backupSessions_.with([&](Sessions& sessions) {
         sessions.push_back(session);
-        sortSessions(sessions);
+        sortByCompare(sessions);
     });
     Supervisor& supervisor = Supervisor::shared();
     if (supervisor.isStorageAddressbook()) {
@@ -362,7 +352,7 @@ void CydiaFileManager::handleDropboxDataReceived(const Notification& notificatio
     if (!session) return;
     backupSessions_.with([&](Sessions& sessions) {
         sessions.push_back(session);
-        sortSessions(sessions);
+        sortByCompare(sessions);
     });
 }
 

@@ -56,7 +56,7 @@ void Supervisor::resetForTesting() {
 
 Supervisor::Supervisor() : version_(STOWHAVEN_VERSION), exitHandler_(ProcessControl::exit) {
     SH_LOG("{} ({}) {}", kBundleIdentifier, kDisplayName, version_);
-    if (const std::string usage = memoryUsageString(); !usage.empty()) SH_LOG("{}", usage);
+    logMemoryUsage();
     NotificationCenter& center = NotificationCenter::defaultCenter();
     foregroundObserver_ = center.addObserver(kApplicationWillEnterForegroundNotification, nullptr,
                                              [this](const Notification&) { refreshFreeSpace(); });
@@ -132,6 +132,10 @@ std::string Supervisor::memoryUsageString() const {
     }
     return fmt::format("Memory stats: {}M Total\t{}M Used\t{}M Free", megabytesOf(statistics->totalBytes),
                        megabytesOf(statistics->usedBytes), megabytesOf(statistics->freeBytes));
+}
+
+void Supervisor::logMemoryUsage() const {
+    if (const std::string usage = memoryUsageString(); !usage.empty()) SH_LOG("{}", usage);
 }
 
 void Supervisor::setExitHandler(ExitHandler handler) {

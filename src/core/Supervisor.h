@@ -195,6 +195,8 @@ public:
     bool isVibrateEnabled() const { return fVibrateEnabled_; }
     // Empty when the statistics can't be read.
     std::string memoryUsageString() const;
+    // Writes it to the log, where it can be read.
+    void logMemoryUsage() const;
 
     // Mail, composed on the main queue. The caller is the screen that presents the
     // composition and its outcome; without one nothing is composed.

@@ -198,7 +198,7 @@ void Application::setDocsAndLibsDirSizes(const DataContainers& dataContainers) {
 
 double Application::totalSize() {
     if (documentsDirSize_ < 0 || libraryDirSize_ < 0) {
-        setDocsAndLibsDirSizes(hasDataContainers() ? DataContainers::read() : DataContainers());
+        setDocsAndLibsDirSizes(DataContainers::read());
     }
     return totalBytes_ / FileSizes::kBytesPerMegabyte;
 }

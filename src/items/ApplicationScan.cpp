@@ -94,7 +94,7 @@ ApplicationScan::Applications ApplicationScan::buildListOfApplications(
     const std::vector<std::string> plists = infoPlistsIn(folder);
     SH_LOG("{} applications...", plists.size());
     Application::initializeDefaults();
-    const DataContainers containers = Application::hasDataContainers() ? DataContainers::read() : DataContainers();
+    const DataContainers containers = DataContainers::read();
 
     Applications applications;
     for (const std::string& plist : plists) {

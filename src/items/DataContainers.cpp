@@ -1,5 +1,6 @@
 #include "items/DataContainers.h"
 
+#include "items/Application.h"
 #include "platform/DeviceRoot.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
@@ -30,6 +31,7 @@ DataContainers::DataContainers(std::vector<std::string> paths) : paths_(std::mov
 }
 
 DataContainers DataContainers::read() {
+    if (!Application::hasDataContainers()) return {};
     std::string error;
     const auto names = FileManager::contentsOfDirectory(DeviceRoot::path(kDataContainersFolder), &error);
     if (!names) {

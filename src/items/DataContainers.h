@@ -18,7 +18,8 @@ public:
     DataContainers() = default;
     // The containers at those device paths, in that order.
     explicit DataContainers(std::vector<std::string> paths);
-    // The device's containers, read anew.
+    // The device's containers, read anew; none on a system that keeps data beside the
+    // bundles.
     static DataContainers read();
 
     bool empty() const { return paths_.empty(); }

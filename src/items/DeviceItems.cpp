@@ -18,13 +18,20 @@ namespace {
 constexpr std::array<const char*, 3> kPreferenceFolders = {"/var/mobile/Library/Preferences", "/var/preferences",
                                                            "/var/preferences/SystemConfiguration"};
 constexpr const char* kSpringboardFolder = "/var/mobile/Library/SpringBoard";
-constexpr const char* kCydiaPreferences = "/var/mobile/Library/Preferences/com.saurik.Cydia.plist";
 
 std::optional<std::vector<std::string>> listed(const std::string& folder) {
     std::string error;
     auto names = FileManager::contentsOfDirectory(DeviceRoot::path(folder), &error);
     if (!names) SH_LOG("Couldn't get the contents of directory <{}>! Error: {}", folder, error);
     return names;
+}
+
+// A value of the package manager's settings; none when they or it can't be read.
+std::optional<PlistValue> cydiaSetting(std::string_view key) {
+    const auto settings = PlistCodec::readFile(DeviceRoot::path(DeviceItems::kCydiaPreferencesPath));
+    const auto* entries = settings ? settings->asDictionary() : nullptr;
+    const PlistValue* value = entries ? valueForKey(*entries, key) : nullptr;
+    return value ? std::optional(*value) : std::nullopt;
 }
 
 bool isRegularFile(const std::string& devicePath) {
@@ -43,14 +50,14 @@ DeviceItems::PreferenceFiles DeviceItems::preferenceFiles() {
             const std::string path = std::string(folder) + "/" + name;
             if (std::filesystem::path(name).extension() != ".plist" || !isRegularFile(path)) continue;
             auto file = std::make_shared<PreferenceFile>(path, ArchiveValue());
-            if (path == kCydiaPreferences) {
+            if (path == kCydiaPreferencesPath) {
                 file->setSelected(true);
                 file->selectStateForOperation(true);
             }
             files.push_back(std::move(file));
         }
     }
-    std::stable_sort(files.begin(), files.end(), [](const auto& a, const auto& b) { return a->compare(*b) < 0; });
+    sortByCompare(files);
     return files;
 }
 
@@ -70,11 +77,9 @@ DeviceItems::PreferenceFiles DeviceItems::springboardFiles() {
 }
 
 DeviceItems::Sources DeviceItems::repositorySources() {
-    const auto settings = PlistCodec::readFile(DeviceRoot::path(kCydiaPreferences));
-    const auto* entries = settings ? settings->asDictionary() : nullptr;
-    const PlistValue* sources = entries ? valueForKey(*entries, "CydiaSources") : nullptr;
+    const auto sources = cydiaSetting("CydiaSources");
     if (!sources || !sources->isDictionary()) {
-        SH_LOG("Couldn't read current user repos @ <{}>!", kCydiaPreferences);
+        SH_LOG("Couldn't read current user repos @ <{}>!", kCydiaPreferencesPath);
         return {};
     }
     Sources found;
@@ -87,5 +92,7 @@ DeviceItems::Sources DeviceItems::repositorySources() {
     }
     return found;
 }
+
+PlistValue DeviceItems::cydiaSections() { return cydiaSetting("Sections").value_or(PlistValue()); }
 
 }  // namespace stowhaven

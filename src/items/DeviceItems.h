@@ -15,6 +15,10 @@ public:
     using PreferenceFiles = std::vector<std::shared_ptr<PreferenceFile>>;
     using Sources = std::vector<std::shared_ptr<RepositorySource>>;
 
+    // The package manager's own settings, which every backup keeps.
+    static constexpr const char* kCydiaPreferencesName = "com.saurik.Cydia.plist";
+    static constexpr const char* kCydiaPreferencesPath = "/var/mobile/Library/Preferences/com.saurik.Cydia.plist";
+
     // The property lists of the three preference folders, sorted by name; the package
     // manager's own list always selected. None when a folder can't be listed.
     static PreferenceFiles preferenceFiles();
@@ -22,6 +26,8 @@ public:
     static PreferenceFiles springboardFiles();
     // The package manager's sources, but the "stable" one of the system's own source.
     static Sources repositorySources();
+    // The package manager's sections, as its settings keep them; null without any.
+    static PlistValue cydiaSections();
 };
 
 }  // namespace stowhaven

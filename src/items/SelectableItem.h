@@ -49,7 +49,8 @@ private:
     std::string name_;
 };
 
-// Sorts items of any SelectableItem class by compare(), keeping the order of equals.
+// Sorts shared objects by their compare(), keeping the order of equals: items of any
+// SelectableItem class, sessions by date.
 template <typename Items>
 void sortByCompare(Items& items) {
     std::stable_sort(items.begin(), items.end(), [](const auto& a, const auto& b) { return a->compare(*b) < 0; });
