@@ -2,6 +2,7 @@
 
 #include "core/CydiaFileManager.h"
 #include "core/Supervisor.h"
+#include "items/ArchivableFolders.h"
 #include "platform/dispatch/GlobalQueue.h"
 #include "platform/dispatch/MainQueue.h"
 #include "storage/StorageEngineFactory.h"
@@ -31,6 +32,8 @@ bool loadCatalogue() {
         *done = true;
     });
     MainQueue::shared().runUntil([done] { return done->load(); }, kLoadTimeout);
+    // As the main screen does once the first load is in.
+    ArchivableFolders::resetFolder();
     return true;
 }
 

@@ -1,3 +1,4 @@
+#include "cli/BackupCommand.h"
 #include "cli/HistoryCommand.h"
 #include "cli/HistoryViewCommand.h"
 #include "cli/ItemsCommand.h"
@@ -96,6 +97,13 @@ int main(int argc, char** argv) {
     CLI::App* open = app.add_subcommand("open", "Hand the program stowhaven://autobackup or a file to import");
     open->add_option("target", openTarget, "stowhaven://autobackup, or a file")->required();
 
+    BackupCommand::Request backupRequest;
+    CLI::App* backup = app.add_subcommand("backup", "Back up the current selection to the current storage");
+    backup->add_flag("--yes", backupRequest.confirmed, "Confirm the backup");
+    backup->add_option("--title", backupRequest.title, "The session's title");
+    backup->add_option("--description", backupRequest.description, "The session's description");
+    backup->add_option("--key-file", backupRequest.keyFile, "A file whose first line is the key of an encrypted backup");
+
     CLI11_PARSE(app, argc, argv);
 
     if (!becomeRoot()) {
@@ -133,6 +141,7 @@ int main(int argc, char** argv) {
         if (storage->parsed()) status = StorageCommand::run(storageEngine, std::cout, std::cerr);
         if (statusCommand->parsed()) status = StatusCommand::run(statusAsJson, std::cout, std::cerr);
         if (history->parsed()) status = HistoryCommand::run(historyAsJson, std::cout, std::cerr);
+        if (backup->parsed()) status = BackupCommand::run(backupRequest, std::cout, std::cerr);
         if (historyView->parsed())
             status = HistoryViewCommand::run(historyFile, historyViewAsJson, std::cout, std::cerr);
         delegate.applicationDidEnterBackground(status);

@@ -1,6 +1,7 @@
 #include "core/CydiaFileManager.h"
 
 #include "core/ProcessFlags.h"
+#include "core/SplitSize.h"
 #include "core/Supervisor.h"
 #include "core/Text.h"
 #include "items/ArchivableFolder.h"
@@ -96,12 +97,7 @@ CydiaFileManager::CydiaFileManager() {
     if (gUseSameEncryptionKeyEnabled) {
         encryptionKey_ = supervisor.lowLevelGetStringPreferencesDataForKey("Backup_EncryptionKey");
     }
-    const auto splitSize = supervisor.lowLevelGetNumberPreferencesDataForKey("SplitSizeInMegaBytes");
-    splitSizeInMegaBytes_ = static_cast<std::int32_t>(splitSize ? splitSize->asInteger().value_or(0) : 0);
-    if (splitSizeInMegaBytes_ == 0) {
-        splitSizeInMegaBytes_ = 20;
-        supervisor.lowLevelStorePreferencesData(PlistValue(std::int64_t{20}), "SplitSizeInMegaBytes");
-    }
+    splitSizeInMegaBytes_ = static_cast<std::int32_t>(settledSplitSizeInMegaBytes());
     observeNotifications();
 }
 

@@ -179,6 +179,8 @@ public:
 
     bool iShShItPresent() const { return fISHSHit_; }
     bool hasSuccessfullySaveData() const { return fSaveDataOk_; }
+    // The one lasting mark of how the last backup ended.
+    void setFSaveDataOk(bool ok) { fSaveDataOk_ = ok; }
     bool isInitialState() const { return fInitialState_; }
     bool isGenericData() const { return fGenericData_; }
     bool fWasRestored() const { return fWasRestored_; }

@@ -34,7 +34,7 @@ constexpr StockDataFolder kStockDataFolders[] = {
     {StockDataSet::Safari, "/Safari"}};
 
 // The call history's settings are files among the other preferences.
-double phoneDataSize() {
+double callHistorySettingsSize() {
     const std::string folder = DeviceRoot::path(std::string(kStockDataFolder) + "/Preferences");
     double size = 0;
     for (const std::string& name : FileManager::contentsOfDirectory(folder).value_or(std::vector<std::string>{})) {
@@ -239,7 +239,7 @@ void CydiaFileManager::setAppleStockAppsSize() {
     for (const StockDataFolder& row : kStockDataFolders) {
         keep(row.set, FileSizes::getFileSizeAtPath(DeviceRoot::path(std::string(kStockDataFolder) + row.folder), {}));
     }
-    keep(StockDataSet::Phone, phoneDataSize());
+    keep(StockDataSet::Phone, callHistorySettingsSize());
 }
 
 }  // namespace stowhaven

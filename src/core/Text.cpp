@@ -12,12 +12,25 @@ namespace {
 constexpr std::string_view kWhiteSpaceAndNewlines = " \t\n\r\v\f";
 
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
 }  // namespace
 
 std::string lowered(std::string_view text) {
     std::string result(text);
     std::transform(result.begin(), result.end(), result.begin(), lower);
+    return result;
+}
+
+std::string uppered(std::string_view text) {
+    std::string result(text);
+    std::transform(result.begin(), result.end(), result.begin(), upper);
+    return result;
+}
+
+std::string firstLetterUppered(std::string_view text) {
+    std::string result = lowered(text);
+    if (!result.empty()) result.front() = upper(result.front());
     return result;
 }
 

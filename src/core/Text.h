@@ -19,6 +19,9 @@ std::vector<std::string> split(std::string_view text, char separator);
 
 // ASCII letters in lower case, every other byte as it is.
 std::string lowered(std::string_view text);
+std::string uppered(std::string_view text);
+// The first byte in upper case and the rest in lower case: "Notes" for "NOTES".
+std::string firstLetterUppered(std::string_view text);
 
 // Letters compared without regard to case; other characters by their code.
 std::weak_ordering caseInsensitiveOrder(std::string_view left, std::string_view right);

@@ -19,6 +19,13 @@ namespace stowhaven {
 // with selectable content).
 class ArchivableFolder : public SelectableItem {
 public:
+    // Types whose places have files of the tweak elsewhere, which their archives carry too.
+    static constexpr std::int32_t kCopicType = 0;
+    static constexpr std::int32_t kKeyboardShortcutsType = 3;
+    static constexpr std::int32_t kSBSettingsType = 15;
+    static constexpr std::int32_t kITunesRingtonesType = 26;
+    static constexpr const char* kSBSettingsNote = "/var/mobile/Library/SBSettings/note.txt";
+    static constexpr const char* kITunesRingtonesList = "/var/mobile/Media/iTunes_Control/iTunes/Ringtones.plist";
     // The place with the fields given, as yet unlooked-at.
     ArchivableFolder(std::string name, std::optional<std::string> packageName, std::int32_t folderType,
                      std::string dataFolderPath, bool isFile, bool canSelectContent, bool canShowSubFolders);

@@ -23,10 +23,6 @@ constexpr std::int32_t kCydiaRingtonesType = 4;
 constexpr std::int32_t kWebClipsType = 9;
 constexpr std::int32_t kProTubeType = 12;
 constexpr std::int32_t kProTubeHDType = 13;
-constexpr std::int32_t kSBSettingsType = 15;
-constexpr std::int32_t kITunesRingtonesType = 26;
-constexpr const char* kSBSettingsNote = "/var/mobile/Library/SBSettings/note.txt";
-constexpr const char* kITunesRingtonesList = "/var/mobile/Media/iTunes_Control/iTunes/Ringtones.plist";
 
 // The ringtones the system brings, which no backup takes.
 constexpr std::array<std::string_view, 51> kStockRingtones = {
@@ -50,7 +46,7 @@ bool isProTubeMedia(const std::string& name) {
 
 // The names the iTunes ringtones show, by file name.
 PlistValue::Dictionary iTunesRingtoneNames() {
-    const auto list = PlistCodec::readFile(DeviceRoot::path(kITunesRingtonesList));
+    const auto list = PlistCodec::readFile(DeviceRoot::path(ArchivableFolder::kITunesRingtonesList));
     const auto* entries = list ? list->asDictionary() : nullptr;
     const PlistValue* ringtones = entries ? valueForKey(*entries, "Ringtones") : nullptr;
     return ringtones && ringtones->isDictionary() ? *ringtones->asDictionary() : PlistValue::Dictionary{};

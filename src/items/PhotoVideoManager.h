@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstddef>
 #include <memory>
+#include <string>
 
 namespace stowhaven {
 
@@ -33,6 +34,15 @@ public:
     std::size_t selectedPhotoCount() const;
     std::size_t totalVideoCount() const;
     std::size_t selectedVideoCount() const;
+
+    // The library is reached through <var>/root/Media, a link to the media folder that
+    // library work needs in place.
+    static void createSymlink();
+    static void removeSymlink();
+    // Copies the assets of the albums whose photos (or videos) are chosen into TMP/NAME, one
+    // folder per album. The library's stand-in holds no asset data, so the folders stay
+    // empty until the library itself is read.
+    void prepareBackupWithName(const std::string& name, bool photoOnly);
 
 private:
     PhotoVideoManager() = default;

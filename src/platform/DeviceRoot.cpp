@@ -50,6 +50,14 @@ std::string DeviceRoot::path(std::string_view devicePath) {
     return result;
 }
 
+std::string DeviceRoot::devicePathOf(std::string_view hostPath) {
+    const std::string root = get();
+    if (root == "/" || !hostPath.starts_with(root)) return std::string(hostPath);
+    const std::string_view rest = hostPath.substr(root.size());
+    if (rest.empty()) return "/";
+    return rest.starts_with('/') ? std::string(rest) : std::string(hostPath);
+}
+
 std::string DeviceRoot::var() { return path((std::filesystem::path("/") / "var").string()); }
 
 }  // namespace stowhaven

@@ -18,6 +18,9 @@ public:
 
     // "/var/mobile/x" -> "<root>/var/mobile/x"; unchanged when the root is "/".
     static std::string path(std::string_view devicePath);
+    // The way back: "<root>/var/mobile/x" -> "/var/mobile/x"; a path outside the root is
+    // answered unchanged.
+    static std::string devicePathOf(std::string_view hostPath);
 
     // The device's "var" folder: "/" with "var" added as a path component, under the root.
     static std::string var();

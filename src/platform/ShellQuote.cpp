@@ -38,8 +38,8 @@ std::optional<std::string> ShellQuote::packageIdentifier(std::string_view value)
 }
 
 std::optional<std::string> ShellQuote::plainPath(std::string_view value) {
-    // A stamp holds "~", which the shell leaves alone inside a word.
-    auto path = plainWord(value, "/+.-_~");
+    // A stamp holds "~", and an archive name "%", which the shell leaves alone inside a word.
+    auto path = plainWord(value, "/+.-_~%");
     if (!path) SH_LOG("Refusing path <{}> in a command: it holds characters the shell would read", value);
     return path;
 }

@@ -20,7 +20,7 @@ public:
     static std::optional<std::string> packageIdentifier(std::string_view value);
 
     // For a path that stands unquoted in its template: the path itself when it holds only
-    // letters, digits and / . _ - + ~ (and doesn't start with "-" or "~"); otherwise
+    // letters, digits and / . _ - + ~ % (and doesn't start with "-" or "~"); otherwise
     // nothing, with a log line.
     static std::optional<std::string> plainPath(std::string_view value);
 };

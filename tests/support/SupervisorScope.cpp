@@ -1,5 +1,6 @@
 #include "support/SupervisorScope.h"
 
+#include "backup/BackupOperation.h"
 #include "core/CydiaFileManager.h"
 #include "core/ProcessFlags.h"
 #include "items/SelectionDefaults.h"
@@ -57,6 +58,8 @@ SupervisorScope::SupervisorScope() : folder_(std::in_place), root_(folder_->path
 SupervisorScope::SupervisorScope(const std::string& root) : root_(root), rootScope_(root_) { startAsAFirstLaunch(); }
 
 SupervisorScope::~SupervisorScope() {
+    // A backup's observers outlive it on purpose; the next test's notices must not reach them.
+    BackupOperation::removeLeftBehindObserversForTesting();
     // Blocks still waiting would reach the Supervisor after it is gone.
     serveMainQueue();
     CydiaFileManager::resetForTesting();

@@ -1,0 +1,91 @@
+#include "backup/BackupCommands.h"
+
+#include "platform/DeviceRoot.h"
+#include "platform/ShellQuote.h"
+
+#include <fmt/format.h>
+
+namespace stowhaven {
+
+namespace {
+
+std::string quoted(const std::string& value) { return "\"" + ShellQuote::inDoubleQuotes(value) + "\""; }
+
+const char* compression(bool compressed) { return compressed ? "j" : ""; }
+
+// The two folders of the photo library, archived whole for photos and for videos alike.
+const std::vector<std::string> kMediaFolders = {"/var/mobile/Media/DCIM", "/var/mobile/Media/PhotoData"};
+
+}  // namespace
+
+std::string BackupCommands::files(const std::vector<std::string>& devicePaths) {
+    std::string text;
+    const bool onDevice = DeviceRoot::isDeviceItself();
+    if (!onDevice && !devicePaths.empty()) text += " -C " + quoted(DeviceRoot::get());
+    for (const std::string& path : devicePaths) {
+        // An empty path stays as it is: tar reports it and goes on.
+        const bool relative = !onDevice && path.starts_with('/');
+        text += " " + quoted(relative ? path.substr(1) : path);
+    }
+    return text;
+}
+
+std::string BackupCommands::createArchive(const std::string& archive, bool compressed, const std::string& devicePath) {
+    return fmt::format("tar -c{}f {}{}", compression(compressed), quoted(archive), files({devicePath}));
+}
+
+std::string BackupCommands::createArchiveStartingWith(const std::string& archive, bool compressed,
+                                                      const std::string& devicePath) {
+    return fmt::format("tar -c{} -f {}{}", compression(compressed), quoted(archive), files({devicePath}));
+}
+
+std::string BackupCommands::createWithoutArchiveFile(bool compressed, const std::string& devicePath) {
+    return fmt::format("tar -c{}{}", compression(compressed), files({devicePath}));
+}
+
+std::string BackupCommands::updateArchive(const std::string& archive, const std::vector<std::string>& devicePaths) {
+    return fmt::format("tar -uf {}{}", quoted(archive), files(devicePaths));
+}
+
+std::string BackupCommands::mediaArchive(const std::string& archive, bool compressed, bool photoOnly) {
+    // Two blanks stand before the first exclude.
+    return fmt::format(R"(tar -c{}  "--exclude=Cache*" "--exclude=*.{}" -f {}{})", compression(compressed),
+                       photoOnly ? "MOV" : "JPG", quoted(archive), files(kMediaFolders));
+}
+
+std::string BackupCommands::split(const std::string& folder, std::uint64_t sizeInMegaBytes, const std::string& archive,
+                                  const std::string& name) {
+    // The backslash keeps an alias of ls out of the listing.
+    return fmt::format(R"(cd {0} ; "split" -b {1}M -d -a 3 {2} {3}-;\ls -1a {3}-* > {3}.idx; rm -f {2})",
+                       quoted(folder), sizeInMegaBytes, quoted(archive), quoted(name));
+}
+
+std::string BackupCommands::applicationArchive(const std::string& archive, const std::string& documentPath,
+                                               const std::string& libraryPath) {
+    // The excludes stand behind the paths, as the device's tar reads them anywhere.
+    return fmt::format(R"(tar -cjf {}{} "--exclude=Caches" "--exclude=Cookies")", quoted(archive),
+                       files({documentPath, libraryPath}));
+}
+
+std::string BackupCommands::folderArchive(const std::string& archive, const std::string& folderPath,
+                                          const std::string& extraFile) {
+    return fmt::format("tar -cjf {}{}", quoted(archive), files({folderPath, extraFile}));
+}
+
+std::string BackupCommands::nestedArchive(const std::string& innerArchive, const std::string& archive) {
+    // The outer tar names the inner one by its place on the device, where a restore puts it back.
+    return fmt::format("tar -cf -{} | bzip2 -c --best > {}; rm -f {}", files({DeviceRoot::devicePathOf(innerArchive)}),
+                       quoted(archive), quoted(innerArchive));
+}
+
+std::string BackupCommands::aptGetUpdate(const std::string& cache, const std::string& log) {
+    return fmt::format("apt-get update -o dir::cache={} 1> {}", cache, log);
+}
+
+std::string BackupCommands::aptGetDownload(const std::string& packageIdentifier, const std::string& cache,
+                                           const std::string& log) {
+    return fmt::format("apt-get install -dy --force-yes --reinstall {} -o dir::cache={} 1> {}", packageIdentifier,
+                       cache, log);
+}
+
+}  // namespace stowhaven

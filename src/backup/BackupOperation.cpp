@@ -1,0 +1,191 @@
+#include "backup/BackupOperation.h"
+
+#include "backup/AppStoreAppBackupOperation.h"
+#include "backup/ApplicationsDataOperation.h"
+#include "backup/ArchivableFolderBackupOperation.h"
+#include "backup/DebsBackupOperation.h"
+#include "backup/MediaBackupOperation.h"
+#include "backup/PreferenceFilesBackupOperation.h"
+#include "backup/StockDataBackupOperations.h"
+#include "core/BackupSession.h"
+#include "core/CydiaFileManager.h"
+#include "core/ProcessFlags.h"
+#include "core/Supervisor.h"
+#include "core/Text.h"
+#include "platform/Log.h"
+#include "platform/Platform.h"
+#include "platform/Strings.h"
+#include "platform/dispatch/MainQueue.h"
+#include "platform/dispatch/NotificationCenter.h"
+#include "platform/dispatch/OperationQueue.h"
+
+#include <mutex>
+
+namespace stowhaven {
+
+namespace {
+
+std::mutex gLeftBehindMutex;
+std::vector<NotificationCenter::ObserverToken> gLeftBehindObservers;
+
+double now() { return Date::dateWithTimePoint(Platform::current().clock().now()).timeIntervalSinceReferenceDate(); }
+
+void postBackupDone() {
+    MainQueue::shared().async([] { NotificationCenter::defaultCenter().post("BACKUP_DONE"); });
+}
+
+}  // namespace
+
+std::vector<std::shared_ptr<DataBackupOperation>> BackupOperation::dataOperationsFor(const BackupSession& session) {
+    std::vector<std::shared_ptr<DataBackupOperation>> operations;
+    const bool hasApplications = session.applications() && !session.applications()->empty();
+    const bool hasFolders = session.archivableFolders() && !session.archivableFolders()->empty() &&
+                            session.hasAnyArchivableFolderSelected();
+    if (hasApplications || hasFolders) operations.push_back(std::make_shared<CreateApplicationDataFolderOperation>());
+    operations.push_back(std::make_shared<DebsBackupOperation>());
+    operations.push_back(std::make_shared<PreferencesFileBackupOperation>());
+    operations.push_back(std::make_shared<SpringboardFileBackupOperation>());
+    operations.push_back(std::make_shared<CalendarBackupOperation>());
+    operations.push_back(std::make_shared<ContactsBackupOperation>());
+    operations.push_back(std::make_shared<HealthBackupOperation>());
+    operations.push_back(std::make_shared<MapsBackupOperation>());
+    operations.push_back(std::make_shared<MessagesBackupOperation>());
+    operations.push_back(std::make_shared<NotesBackupOperation>());
+    operations.push_back(std::make_shared<PhoneBackupOperation>());
+    operations.push_back(std::make_shared<SafariBackupOperation>());
+    operations.push_back(std::make_shared<PhotosBackupOperation>());
+    operations.push_back(std::make_shared<VideosBackupOperation>());
+    operations.push_back(std::make_shared<AppStoreAppBackupOperation>());
+    operations.push_back(std::make_shared<ArchivableFolderBackupOperation>());
+    return operations;
+}
+
+void BackupOperation::removeLeftBehindObserversForTesting() {
+    std::lock_guard lock(gLeftBehindMutex);
+    for (const auto token : gLeftBehindObservers) NotificationCenter::defaultCenter().removeObserver(token);
+    gLeftBehindObservers.clear();
+}
+
+void BackupOperation::observeClosingNotices() {
+    NotificationCenter& center = NotificationCenter::defaultCenter();
+    const auto self = shared_from_this();
+    std::lock_guard lock(gLeftBehindMutex);
+    gLeftBehindObservers.push_back(center.addObserver("BACKUP_FAILED", &MainQueue::shared(),
+                                                      [self](const Notification&) { self->backupFailed(); }));
+    gLeftBehindObservers.push_back(center.addObserver("BACKUP_SUCCEEDED", &MainQueue::shared(),
+                                                      [self](const Notification&) { self->backupSucceeded(); }));
+    gLeftBehindObservers.push_back(center.addObserver("PROGRESS_CANCELED", &MainQueue::shared(),
+                                                      [self](const Notification&) { self->backupFailed(); }));
+}
+
+void BackupOperation::main() {
+    Supervisor& supervisor = Supervisor::shared();
+    CydiaFileManager& manager = CydiaFileManager::shared();
+    SH_LOG("Starting on {}...", supervisor.storageEngineName());
+    setName("BackupOperation");
+    timing_ = now();
+    observeClosingNotices();
+    supervisor.resetCancelStatus();
+    supervisor.notifyProgress(std::nullopt, Strings::localized("PROCESSING_SELECTED_PACKAGES"));
+
+    // The record goes to the storage before any bulk data does.
+    manager.resetOldData();
+    session_ = manager.createBackupSession(true);
+    manager.storeBackupData();
+    timing_ = now() - timing_;
+    SH_LOG("Took: {:f}s", timing_);
+
+    if (supervisor.isCloudStorage()) {
+        if (!runDataOperations()) {
+            backupFailed();
+            return;
+        }
+        supervisor.notifyProgress(1.0, Strings::localized("CLOUD_BACKUP_UPLOADED"));
+    }
+    backupSucceeded();
+    postBackupDone();
+    SH_LOG("Done.");
+}
+
+bool BackupOperation::runDataOperations() {
+    Supervisor& supervisor = Supervisor::shared();
+    supervisor.removeTemporaryFiles();
+    supervisor.removeTemporaryFolders();
+    OperationQueue queue;
+    const auto canceled = NotificationCenter::defaultCenter().addObserver(
+        "OPERATION_CANCELED", &MainQueue::shared(), [&queue](const Notification&) { queue.cancelAllOperations(); });
+
+    const auto sessions = CydiaFileManager::shared().backupSessions();
+    std::vector<std::shared_ptr<Operation>> operations;
+    if (!sessions.empty()) {
+        for (auto& operation : dataOperationsFor(*sessions.back())) operations.push_back(std::move(operation));
+    }
+    queue.addOperations(operations, true);
+    supervisor.removeTemporaryFiles();
+    supervisor.removeTemporaryFolders();
+
+    // Finished operations have left the queue by now, so their texts are not read: the
+    // package capture writes what apt-get said of every package there.
+    bool failed = false;
+    for (const auto& operation : queue.operations()) {
+        const auto* data = dynamic_cast<const DataBackupOperation*>(operation.get());
+        const std::string error = data ? textutil::trimmed(data->errorMsg()) : "";
+        if (!error.empty()) {
+            SH_LOG("{}.error: <{}>", data->directoryName(), error);
+            failed = true;
+            break;
+        }
+    }
+    NotificationCenter::defaultCenter().removeObserver(canceled);
+    return !failed;
+}
+
+void BackupOperation::backupSucceeded() {
+    Supervisor& supervisor = Supervisor::shared();
+    CydiaFileManager& manager = CydiaFileManager::shared();
+    manager.setFSaveDataOk(true);
+    SH_LOG("Upload succeeded!");
+    supervisor.logMemoryUsage();
+    const auto engine = supervisor.currentStorageEngine();
+    if (engine) {
+        engine->setSuccessSelector(nullptr, nullptr);
+        engine->refreshFreeSpace();
+    }
+    supervisor.backupOrRestoreDone();
+    manager.rolloverBackups();
+    if (auto* details = answersTo<DefaultBackupDetailsLoading>(engine)) details->loadDefaultBackupDetails();
+    supervisor.notifyProgress(std::nullopt, Strings::localized("UPDATING_RESTORABLE_BACKUP") + "...");
+    const auto sessions = manager.backupSessions();
+    if (!sessions.empty()) manager.changeCurrentBackupSessionTo(sessions.back());
+    supervisor.notifyProgress(1.0, Strings::localized("DONE_MESSAGE"));
+}
+
+void BackupOperation::backupFailed() {
+    Supervisor& supervisor = Supervisor::shared();
+    CydiaFileManager& manager = CydiaFileManager::shared();
+    manager.setFSaveDataOk(false);
+    SH_LOG("{} failed!", name());
+    const auto engine = supervisor.currentStorageEngine();
+    if (engine) {
+        engine->setSuccessSelector(nullptr, nullptr);
+        engine->refreshFreeSpace();
+    }
+    supervisor.logMemoryUsage();
+    if (gIsBackupMode) {
+        if (auto* details = answersTo<DefaultBackupDetailsLoading>(engine)) details->loadDefaultBackupDetails();
+        // Only this run's own record goes, and only while it is the newest: a second closing,
+        // or a later run's notice, must not take an older backup with it.
+        const auto sessions = manager.backupSessions();
+        if (supervisor.isStorageSameAsDefault() && !sessions.empty() && sessions.back() == session_) {
+            manager.deleteBackupSession(session_);
+            if (supervisor.isCloudStorage() && engine) engine->deleteBackupSession(session_);
+        }
+    }
+    const char* key = supervisor.isCanceled() ? "OPERATION_CANCELED_MESSAGE"
+                      : gIsBackupMode         ? "CLOUD_UPLOAD_FAILED"
+                                              : "RESTORE_FAILED";
+    supervisor.notifyProgress(1.0, Strings::localized(key));
+    postBackupDone();
+}
+
+}  // namespace stowhaven

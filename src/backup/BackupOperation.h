@@ -1,0 +1,50 @@
+#pragma once
+
+#include "platform/dispatch/Operation.h"
+
+#include <memory>
+#include <vector>
+
+namespace stowhaven {
+
+class BackupSession;
+class DataBackupOperation;
+
+// One whole backup, from the user's confirmation to "BACKUP_DONE": makes the session of the
+// current selection, stores its record on the current engine, runs the data operations one
+// after the other on a serial queue of its own, and closes with success or failure. Runs
+// on a serial queue of width one, never on the main thread.
+//
+// Each run leaves its observers of "BACKUP_FAILED", "BACKUP_SUCCEEDED" and
+// "PROGRESS_CANCELED" behind, bound to its own object, so that a later run's notices reach
+// the earlier objects too; the closings are written to bear that, and to run twice.
+class BackupOperation final : public Operation, public std::enable_shared_from_this<BackupOperation> {
+public:
+    void main() override;
+
+    // Reached from main() and from the notices, on the operation's thread or the main one.
+    void backupSucceeded();
+    void backupFailed();
+
+    // The start of the first phase while it runs, its length in seconds afterwards.
+    double timing() const { return timing_; }
+    void setTiming(double timing) { timing_ = timing; }
+
+    // The data operations of SESSION, in the order they run: the folder of the application
+    // data first when anything goes into it, then always the same fifteen.
+    static std::vector<std::shared_ptr<DataBackupOperation>> dataOperationsFor(const BackupSession& session);
+
+    // Removes the observers that the runs of this process left behind. For tests only.
+    static void removeLeftBehindObserversForTesting();
+
+private:
+    void observeClosingNotices();
+    // The data operations on an inner serial queue; false when one of them failed.
+    bool runDataOperations();
+
+    double timing_ = 0;
+    // The session this run made; a failure removes it, and nothing older.
+    std::shared_ptr<BackupSession> session_;
+};
+
+}  // namespace stowhaven

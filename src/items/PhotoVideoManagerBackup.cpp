@@ -1,0 +1,54 @@
+#include "items/PhotoVideoManager.h"
+
+#include "core/Supervisor.h"
+#include "items/PhotoVideoAlbum.h"
+#include "platform/DeviceRoot.h"
+#include "platform/FileManager.h"
+#include "platform/Log.h"
+#include "platform/TemporaryDirectory.h"
+
+#include <fmt/format.h>
+
+namespace stowhaven {
+
+namespace {
+
+// An album's name becomes a folder name: one that would lead elsewhere is refused.
+bool isFolderName(const std::string& name) {
+    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
+}
+
+}  // namespace
+
+void PhotoVideoManager::createSymlink() {
+    // The root holds only characters the shell leaves alone.
+    const std::string var = DeviceRoot::var();
+    Supervisor::shared().systemExecute(
+        fmt::format("rm -rf {0}/root/Media; ln -sf {0}/mobile/Media {0}/root/Media", var));
+}
+
+void PhotoVideoManager::removeSymlink() {
+    Supervisor::shared().systemExecute(fmt::format("rm -rf {}/root/Media; ", DeviceRoot::var()));
+}
+
+void PhotoVideoManager::prepareBackupWithName(const std::string& name, bool photoOnly) {
+    createSymlink();
+    const std::string directory = TemporaryDirectory::path() + "/" + name;
+    if (FileManager::fileExists(directory)) FileManager::removeItem(directory);
+    Supervisor& supervisor = Supervisor::shared();
+    for (const auto& album : photoVideoAlbums()) {
+        if (!(photoOnly ? album->isPhotoSelected() : album->isVideoSelected())) continue;
+        if (!isFolderName(album->name())) {
+            SH_LOG("Skipping album <{}>: not a folder name", album->name());
+            continue;
+        }
+        const std::string folder = directory + "/" + album->name();
+        std::string error;
+        if (!FileManager::createDirectory(folder, true, &error)) SH_LOG("Can't create <{}>! Error: {}", folder, error);
+        supervisor.notifyProgress(0.0, supervisor.progressMessage());
+    }
+    supervisor.notifyProgress(0.0, std::nullopt);
+    removeSymlink();
+}
+
+}  // namespace stowhaven
