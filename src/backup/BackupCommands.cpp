@@ -62,9 +62,12 @@ std::string BackupCommands::split(const std::string& folder, std::uint64_t sizeI
 
 std::string BackupCommands::applicationArchive(const std::string& archive, const std::string& documentPath,
                                                const std::string& libraryPath) {
-    // The excludes stand behind the paths, as the device's tar reads them anywhere.
-    return fmt::format(R"(tar -cjf {}{} "--exclude=Caches" "--exclude=Cookies")", quoted(archive),
-                       files({documentPath, libraryPath}));
+    constexpr const char* kExcludes = R"("--exclude=Caches" "--exclude=Cookies")";
+    const std::string paths = files({documentPath, libraryPath});
+    // The device's tar reads an exclude wherever it stands; a host's GNU tar (1.29 and later)
+    // only for the names after it, so away from the device the excludes go first.
+    if (!DeviceRoot::isDeviceItself()) return fmt::format("tar -cjf {} {}{}", quoted(archive), kExcludes, paths);
+    return fmt::format("tar -cjf {}{} {}", quoted(archive), paths, kExcludes);
 }
 
 std::string BackupCommands::folderArchive(const std::string& archive, const std::string& folderPath,

@@ -34,7 +34,7 @@ public:
     static std::string split(const std::string& folder, std::uint64_t sizeInMegaBytes, const std::string& archive,
                              const std::string& name);
 
-    // The bzip2 tar of an application's two data folders.
+    // The bzip2 tar of an application's two data folders, without caches and cookies.
     static std::string applicationArchive(const std::string& archive, const std::string& documentPath,
                                           const std::string& libraryPath);
     // The bzip2 tar of a folder, with a file of its tweak beside it (or "").
