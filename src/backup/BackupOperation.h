@@ -26,6 +26,9 @@ public:
     void backupSucceeded();
     void backupFailed();
 
+    // The session this run made; none before it has made one.
+    const std::shared_ptr<BackupSession>& session() const { return session_; }
+
     // The start of the first phase while it runs, its length in seconds afterwards.
     double timing() const { return timing_; }
     void setTiming(double timing) { timing_ = timing; }

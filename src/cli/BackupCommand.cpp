@@ -16,6 +16,7 @@
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 
+#include <algorithm>
 #include <atomic>
 
 namespace stowhaven {
@@ -30,8 +31,8 @@ std::optional<std::string> keyFrom(const std::string& path) {
     return key.empty() ? std::nullopt : std::optional(key);
 }
 
-// Whether a backup ended in failure: any failure notice, or a cancel, counts, whatever
-// closing ran last.
+// Whether a backup ended in failure: any failure notice, a cancel, or the run's session gone
+// from the catalogue (as a store that failed takes it away) counts, whatever closing ran last.
 class Outcome {
 public:
     Outcome() {
@@ -42,8 +43,11 @@ public:
     Outcome(const Outcome&) = delete;
     Outcome& operator=(const Outcome&) = delete;
 
-    bool succeeded() const {
-        return !failed_ && !Supervisor::shared().isCanceled() && CydiaFileManager::shared().hasSuccessfullySaveData();
+    bool succeeded(const BackupOperation& run) const {
+        const auto sessions = CydiaFileManager::shared().backupSessions();
+        const bool kept = run.session() && std::find(sessions.begin(), sessions.end(), run.session()) != sessions.end();
+        return kept && !failed_ && !Supervisor::shared().isCanceled() &&
+               CydiaFileManager::shared().hasSuccessfullySaveData();
     }
 
 private:
@@ -92,18 +96,20 @@ int BackupCommand::run(const Request& request, std::ostream& out, std::ostream& 
     catalogue.setBackupDescription(request.description);
     gIsBackupMode = true;
 
+    // What the load had to say is no reason for this run's failure.
+    catalogue.setErrorMsg(std::nullopt);
     const Outcome outcome;
+    const auto run = std::make_shared<BackupOperation>();
     {
         const ProgressLine progress(errors, Terminal::isStandardErrorATerminal());
-        runOperation(std::make_shared<BackupOperation>());
+        runOperation(run);
     }
-    if (!outcome.succeeded()) {
+    if (!outcome.succeeded(*run)) {
         fmt::print(errors, "stowhaven: the backup failed: {}\n", failureReason());
         return 1;
     }
-    const auto session = catalogue.currentBackupSession();
     fmt::print(out, "Backup done on {}: {}\n", Supervisor::shared().storageEngineName(),
-               session && session->sessionDate() ? session->sessionDate()->description() : "");
+               run->session()->sessionDate() ? run->session()->sessionDate()->description() : "");
     return 0;
 }
 

@@ -1,0 +1,69 @@
+// "stowhaven backup" on a sandbox device with local storage.
+
+#include "platform/FileManager.h"
+#include "support/ProgramRun.h"
+#include "support/SandboxDevice.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace stowhaven {
+namespace {
+
+constexpr const char* kStorageFolder = "/var/mobile/Library/Preferences/Stowhaven";
+
+class BackupProgramTest : public ::testing::Test {
+protected:
+    BackupProgramTest() {
+        for (const char* key : {"AutoScanPkgEnabled", "AutoScanStockAppsEnabled"}) {
+            EXPECT_EQ(run(std::string("settings ") + key + " true").status, 0);
+        }
+    }
+
+    test::ProgramOutcome run(const std::string& arguments) const {
+        return test::runProgram("--root " + device_.root() + " " + arguments);
+    }
+
+    std::vector<std::string> stored() const {
+        return FileManager::contentsOfDirectory(device_.path(kStorageFolder)).value_or(std::vector<std::string>{});
+    }
+
+    const test::SandboxDevice device_{"minimal"};
+};
+
+TEST_F(BackupProgramTest, ABackupRunsOnlyWhenConfirmedAndEndsWithItsSession) {
+    const auto unconfirmed = run("backup");
+    EXPECT_EQ(unconfirmed.status, 2);
+    EXPECT_NE(unconfirmed.errors.find("--yes"), std::string::npos);
+    EXPECT_TRUE(stored().empty());
+
+    const auto outcome = run("backup --yes --title 'Before the upgrade'");
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    EXPECT_NE(outcome.output.find("Backup done on local storage"), std::string::npos);
+    // Away from a terminal the progress is a plain line per step.
+    EXPECT_NE(outcome.errors.find("Done!\n"), std::string::npos) << outcome.errors;
+    const auto names = stored();
+    EXPECT_EQ(std::count_if(names.begin(), names.end(), [](const auto& name) { return name.ends_with(".stowhvn"); }),
+              1);
+
+    const auto history = run("history");
+    EXPECT_NE(history.output.find("Before the upgrade"), std::string::npos) << history.output;
+}
+
+TEST_F(BackupProgramTest, AnEncryptedBackupNeedsItsKeyAndAFailedOneSaysWhy) {
+    ASSERT_EQ(run("settings EncryptBackupEnabled true").status, 0);
+    const auto withoutKey = run("backup --yes");
+    EXPECT_EQ(withoutKey.status, 2);
+    EXPECT_NE(withoutKey.errors.find("--key-file"), std::string::npos);
+    ASSERT_EQ(run("settings EncryptBackupEnabled false").status, 0);
+
+    // The address book as storage, which this device has none of to keep the session in.
+    ASSERT_EQ(run("settings CurrentStorageType 0").status, 0);
+    const auto outcome = run("backup --yes");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.errors.find("the backup failed"), std::string::npos) << outcome.errors;
+}
+
+}  // namespace
+}  // namespace stowhaven

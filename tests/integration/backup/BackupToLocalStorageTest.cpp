@@ -1,0 +1,166 @@
+// A whole backup of the demo device to local storage, with every kind of data, the
+// packages' files and encryption, read back with the device's own tools.
+
+#include "archive/BuiltInCipherKey.h"
+#include "backup/BackupOperation.h"
+#include "cli/OperationRun.h"
+#include "core/CydiaFileManager.h"
+#include "core/ProcessFlags.h"
+#include "core/Supervisor.h"
+#include "core/Text.h"
+#include "items/ArchivableFolders.h"
+#include "items/PhotoVideoAlbum.h"
+#include "items/PhotoVideoManager.h"
+#include "platform/FileManager.h"
+#include "storage/StorageLayout.h"
+#include "storage/local/LocalStorageHelper.h"
+#include "support/SandboxDevice.h"
+#include "support/SupervisorScope.h"
+#include "support/TestFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace stowhaven {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::uint64_t kPartSize = 1048576;
+
+const std::vector<std::string> kKinds = {"PREFERENCES", "SPRINGBOARD", "CALENDAR", "CONTACTS", "HEALTH", "MAPS",
+                                         "CHAT",        "NOTES",       "PHONE",    "SAFARI",   "PHOTOS", "VIDEOS"};
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::string line;
+    for (const char c : text) {
+        if (c != '\n') {
+            line += c;
+        } else {
+            lines.push_back(line);
+            line.clear();
+        }
+    }
+    EXPECT_TRUE(line.empty()) << "the last line has no line end";
+    return lines;
+}
+
+// One album of the library, with its photos and videos chosen.
+std::shared_ptr<PhotoVideoAlbum> cameraRoll() {
+    auto album = std::make_shared<PhotoVideoAlbum>("Camera Roll");
+    album->setPhotos({"IMG_0001.JPG"});
+    album->setVideos({"IMG_0002.MOV"});
+    album->setPhotoSelected(true);
+    album->setVideoSelected(true);
+    album->setPhotoSize(0.1);
+    album->setVideoSize(0.1);
+    album->setAllAccounted(true);
+    return album;
+}
+
+class BackupToLocalStorageTest : public ::testing::Test {
+protected:
+    BackupToLocalStorageTest() : scope_(device_.root()) {
+        scope_.services.shell.runsCommands = true;
+        for (auto* flag : {&gAutoScanPkgEnabled, &gAutoScanAppStoreAppsEnabled, &gAutoScanStockAppsEnabled,
+                           &gAutoScanOtherOptionsEnabled, &gAutoScanPhotosEnabled, &gAutoScanVideosEnabled,
+                           &gBackupDebsEnabled, &gEncryptBackupEnabled}) {
+            *flag = true;
+        }
+        PhotoVideoManager::shared().setPhotoVideoAlbums({cameraRoll()}, true);
+        LocalStorageHelper::settleStoragePath();
+        engine_ = LocalStorageHelper::createLocalStorageHelper();
+    }
+    ~BackupToLocalStorageTest() override { PhotoVideoManager::shared().setPhotoVideoAlbums({}, false); }
+
+    // Notes larger than two parts, of bytes that no cipher or compression shrinks much.
+    void writeLargeNote() {
+        std::string bytes(2 * kPartSize + 300000, '\0');
+        std::mt19937 random(7);
+        std::generate(bytes.begin(), bytes.end(), [&random] { return static_cast<char>(random()); });
+        ASSERT_TRUE(FileManager::writeFile(device_.path("/var/mobile/Library/Notes/attachment.bin"), bytes));
+    }
+
+    // The parts of a kind joined, deciphered and listed or unpacked into FOLDER.
+    std::string deciphered(const std::string& kind, const std::string& folder) {
+        const std::string joined = folder + "/" + kind + ".tbz";
+        test::runCommand("cd '" + sessionDirectory() + "/" + kind + "' && cat " + kind + "-??? > '" + joined + "'");
+        test::runCommand(std::string("openssl enc -d -a -salt -aes-256-cbc -in '") + joined + "' -k '" +
+                         std::string(BuiltInCipherKey::kKeyHex) + "' -out '" + joined + ".tar'");
+        return joined + ".tar";
+    }
+
+    std::string sessionDirectory() const {
+        const auto session = CydiaFileManager::shared().currentBackupSession();
+        return localStoragePath() + "/" + StorageLayout::stamp(*session->sessionDate());
+    }
+
+    test::SandboxDevice device_{"demo"};
+    test::SupervisorScope scope_;
+    std::shared_ptr<LocalStorageHelper> engine_;
+    test::TestFolder work_;
+};
+
+TEST_F(BackupToLocalStorageTest, EveryKindOfDataIsStoredInPartsThatRestoreToTheDevicesFiles) {
+    writeLargeNote();
+    Supervisor::shared().lowLevelStorePreferencesData(PlistValue(std::int64_t{1}), "SplitSizeInMegaBytes");
+    CydiaFileManager& catalogue = CydiaFileManager::shared();
+    catalogue.loadPackages();
+    ArchivableFolders::resetFolder();
+    catalogue.setEncryptionKey("correct horse");
+
+    runOperation(std::make_shared<BackupOperation>());
+
+    ASSERT_TRUE(catalogue.hasSuccessfullySaveData());
+    const auto session = catalogue.currentBackupSession();
+    ASSERT_TRUE(session && session->isEncrypted());
+    EXPECT_TRUE(
+        FileManager::isRegularFile(localStoragePath() + "/" + StorageLayout::historyFileName(*session->sessionDate())));
+
+    const std::string directory = sessionDirectory();
+    for (const std::string& kind : kKinds) {
+        SCOPED_TRACE(kind);
+        const auto index = FileManager::contentsOfFile(directory + "/" + kind + ".idx");
+        ASSERT_TRUE(index);
+        const std::vector<std::string> parts = linesOf(*index);
+        ASSERT_FALSE(parts.empty());
+        EXPECT_EQ(FileManager::contentsOfDirectory(directory + "/" + kind), parts);
+        for (std::size_t position = 0; position + 1 < parts.size(); ++position) {
+            EXPECT_EQ(FileManager::sizeOfItem(directory + "/" + kind + "/" + parts[position]), kPartSize);
+        }
+        const std::string members = test::runCommand("tar -tf '" + deciphered(kind, work_.path().string()) + "'");
+        EXPECT_EQ(members.find(device_.root()), std::string::npos) << "members are named as on the device";
+    }
+    EXPECT_EQ(linesOf(*FileManager::contentsOfFile(directory + "/NOTES.idx")),
+              (std::vector<std::string>{"NOTES-000", "NOTES-001", "NOTES-002", "NOTES-003"}));
+
+    // The notes unpack, under the device's own paths, to the device's bytes.
+    const std::string unpacked = work_.path().string() + "/unpacked";
+    fs::create_directories(unpacked);
+    test::runCommand("tar -xf '" + deciphered("NOTES", work_.path().string()) + "' -C '" + unpacked + "'");
+    EXPECT_EQ(FileManager::contentsOfFile(unpacked + "/var/mobile/Library/Notes/attachment.bin"),
+              FileManager::contentsOfFile(device_.path("/var/mobile/Library/Notes/attachment.bin")));
+    EXPECT_TRUE(test::runCommand("tar -tf '" + deciphered("PREFERENCES", work_.path().string()) + "'")
+                    .find("var/mobile/Library/Preferences/com.saurik.Cydia.plist") != std::string::npos);
+
+    const auto debs = FileManager::contentsOfDirectory(directory + "/DEBS").value_or(std::vector<std::string>{});
+    EXPECT_NE(std::find(debs.begin(), debs.end(), "mobilesubstrate_0.9.6011_iphoneos-arm.deb"), debs.end());
+    EXPECT_TRUE(std::all_of(debs.begin(), debs.end(), [](const std::string& name) {
+        return name.ends_with("_iphoneos-arm.deb") && name == textutil::lowered(name);
+    }));
+
+    const auto applications = FileManager::contentsOfDirectory(directory + "/APPLICATIONS_DATA");
+    ASSERT_TRUE(applications);
+    EXPECT_NE(std::find(applications->begin(), applications->end(), "Tidewatch.tbz"), applications->end());
+    EXPECT_TRUE(FileManager::isRegularFile(directory + "/Flex.tbz")) << "folders lie beside the applications";
+}
+
+}  // namespace
+}  // namespace stowhaven
