@@ -7,5 +7,9 @@ cmake -S . -B build -G Ninja >/dev/null
 cmake --build build --target stowhaven
 rm -rf demo-device
 scripts/make-device demo-device
-build/stowhaven --root demo-device settings AutoScanPkgEnabled true
+for setting in AutoScanPkgEnabled AutoScanStockAppsEnabled AutoScanAppStoreAppsEnabled AutoScanOtherOptionsEnabled; do
+  build/stowhaven --root demo-device settings "$setting" true
+done
 build/stowhaven --root demo-device status
+build/stowhaven --root demo-device backup --yes --title "Demo backup"
+build/stowhaven --root demo-device history
