@@ -6,6 +6,7 @@
 #include "core/ProcessFlags.h"
 #include "core/SplitSize.h"
 #include "core/Supervisor.h"
+#include "core/TemporarySweep.h"
 #include "core/Text.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
@@ -199,19 +200,11 @@ void DataBackupOperation::uploadDataToCloud() {
 }
 
 void DataBackupOperation::removeTemporaryFiles() {
-    const std::string folder = TemporaryDirectory::path();
-    std::string error;
-    const auto entries = FileManager::contentsOfDirectory(folder, &error);
-    if (!entries) {
-        SH_LOG("{}", error);
-        return;
-    }
-    for (const std::string& entry : *entries) {
-        const bool ownDeb = directoryName_ == "DEBS" && std::filesystem::path(entry).extension() == ".deb";
-        if (!entry.starts_with(directoryName_) && !ownDeb) continue;
-        if (!FileManager::removeItem(folder + "/" + entry)) SH_LOG("Can't delete <{}>", entry);
-    }
-    SH_LOG("Removed <{}> temporary files!", directoryName_);
+    const bool listed = TemporarySweep::removeTemporaryFilesMatching([this](const std::string& name) {
+        return name.starts_with(directoryName_) ||
+               (directoryName_ == "DEBS" && std::filesystem::path(name).extension() == ".deb");
+    });
+    if (listed) SH_LOG("Removed <{}> temporary files!", directoryName_);
 }
 
 void DataBackupOperation::removeTemporaryFolders() {

@@ -36,20 +36,26 @@ std::string TemporarySweep::shellSweepCommand(const std::string& folder) {
     return "cd \"" + ShellQuote::inDoubleQuotes(folder) + "\"; rm *-[0-9]*";
 }
 
-void TemporarySweep::removeTemporaryFiles() {
+bool TemporarySweep::removeTemporaryFilesMatching(const std::function<bool(const std::string& name)>& matches) {
     const std::string folder = TemporaryDirectory::path();
     std::string error;
     const auto names = FileManager::contentsOfDirectory(folder, &error);
     if (!names) {
         SH_LOG("{}", error);
-        return;
+        return false;
     }
     for (const std::string& name : *names) {
-        if (!isSweptName(name)) continue;
+        if (!matches(name)) continue;
         const std::string path = folder + "/" + name;
         if (!FileManager::removeItem(path)) SH_LOG("Can't delete <{}>", path);
     }
-    Platform::current().shell().systemExecute(shellSweepCommand(folder));
+    return true;
+}
+
+void TemporarySweep::removeTemporaryFiles() {
+    if (removeTemporaryFilesMatching(isSweptName)) {
+        Platform::current().shell().systemExecute(shellSweepCommand(TemporaryDirectory::path()));
+    }
 }
 
 void TemporarySweep::removeTemporaryFolders() {

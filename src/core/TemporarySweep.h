@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace stowhaven {
@@ -13,6 +14,9 @@ public:
     static void removeTemporaryFiles();
     // Removes the working folders "debs", "Photos" and "Videos".
     static void removeTemporaryFolders();
+    // Deletes the entries of the temporary folder whose names match; false when the folder
+    // couldn't be listed.
+    static bool removeTemporaryFilesMatching(const std::function<bool(const std::string& name)>& matches);
 
     // A name the sweep deletes: a leading digit; the extension txt, zip, tar, tbz, idx,
     // stowhvn or deb; the prefix "pkg"; or a hyphen anywhere.
