@@ -8,6 +8,7 @@
 #include "core/Supervisor.h"
 #include "core/TemporarySweep.h"
 #include "core/Text.h"
+#include "platform/DeviceRoot.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/Strings.h"
@@ -120,7 +121,11 @@ bool DataBackupOperation::zipDataWithCompression(bool compressed) {
     SH_LOG("\tZipping data for <{}>...", zipDir_);
     Supervisor& supervisor = Supervisor::shared();
     supervisor.notifyProgress(std::nullopt, fmt::format("{}: {}...", Strings::localized("ZIPPING_MESSAGE"), zipDir_));
-    supervisor.systemExecute(BackupCommands::createArchive(archivePath(), compressed, zipDir_));
+    // A host's tar makes an empty archive of a missing folder, which would stand in for the
+    // data as if there were none to take.
+    if (FileManager::fileExists(DeviceRoot::path(zipDir_))) {
+        supervisor.systemExecute(BackupCommands::createArchive(archivePath(), compressed, zipDir_));
+    }
     return finishArchive();
 }
 

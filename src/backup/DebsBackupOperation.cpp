@@ -73,6 +73,7 @@ void DebsBackupOperation::downloadDebsFromCydia() {
         return;
     }
     Supervisor& supervisor = Supervisor::shared();
+    CydiaFileManager::shared().waitForCleanUpJobs();
     const std::string log = supervisor.getTemporaryFileName(false);
     supervisor.systemExecute(BackupCommands::aptGetUpdate(cache, log));
     downloadPackages(cache);

@@ -50,6 +50,9 @@ public:
     static CydiaFileManager& shared();
     // Drops the instance, so that the next shared() makes a fresh one. For tests only.
     static void resetForTesting();
+    // Returns once the package manager's clean-up, started with the instance, has ended: an
+    // apt-get or dpkg run beside it would find the package database locked.
+    void waitForCleanUpJobs() const { cleanUpJobs_.wait(); }
 
     ~CydiaFileManager() override;
     CydiaFileManager(const CydiaFileManager&) = delete;

@@ -55,6 +55,8 @@ protected:
     }
 
     bool ranAnyTar() const {
+        // The start-up clean-up records its commands from another thread.
+        manager().waitForCleanUpJobs();
         const auto& commands = scope_.services.shell.commands;
         return std::any_of(commands.begin(), commands.end(),
                            [](const auto& line) { return line.find("tar -") != std::string::npos; });

@@ -68,6 +68,8 @@ std::shared_ptr<PhotoVideoAlbum> cameraRoll() {
 class BackupToLocalStorageTest : public ::testing::Test {
 protected:
     BackupToLocalStorageTest() : scope_(device_.root()) {
+        // The Supervisor's start-up commands are for a device: recorded, not run here.
+        scope_.supervisor();
         scope_.services.shell.runsCommands = true;
         for (auto* flag : {&gAutoScanPkgEnabled, &gAutoScanAppStoreAppsEnabled, &gAutoScanStockAppsEnabled,
                            &gAutoScanOtherOptionsEnabled, &gAutoScanPhotosEnabled, &gAutoScanVideosEnabled,

@@ -92,6 +92,7 @@ TEST_F(SessionStoreTest, AHistoryFileWhoseNameGivesNoDateStaysAndCountsAgainstTh
 TEST_F(SessionStoreTest, ABackupOfPackagesAloneEndsWithItsHistoryFile) {
     manager().loadPackages();
     for (const auto& file : manager().currentPreferencesFiles()) file->setSelected(false);
+    for (const StockDataSet set : kStockDataSets) manager().setHasData(set, false);
     manager().setBackupTitle("Before the upgrade");
     const auto session = manager().createBackupSession(true);
     manager().storeBackupData();

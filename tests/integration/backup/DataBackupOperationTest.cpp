@@ -1,0 +1,330 @@
+// The data operations of a backup on a sandbox device, with the real tar, split and openssl:
+// how a kind's folder becomes parts of the part size listed in an index, which sets are
+// skipped, how a cancel and a failure end one kind and not the next, and what the parts hold.
+
+#include "archive/BuiltInCipherKey.h"
+#include "backup/PreferenceFilesBackupOperation.h"
+#include "backup/StockDataBackupOperations.h"
+#include "core/BackupSession.h"
+#include "core/CydiaFileManager.h"
+#include "core/ProcessFlags.h"
+#include "core/Supervisor.h"
+#include "items/DeviceItems.h"
+#include "platform/FileManager.h"
+#include "platform/TemporaryDirectory.h"
+#include "storage/StorageEngines.h"
+#include "storage/StorageLayout.h"
+#include "storage/local/LocalStorageHelper.h"
+#include "support/NullStorageEngine.h"
+#include "support/SandboxDevice.h"
+#include "support/SupervisorScope.h"
+#include "support/TestFolder.h"
+#include "unit/plist/CapturedLog.h"
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace stowhaven {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::uint64_t kMegaByte = 1048576;
+const Date kSessionDate(760000000.0);
+
+// The lines of a text, each of which must end with a line feed.
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::size_t start = 0;
+    for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', start)) {
+        lines.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    EXPECT_EQ(start, text.size()) << "the last line has no line feed";
+    return lines;
+}
+
+std::vector<std::string> partNames(const std::string& kind, std::size_t count) {
+    std::vector<std::string> names;
+    for (std::size_t index = 0; index < count; ++index) names.push_back(fmt::format("{}-{:03}", kind, index));
+    return names;
+}
+
+// Bytes that differ from one position to the next.
+std::string contentOfSize(std::uint64_t size) {
+    std::string bytes(size, '\0');
+    for (std::uint64_t index = 0; index < size; ++index)
+        bytes[index] = static_cast<char>((index * 31 + index / 251) % 256);
+    return bytes;
+}
+
+class DataBackupOperationTest : public ::testing::Test {
+protected:
+    explicit DataBackupOperationTest(const std::string& description = "minimal")
+        : device_(description), scope_(device_.root()) {
+        // The Supervisor's own start-up lines are only recorded; the operations' lines run.
+        scope_.supervisor();
+        scope_.services.shell.runsCommands = true;
+        LocalStorageHelper::settleStoragePath();
+        local_ = LocalStorageHelper::createLocalStorageHelper();
+        scope_.supervisor().setCurrentStorageType(StorageType::Local);
+    }
+
+    // The newest session, dated kSessionDate, taking the sets given.
+    static std::shared_ptr<BackupSession> startSession(std::initializer_list<StockDataSet> sets) {
+        auto session = std::make_shared<BackupSession>();
+        session->setSessionDate(kSessionDate);
+        for (StockDataSet set : sets) session->setHasData(set, true);
+        CydiaFileManager::shared().processBackupData({session}, false);
+        return session;
+    }
+
+    static void setPartSize(std::int64_t megaBytes) {
+        Supervisor::shared().lowLevelStorePreferencesData(PlistValue(megaBytes), "SplitSizeInMegaBytes");
+    }
+
+    void writeDeviceFile(const std::string& devicePath, const std::string& bytes) const {
+        fs::create_directories(fs::path(device_.path(devicePath)).parent_path());
+        ASSERT_TRUE(FileManager::writeFile(device_.path(devicePath), bytes));
+    }
+
+    static std::string sessionDirectory() { return localStoragePath() + "/" + StorageLayout::stamp(kSessionDate); }
+
+    // The index of a kind as stored, a line per part.
+    static std::vector<std::string> storedIndex(const std::string& kind) {
+        const auto index = FileManager::contentsOfFile(sessionDirectory() + "/" + kind + ".idx");
+        EXPECT_TRUE(index) << "no index of " << kind;
+        return index ? linesOf(*index) : std::vector<std::string>{};
+    }
+
+    // The stored parts of a kind, in the order of its index, joined into a file of the test's own.
+    std::string joinedParts(const std::string& kind) const {
+        const std::string joined = work_ / (kind + ".joined");
+        std::ofstream out(joined, std::ios::binary);
+        for (const std::string& part : storedIndex(kind)) {
+            out << FileManager::contentsOfFile(sessionDirectory() + "/" + kind + "/" + part).value_or("");
+        }
+        return joined;
+    }
+
+    static std::vector<std::string> membersOf(const std::string& archive) {
+        return linesOf(test::runCommand("tar -tf '" + archive + "'"));
+    }
+
+    test::SandboxDevice device_;
+    test::SupervisorScope scope_;
+    std::shared_ptr<LocalStorageHelper> local_;
+    test::TestFolder work_;
+};
+
+TEST_F(DataBackupOperationTest, PartsHaveThePartSizeButTheLastAndTheIndexListsEachPartOnce) {
+    setPartSize(1);
+    // Notes whose archive is exactly five parts long, and a calendar two and a bit parts
+    // long. A plain tar is made of 10240-byte records, so five megabytes is the least whole
+    // number of parts it can fill: here a block for the folder, one for the file's header,
+    // the file and two closing blocks.
+    writeDeviceFile("/var/mobile/Library/Notes/notes.sqlite", contentOfSize(5 * kMegaByte - 4 * 512));
+    writeDeviceFile("/var/mobile/Library/Calendar/Calendar.sqlitedb", contentOfSize(2 * kMegaByte + 300000));
+    startSession({StockDataSet::Notes, StockDataSet::Calendar});
+
+    NotesBackupOperation notes;
+    CalendarBackupOperation calendar;
+    notes.start();
+    calendar.start();
+    EXPECT_EQ(notes.operationResult(), 0);
+    EXPECT_EQ(calendar.operationResult(), 0);
+
+    const std::vector<std::string> notesParts = storedIndex("NOTES");
+    std::uint64_t notesSize = 0;
+    for (const std::string& part : notesParts)
+        notesSize += FileManager::sizeOfItem(sessionDirectory() + "/NOTES/" + part);
+    ASSERT_EQ(notesSize, 5 * kMegaByte) << "the notes were meant to fill five parts";
+    EXPECT_EQ(notesParts, partNames("NOTES", 5)) << "no empty sixth part";
+    EXPECT_EQ(FileManager::contentsOfDirectory(sessionDirectory() + "/NOTES"), notesParts);
+
+    const std::vector<std::string> calendarParts = storedIndex("CALENDAR");
+    ASSERT_EQ(calendarParts, partNames("CALENDAR", 3));
+    EXPECT_EQ(FileManager::sizeOfItem(sessionDirectory() + "/CALENDAR/CALENDAR-000"), kMegaByte);
+    EXPECT_EQ(FileManager::sizeOfItem(sessionDirectory() + "/CALENDAR/CALENDAR-001"), kMegaByte);
+    const std::uint64_t last = FileManager::sizeOfItem(sessionDirectory() + "/CALENDAR/CALENDAR-002");
+    EXPECT_GT(last, 300000u);
+    EXPECT_LT(last, kMegaByte);
+
+    // Joined, the parts are the archive, whose members are named as on the device itself.
+    EXPECT_EQ(membersOf(joinedParts("NOTES")),
+              (std::vector<std::string>{"var/mobile/Library/Notes/", "var/mobile/Library/Notes/notes.sqlite"}));
+    // Nothing of the two kinds is left in the temporary folder.
+    const auto temporaryFiles = FileManager::contentsOfDirectory(TemporaryDirectory::path());
+    ASSERT_TRUE(temporaryFiles);
+    for (const std::string& entry : *temporaryFiles) {
+        EXPECT_FALSE(entry.starts_with("NOTES") || entry.starts_with("Notes") || entry.starts_with("CALENDAR") ||
+                     entry.starts_with("Calendar"))
+            << entry;
+    }
+}
+
+TEST_F(DataBackupOperationTest, APartSizeOfNothingBecomesTwentyMegabytesAndIsStored) {
+    setPartSize(0);
+    NotesBackupOperation notes;
+    EXPECT_EQ(notes.splitSizeInMegaBytes(), 20u);
+    EXPECT_EQ(scope_.supervisor().lowLevelGetNumberPreferencesDataForKey("SplitSizeInMegaBytes"),
+              PlistValue(std::int64_t{20}));
+}
+
+TEST_F(DataBackupOperationTest, ASetTheSessionLeavesOutLeavesNothingOnTheStorageAndRunsNothing) {
+    writeDeviceFile("/var/mobile/Library/Notes/notes.sqlite", "notes");
+    writeDeviceFile("/var/mobile/Library/SMS/sms.db", "messages");
+    startSession({StockDataSet::Notes});
+
+    MessagesBackupOperation messages;
+    messages.start();
+    NotesBackupOperation notes;
+    notes.start();
+
+    EXPECT_EQ(messages.operationResult(), 0);
+    EXPECT_FALSE(FileManager::fileExists(sessionDirectory() + "/CHAT"));
+    EXPECT_FALSE(FileManager::fileExists(sessionDirectory() + "/CHAT.idx"));
+    EXPECT_EQ(storedIndex("NOTES"), partNames("NOTES", 1));
+    // The catalogue's clean-up job shells out in the background: the lines are read once it is done.
+    CydiaFileManager::resetForTesting();
+    for (const std::string& command : scope_.services.shell.commands) {
+        EXPECT_EQ(command.find("SMS"), std::string::npos) << command;
+        EXPECT_EQ(command.find("Chat"), std::string::npos) << command;
+        EXPECT_EQ(command.find("CHAT"), std::string::npos) << command;
+    }
+}
+
+// An engine that keeps what it is sent, read as a network engine reads it: from the file
+// opened when the upload starts. It may act on the Supervisor while a part is on its way.
+class KeepingEngine final : public test::NullStorageEngine {
+public:
+    explicit KeepingEngine(std::string folder) : folder_(std::move(folder)) {}
+
+    void createDirectory(const std::string& directory, Date) override { directories.push_back(directory); }
+    void uploadFile(const std::string& path, Date, const std::optional<std::string>& directory) override {
+        std::ifstream in(path, std::ios::binary);
+        const std::string name = fs::path(path).filename().string();
+        if (directory && whileSending) whileSending(name);
+        uploads.push_back(name);
+        std::ofstream(folder_ + "/" + name, std::ios::binary) << in.rdbuf();
+    }
+    std::uint64_t sizeSent(const std::string& name) const { return FileManager::sizeOfItem(folder_ + "/" + name); }
+
+    std::vector<std::string> directories;
+    std::vector<std::string> uploads;
+    std::function<void(const std::string& part)> whileSending;
+
+private:
+    std::string folder_;
+};
+
+TEST_F(DataBackupOperationTest, ACancelWhileAPartIsSentLetsThatPartArriveWholeAndSendsNoOther) {
+    setPartSize(1);
+    writeDeviceFile("/var/mobile/Library/Notes/notes.sqlite", contentOfSize(2 * kMegaByte + 300000));
+    auto engine = std::make_shared<KeepingEngine>(work_.path().string());
+    StorageEngines::registerFactory(StorageType::Box, [engine] { return engine; });
+    StorageEngines::create(StorageType::Box);
+    scope_.supervisor().setCurrentStorageType(StorageType::Box);
+    engine->whileSending = [](const std::string& part) {
+        if (part == "NOTES-000") Supervisor::shared().handleProgressCanceled();
+    };
+    startSession({StockDataSet::Notes});
+
+    NotesBackupOperation notes;
+    notes.start();
+
+    EXPECT_EQ(notes.operationResult(), 1);
+    EXPECT_EQ(engine->directories, std::vector<std::string>{"NOTES"});
+    EXPECT_EQ(engine->uploads, (std::vector<std::string>{"NOTES.idx", "NOTES-000"}));
+    EXPECT_EQ(engine->sizeSent("NOTES-000"), kMegaByte);
+}
+
+TEST_F(DataBackupOperationTest, AMissingFolderFailsItsOwnKindAndTheNextKindIsStillStored) {
+    FileManager::removeItem(device_.path("/var/mobile/Library/Notes"));
+    writeDeviceFile("/var/mobile/Library/Safari/Bookmarks.db", "bookmarks");
+    startSession({StockDataSet::Notes, StockDataSet::Safari});
+    const std::string archive = TemporaryDirectory::path() + "/Notes.tbz";
+    NotesBackupOperation notes;
+    SafariBackupOperation safari;
+    test::CapturedLog log;
+
+    notes.start();
+    safari.start();
+
+    EXPECT_EQ(notes.operationResult(), 1);
+    EXPECT_TRUE(log.contains("Couldn't create " + archive + " from /var/mobile/Library/Notes"));
+    EXPECT_FALSE(FileManager::fileExists(sessionDirectory() + "/NOTES.idx"));
+    EXPECT_FALSE(FileManager::fileExists(sessionDirectory() + "/NOTES/NOTES-000")) << "no empty archive stands in";
+    EXPECT_EQ(safari.operationResult(), 0);
+    EXPECT_EQ(membersOf(joinedParts("SAFARI")),
+              (std::vector<std::string>{"var/mobile/Library/Safari/", "var/mobile/Library/Safari/Bookmarks.db"}));
+}
+
+TEST_F(DataBackupOperationTest, WithEncryptionOnThePartsOpenWithTheBuiltInPassPhraseAndOtherwiseAreTar) {
+    setPartSize(1);
+    const std::string notesBytes = contentOfSize(kMegaByte + 200000);
+    writeDeviceFile("/var/mobile/Library/Notes/notes.sqlite", notesBytes);
+    writeDeviceFile("/var/mobile/Library/Maps/GeoBookmarks.plist", "maps");
+    startSession({StockDataSet::Notes, StockDataSet::Maps})
+        ->setEncryptionKey(CydiaFileManager::encrypt("correct horse"));
+
+    gEncryptBackupEnabled = true;
+    NotesBackupOperation notes;
+    notes.start();
+    gEncryptBackupEnabled = false;
+    MapsBackupOperation maps;
+    maps.start();
+
+    ASSERT_GT(storedIndex("NOTES").size(), 1u);
+    const std::string enciphered = joinedParts("NOTES");
+    const std::string deciphered = work_ / "notes.tar";
+    test::runCommand("openssl enc -d -a -salt -aes-256-cbc -in '" + enciphered + "' -out '" + deciphered + "' -k '" +
+                     std::string(BuiltInCipherKey::kKeyHex) + "' 2>/dev/null");
+    const std::string unpacked = work_ / "unpacked";
+    fs::create_directories(unpacked);
+    test::runCommand("tar -xf '" + deciphered + "' -C '" + unpacked + "'");
+    EXPECT_EQ(FileManager::contentsOfFile(unpacked + "/var/mobile/Library/Notes/notes.sqlite"), notesBytes);
+
+    EXPECT_EQ(membersOf(joinedParts("MAPS")),
+              (std::vector<std::string>{"var/mobile/Library/Maps/", "var/mobile/Library/Maps/GeoBookmarks.plist"}));
+}
+
+class DataBackupOfPreferencesTest : public DataBackupOperationTest {
+protected:
+    DataBackupOfPreferencesTest() : DataBackupOperationTest("demo") {}
+};
+
+TEST_F(DataBackupOfPreferencesTest, ThePackageManagersSettingsAreAlwaysKeptAndNoSpringBoardChoiceLeavesNoIndex) {
+    CydiaFileManager& catalogue = CydiaFileManager::shared();
+    catalogue.buildPreferencesData();
+    catalogue.buildSpringboardData();
+    // The user takes none of the preference files the package manager's settings don't
+    // stand for, and no SpringBoard file.
+    for (const auto& file : catalogue.currentPreferencesFiles()) {
+        if (file->name() != DeviceItems::kCydiaPreferencesPath) file->setSelected(false);
+    }
+    for (const auto& file : catalogue.currentSpringBoardData()) file->setSelected(false);
+    catalogue.createBackupSession(true)->setSessionDate(kSessionDate);
+
+    PreferencesFileBackupOperation preferences;
+    SpringboardFileBackupOperation springboard;
+    preferences.start();
+    springboard.start();
+
+    EXPECT_EQ(preferences.operationResult(), 0);
+    EXPECT_EQ(membersOf(joinedParts("PREFERENCES")),
+              std::vector<std::string>{std::string(DeviceItems::kCydiaPreferencesPath).substr(1)});
+    EXPECT_EQ(springboard.operationResult(), 0);
+    EXPECT_FALSE(FileManager::fileExists(sessionDirectory() + "/SPRINGBOARD.idx"));
+    EXPECT_FALSE(FileManager::fileExists(sessionDirectory() + "/SPRINGBOARD"));
+}
+
+}  // namespace
+}  // namespace stowhaven
