@@ -49,21 +49,22 @@ private:
     int descriptor_;
 };
 
-// A device built once per description and builder version, under the build folder.
-fs::path cachedDevice(const std::string& name) {
+// A device built once per description, variant and builder version, under the build folder.
+fs::path cachedDevice(const std::string& name, bool fresh) {
     const fs::path description = fs::path(STOWHAVEN_SOURCE_DIR) / "tests/fixtures/devices" / (name + ".json");
     const fs::path cache = fs::path(STOWHAVEN_BINARY_DIR) / "sandbox-devices";
     fs::create_directories(cache);
-    const fs::path device = cache / (name + "-" + std::to_string(builderFingerprint(description)));
+    const std::string variant = fresh ? name + "-fresh" : name;
+    const fs::path device = cache / (variant + "-" + std::to_string(builderFingerprint(description)));
 
     // Built in place, since a device names its own repository by its absolute path; the
     // mark says the build went through.
-    FileLock lock(cache / (name + ".lock"));
+    FileLock lock(cache / (variant + ".lock"));
     const fs::path builtMark = device.string() + ".built";
     if (!fs::exists(builtMark)) {
         fs::remove_all(device);
         runCommand(std::string(STOWHAVEN_SOURCE_DIR) + "/scripts/make-device " + device.string() + " --description " +
-                   description.string());
+                   description.string() + (fresh ? " --fresh" : ""));
         std::ofstream(builtMark).put('\n');
     }
     return device;
@@ -82,9 +83,13 @@ std::string runCommand(const std::string& command) {
     return output;
 }
 
-SandboxDevice::SandboxDevice(const std::string& description) : root_(folder_ / "device") {
-    runCommand("cp -a " + cachedDevice(description).string() + " " + root_);
+SandboxDevice::SandboxDevice(const std::string& description) : SandboxDevice(description, false) {}
+
+SandboxDevice::SandboxDevice(const std::string& description, bool fresh) : root_(folder_ / "device") {
+    runCommand("cp -a " + cachedDevice(description, fresh).string() + " " + root_);
 }
+
+SandboxDevice SandboxDevice::fresh(const std::string& description) { return SandboxDevice(description, true); }
 
 SandboxDevice::SandboxDevice(const SandboxDevice& original, const std::string& copyName)
     : root_(folder_ / copyName) {

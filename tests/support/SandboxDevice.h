@@ -16,10 +16,19 @@ public:
     // A copy of another device: cheaper than a new build, and free to change.
     SandboxDevice(const SandboxDevice& original, const std::string& copyName);
 
+    // The described device as a firmware upgrade leaves it, to restore onto: the same
+    // identity and App Store applications with empty data containers, only firmware and
+    // mobilesubstrate installed, every package of the description in the local repository
+    // for apt-get, no Cydia sources, no package data, stock data, photos or other personal
+    // files. Built once per build folder like the described device, and cached apart.
+    static SandboxDevice fresh(const std::string& description);
+
     const std::string& root() const { return root_; }
     std::string path(const std::string& devicePath) const { return root_ + devicePath; }
 
 private:
+    SandboxDevice(const std::string& description, bool fresh);
+
     TestFolder folder_;
     std::string root_;
 };
