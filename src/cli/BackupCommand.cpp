@@ -2,13 +2,12 @@
 
 #include "backup/BackupOperation.h"
 #include "cli/CatalogueLoad.h"
+#include "cli/KeyFile.h"
 #include "cli/OperationRun.h"
 #include "cli/ProgressLine.h"
 #include "core/CydiaFileManager.h"
 #include "core/ProcessFlags.h"
 #include "core/Supervisor.h"
-#include "core/Text.h"
-#include "platform/FileManager.h"
 #include "platform/Terminal.h"
 #include "platform/dispatch/MainQueue.h"
 #include "platform/dispatch/NotificationCenter.h"
@@ -22,14 +21,6 @@
 namespace stowhaven {
 
 namespace {
-
-// The first line of the key file; nothing when there is no such line.
-std::optional<std::string> keyFrom(const std::string& path) {
-    const auto text = FileManager::contentsOfFile(path);
-    if (!text) return std::nullopt;
-    const std::string key = textutil::trimmed(textutil::split(*text, '\n').front());
-    return key.empty() ? std::nullopt : std::optional(key);
-}
 
 // Whether a backup ended in failure: any failure notice, a cancel, or the run's session gone
 // from the catalogue (as a store that failed takes it away) counts, whatever closing ran last.
@@ -75,7 +66,7 @@ int BackupCommand::run(const Request& request, std::ostream& out, std::ostream& 
     }
     std::optional<std::string> key;
     if (request.keyFile) {
-        key = keyFrom(*request.keyFile);
+        key = keyFromFile(*request.keyFile);
         if (!key) {
             fmt::print(errors, "stowhaven: no key in <{}>\n", *request.keyFile);
             return 2;

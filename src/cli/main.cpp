@@ -4,6 +4,7 @@
 #include "cli/ItemsCommand.h"
 #include "cli/OpenCommand.h"
 #include "cli/PackagesCommand.h"
+#include "cli/RestoreCommand.h"
 #include "cli/SettingsCommand.h"
 #include "cli/StatusCommand.h"
 #include "cli/StorageCommand.h"
@@ -104,6 +105,13 @@ int main(int argc, char** argv) {
     backup->add_option("--description", backupRequest.description, "The session's description");
     backup->add_option("--key-file", backupRequest.keyFile, "A file whose first line is the key of an encrypted backup");
 
+    RestoreCommand::Request restoreRequest;
+    CLI::App* restore = app.add_subcommand("restore", "Restore the current session, or another, from the current storage");
+    restore->add_flag("--yes", restoreRequest.confirmed, "Confirm the restore");
+    restore->add_option("--session", restoreRequest.session, "The session's stamp, as the history lists it");
+    restore->add_option("--key-file", restoreRequest.keyFile, "A file whose first line is the session's key");
+    restore->add_option("--log", restoreRequest.logOf, "Also show the install log of this package");
+
     CLI11_PARSE(app, argc, argv);
 
     if (!becomeRoot()) {
@@ -142,6 +150,7 @@ int main(int argc, char** argv) {
         if (statusCommand->parsed()) status = StatusCommand::run(statusAsJson, std::cout, std::cerr);
         if (history->parsed()) status = HistoryCommand::run(historyAsJson, std::cout, std::cerr);
         if (backup->parsed()) status = BackupCommand::run(backupRequest, std::cout, std::cerr);
+        if (restore->parsed()) status = RestoreCommand::run(restoreRequest, std::cout, std::cerr);
         if (historyView->parsed())
             status = HistoryViewCommand::run(historyFile, historyViewAsJson, std::cout, std::cerr);
         delegate.applicationDidEnterBackground(status);

@@ -148,9 +148,13 @@ bool CydiaFile::isSuccessfullyInstalled() const {
            textutil::containsCaseInsensitive(*installLog_, fmt::format("Setting up {}", orNull(packageName_)));
 }
 
+// The device's apt-get ends the sentence at "version."; later ones name the version first,
+// "version (2.2.3).".
 bool CydiaFile::isAlreadyInstalled() const {
-    return installLog_ && textutil::containsCaseInsensitive(
-                              *installLog_, fmt::format("{} is already the newest version.", orNull(packageName_)));
+    if (!installLog_) return false;
+    const std::string sentence = fmt::format("{} is already the newest version", orNull(packageName_));
+    return textutil::containsCaseInsensitive(*installLog_, sentence + ".") ||
+           textutil::containsCaseInsensitive(*installLog_, sentence + " (");
 }
 
 }  // namespace stowhaven

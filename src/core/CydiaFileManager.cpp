@@ -88,7 +88,7 @@ void CydiaFileManager::resetForTesting() {
         dropped = std::move(gInstance);
     }
     AbstractStorageHelper::setSessionHistoryReceiver(nullptr);
-    if (dropped) dropped->cleanUpJobs_.wait();
+    if (dropped) dropped->waitForCleanUpJobs();
 }
 
 CydiaFileManager::CydiaFileManager() {
@@ -113,6 +113,30 @@ void CydiaFileManager::startCleanUpJobs() {
         Supervisor::shared().systemExecute(kAptCleanUpCommand);
         done->set_value();
     });
+}
+
+void CydiaFileManager::startPackageManagerCleanUp(std::string command) {
+    auto done = std::make_shared<std::promise<void>>();
+    std::shared_future<void> before;
+    {
+        std::lock_guard lock(mutex_);
+        before = cleanUpJobs_;
+        cleanUpJobs_ = done->get_future().share();
+    }
+    GlobalQueue::get(GlobalQueue::Priority::Background).async([done, before, command = std::move(command)] {
+        before.wait();
+        Supervisor::shared().systemExecute(command);
+        done->set_value();
+    });
+}
+
+void CydiaFileManager::waitForCleanUpJobs() const {
+    std::shared_future<void> last;
+    {
+        std::lock_guard lock(mutex_);
+        last = cleanUpJobs_;
+    }
+    last.wait();
 }
 
 void CydiaFileManager::observeNotifications() {
@@ -152,6 +176,31 @@ void CydiaFileManager::resetOldData() {
     SH_LOG("Resetting old data...");
     oldPackages_.set({});
     oldPackageSections_.set({});
+}
+
+bool CydiaFileManager::addCurrentPackage(const std::shared_ptr<CydiaFile>& package) {
+    if (!package) return false;
+    return currentPackages_.with([&](Packages& packages) {
+        const bool known = std::any_of(packages.begin(), packages.end(),
+                                       [&](const auto& present) { return present->isEqual(*package); });
+        if (!known) packages.push_back(package);
+        return !known;
+    });
+}
+
+bool CydiaFileManager::addUserRepoSource(const std::shared_ptr<RepositorySource>& source) {
+    if (!source) return false;
+    return currentUserRepoSources_.with([&](Sources& sources) {
+        const bool known =
+            std::any_of(sources.begin(), sources.end(), [&](const auto& present) { return present->isEqual(*source); });
+        if (!known) sources.push_back(source);
+        return !known;
+    });
+}
+
+void CydiaFileManager::removeUserRepoSourcesNamed(const std::string& name) {
+    currentUserRepoSources_.with(
+        [&](Sources& sources) { std::erase_if(sources, [&](const auto& source) { return source->name() == name; }); });
 }
 
 // Measures.

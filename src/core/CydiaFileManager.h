@@ -50,9 +50,12 @@ public:
     static CydiaFileManager& shared();
     // Drops the instance, so that the next shared() makes a fresh one. For tests only.
     static void resetForTesting();
-    // Returns once the package manager's clean-up, started with the instance, has ended: an
-    // apt-get or dpkg run beside it would find the package database locked.
-    void waitForCleanUpJobs() const { cleanUpJobs_.wait(); }
+    // Returns once the package manager's clean-ups, started with the instance and after each
+    // restore, have ended: an apt-get or dpkg run beside one would find its database locked.
+    void waitForCleanUpJobs() const;
+    // Runs COMMAND on a background queue once the clean-ups before it have ended, without
+    // waiting for it.
+    void startPackageManagerCleanUp(std::string command);
 
     ~CydiaFileManager() override;
     CydiaFileManager(const CydiaFileManager&) = delete;
@@ -212,6 +215,12 @@ public:
     PreferenceFiles currentSpringBoardData() const { return currentSpringBoardData_.copy(); }
     Sources currentUserRepoSources() const { return currentUserRepoSources_.copy(); }
     Sessions backupSessions() const { return backupSessions_.copy(); }
+    // What a restore brings onto the device joins the device's lists: a package unless an
+    // equal one is there, a source unless one with the same link is; false when not added.
+    bool addCurrentPackage(const std::shared_ptr<CydiaFile>& package);
+    bool addUserRepoSource(const std::shared_ptr<RepositorySource>& source);
+    // Takes the device's sources of that name out of the list.
+    void removeUserRepoSourcesNamed(const std::string& name);
     std::shared_ptr<BackupSession> currentBackupSession() const;
     std::shared_ptr<BackupSession> backupSessionInProgress() const;
 
@@ -275,6 +284,7 @@ private:
     Monitored<Sessions> backupSessions_;
 
     std::vector<NotificationCenter::ObserverToken> observers_;
+    // The last clean-up started, which runs after those before it; under mutex_.
     std::shared_future<void> cleanUpJobs_;
 };
 

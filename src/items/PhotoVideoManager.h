@@ -10,6 +10,8 @@
 
 namespace stowhaven {
 
+class PhotoVideoAlbum;
+
 // The albums of the device's photo library, each with its photos and videos accounted for.
 // One instance lives as long as the process. Until the library has been read it holds no
 // album and counts as not accounted for.
@@ -43,6 +45,9 @@ public:
     // folder per album. The library's stand-in holds no asset data, so the folders stay
     // empty until the library itself is read.
     void prepareBackupWithName(const std::string& name, bool photoOnly);
+    // Puts the files of an album, unpacked into PATH/<album name>, back into the library.
+    // The library's stand-in takes no assets: the files stay where they are, as the log says.
+    void restorePhotoVideoAlbum(const PhotoVideoAlbum& album, const std::string& path, bool photoOnly);
 
 private:
     PhotoVideoManager() = default;

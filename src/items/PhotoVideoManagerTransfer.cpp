@@ -51,4 +51,15 @@ void PhotoVideoManager::prepareBackupWithName(const std::string& name, bool phot
     removeSymlink();
 }
 
+void PhotoVideoManager::restorePhotoVideoAlbum(const PhotoVideoAlbum& album, const std::string& path, bool photoOnly) {
+    const std::string folder = path + "/" + album.name();
+    std::string error;
+    const auto files = isFolderName(album.name()) ? FileManager::contentsOfDirectory(folder, &error) : std::nullopt;
+    if (!files) {
+        SH_LOG("Error: {}", error.empty() ? "not a folder name" : error);
+        return;
+    }
+    SH_LOG("fPhotoOnly:{:d} | <{}>: {} file(s) for a library that takes none", photoOnly, album.name(), files->size());
+}
+
 }  // namespace stowhaven

@@ -53,8 +53,7 @@ bool FileManager::isRegularFile(const std::string& path) {
     return fileExists(path, isDirectory) && !isDirectory;
 }
 
-std::optional<std::vector<std::string>> FileManager::contentsOfDirectory(const std::string& path,
-                                                                         std::string* error) {
+std::optional<std::vector<std::string>> FileManager::contentsOfDirectory(const std::string& path, std::string* error) {
     std::error_code code;
     fs::directory_iterator entries(path, code);
     if (code) {
@@ -73,12 +72,12 @@ std::optional<FileAttributes> FileManager::attributesOfItem(const std::string& p
         fail(error, "Couldn't read the attributes of", path, std::strerror(errno));
         return std::nullopt;
     }
-    return FileAttributes{typeOf(info.st_mode), static_cast<std::uint64_t>(info.st_size), info.st_mode & 07777U,
-                          info.st_uid, info.st_gid, info.st_mtime};
+    return FileAttributes{typeOf(info.st_mode),  static_cast<std::uint64_t>(info.st_size),
+                          info.st_mode & 07777U, info.st_uid,
+                          info.st_gid,           info.st_mtime};
 }
 
-std::optional<FileSystemAttributes> FileManager::attributesOfFileSystem(const std::string& path,
-                                                                        std::string* error) {
+std::optional<FileSystemAttributes> FileManager::attributesOfFileSystem(const std::string& path, std::string* error) {
     struct statvfs info {};
     if (statvfs(path.c_str(), &info) != 0) {
         fail(error, "Couldn't read the file system of", path, std::strerror(errno));
@@ -158,6 +157,15 @@ std::optional<std::string> FileManager::contentsOfFile(const std::string& path, 
         return std::nullopt;
     }
     return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+std::optional<std::string> FileManager::headOfFile(const std::string& path, std::size_t count) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) return std::nullopt;
+    std::string head(count, '\0');
+    file.read(head.data(), static_cast<std::streamsize>(count));
+    head.resize(static_cast<std::size_t>(file.gcount()));
+    return head;
 }
 
 bool FileManager::writeFile(const std::string& path, const std::string& bytes, std::string* error, unsigned mode) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <ctime>
 #include <optional>
@@ -53,6 +54,8 @@ public:
                                    std::string* error = nullptr);
 
     static std::optional<std::string> contentsOfFile(const std::string& path, std::string* error = nullptr);
+    // At most the first COUNT bytes of a file; nothing when it can't be read.
+    static std::optional<std::string> headOfFile(const std::string& path, std::size_t count);
     // Atomically: into a temporary file beside the target, then renamed over it.
     static bool writeFile(const std::string& path, const std::string& bytes, std::string* error = nullptr,
                           unsigned mode = 0644);

@@ -1,0 +1,166 @@
+#include "restore/DataRestoreOperation.h"
+
+#include "core/BackupSession.h"
+#include "core/CydiaFileManager.h"
+#include "core/Supervisor.h"
+#include "core/TemporarySweep.h"
+#include "core/Text.h"
+#include "items/PhotoVideoManager.h"
+#include "items/PreferenceFile.h"
+#include "platform/FileManager.h"
+#include "platform/Log.h"
+#include "platform/Strings.h"
+#include "platform/TemporaryDirectory.h"
+#include "restore/ArchiveMembers.h"
+#include "restore/DataCategories.h"
+#include "restore/RestoreCommands.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+
+namespace stowhaven {
+
+namespace {
+
+constexpr const char* kMembersList = "membersToExtract.txt";
+
+std::string lastPathComponent(const std::string& path) { return std::filesystem::path(path).filename().string(); }
+
+}  // namespace
+
+DataRestoreOperation::DataRestoreOperation() {
+    Supervisor::shared().notifyProgress(0.0, std::nullopt);
+    // The session the restore is of, which the user may have chosen among older ones.
+    backupSession_ = CydiaFileManager::shared().currentBackupSession();
+    currentStorageEngine_ = Supervisor::shared().currentStorageEngine();
+}
+
+void DataRestoreOperation::main() {
+    setCompletionBlock([this] {
+        removeTemporaryFiles();
+        removeTemporaryFolders();
+    });
+    operationResult_ = 0;
+}
+
+std::string DataRestoreOperation::errorMsg() const {
+    std::lock_guard lock(errorMsgMutex_);
+    return errorMsg_;
+}
+
+void DataRestoreOperation::appendErrorMsg(const std::string& text) {
+    std::lock_guard lock(errorMsgMutex_);
+    errorMsg_ += text;
+}
+
+std::optional<Date> DataRestoreOperation::sessionDate() const {
+    return backupSession_ ? backupSession_->sessionDate() : std::nullopt;
+}
+
+std::string DataRestoreOperation::temporaryPath(const std::string& name) {
+    return TemporaryDirectory::path() + "/" + name;
+}
+
+void DataRestoreOperation::advanceStep(const std::optional<std::string>& text) {
+    ++currentStepIdx_;
+    const double fraction = totalSteps_ > 0 ? static_cast<double>(currentStepIdx_) / totalSteps_ : 0.0;
+    Supervisor::shared().notifyProgress(fraction, text);
+}
+
+std::vector<std::string> DataRestoreOperation::ownedPaths() const {
+    const DataCategory* category = activeDirectory_ ? dataCategoryNamed(*activeDirectory_) : nullptr;
+    return category ? category->ownedPaths : std::vector<std::string>{};
+}
+
+void DataRestoreOperation::mergeAndUnzipData() {
+    if (!activeDirectory_) return;
+    const std::string name = textutil::firstLetterUppered(*activeDirectory_);
+    Supervisor::shared().systemExecute(RestoreCommands::joinParts(TemporaryDirectory::path(), *activeDirectory_, name));
+    unzip(temporaryPath(name + ".tbz"), "/");
+}
+
+void DataRestoreOperation::unzip(const std::string& archive, const std::string& target) {
+    Supervisor& supervisor = Supervisor::shared();
+    supervisor.notifyProgress(
+        std::nullopt, fmt::format("{}: {}...", Strings::localized("UNARCHIVING_MESSAGE"), lastPathComponent(archive)));
+    const std::uint64_t size = FileManager::sizeOfItem(archive);
+    if (size == 0) {
+        SH_LOG("<{}> is empty!", archive);
+        return;
+    }
+    SH_LOG("Unzipping <{} [{:.3f}Mb]> into <{}>...", archive, static_cast<double>(size) / 1048576.0, target);
+    if (backupSession_ && backupSession_->encryptionKey()) CydiaFileManager::decryptFileAtPath(archive);
+
+    if (activeDirectory_ == "PREFERENCES" || activeDirectory_ == "SPRINGBOARD") {
+        if (const auto members = ArchiveMembers::of(archive, ownedPaths())) {
+            SH_LOG("Restored {} file(s)!", extractSelectedFiles(archive, *members, target));
+        }
+    } else if (extractOwnedMembers(archive, target, ownedPaths())) {
+        restoreAlbums(archive);
+    }
+    if (!FileManager::removeItem(archive)) SH_LOG("Couldn't remove <{}>!", archive);
+}
+
+bool DataRestoreOperation::extractOwnedMembers(const std::string& archive, const std::string& target,
+                                               const std::vector<std::string>& owned, int strip) {
+    const auto members = ArchiveMembers::of(archive, owned);
+    if (!members) return false;
+    Supervisor& supervisor = Supervisor::shared();
+    if (members->refused().empty()) {
+        supervisor.systemExecute(RestoreCommands::extract(archive, target, std::nullopt, strip));
+    } else if (!members->allowed().empty()) {
+        const std::string list = temporaryPath(kMembersList);
+        std::string text;
+        for (const std::string& member : members->allowed()) text += member + "\n";
+        if (FileManager::writeFile(list, text)) {
+            supervisor.systemExecute(RestoreCommands::extract(archive, target, list, strip));
+        }
+        FileManager::removeItem(list);
+    }
+    return true;
+}
+
+int DataRestoreOperation::extractSelectedFiles(const std::string& archive, const ArchiveMembers& members,
+                                               const std::string& target) {
+    const auto files = activeDirectory_ == "PREFERENCES" ? backupSession_->preferencesFileObjects()
+                                                         : backupSession_->springboardDataObjects();
+    int restored = 0;
+    for (const auto& file : files) {
+        if (!file->isSelected()) continue;
+        const std::string member = file->name().substr(file->name().starts_with('/') ? 1 : 0);
+        if (!members.isAllowed(member)) {
+            SH_LOG("Skipping <{}>: not in the archive as a file of its own", file->name());
+            continue;
+        }
+        Supervisor::shared().systemExecute(RestoreCommands::extractMember(archive, member, target));
+        ++restored;
+    }
+    return restored;
+}
+
+// The albums of the session go back into the photo library from the folder the backup
+// prepared, when there is one.
+void DataRestoreOperation::restoreAlbums(const std::string& archive) {
+    const bool photos = archive.ends_with("Photos.tbz");
+    if (!photos && !archive.ends_with("Videos.tbz")) return;
+    const std::string folder = temporaryPath(photos ? "Photos" : "Videos");
+    if (!FileManager::fileExists(folder) || !backupSession_->photoVideoAlbums()) return;
+    for (const auto& album : *backupSession_->photoVideoAlbums()) {
+        PhotoVideoManager::shared().restorePhotoVideoAlbum(*album, folder, photos);
+    }
+}
+
+void DataRestoreOperation::removeTemporaryFiles() {
+    if (!activeDirectory_) return;
+    const std::string name = *activeDirectory_;
+    TemporarySweep::removeTemporaryFilesMatching([&name](const std::string& entry) { return entry.starts_with(name); });
+}
+
+void DataRestoreOperation::removeTemporaryFolders() {
+    if (activeDirectory_ != "PHOTOS" && activeDirectory_ != "VIDEOS") return;
+    const std::string folder = temporaryPath(textutil::firstLetterUppered(*activeDirectory_));
+    if (FileManager::fileExists(folder) && !FileManager::removeItem(folder)) SH_LOG("Can't delete <{}>", folder);
+}
+
+}  // namespace stowhaven

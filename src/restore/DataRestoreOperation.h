@@ -1,0 +1,83 @@
+#pragma once
+
+#include "platform/Date.h"
+#include "platform/dispatch/Operation.h"
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace stowhaven {
+
+class ArchiveMembers;
+class BackupSession;
+class StorageHelperProtocol;
+
+// The base of every step of a restore: it holds the session being restored and the engine,
+// counts the steps for the progress, and joins, deciphers and unpacks a kind's archive
+// into the device. What an archive holds is looked at before anything is unpacked: a
+// member that would land outside the places its kind owns is left in the archive.
+class DataRestoreOperation : public Operation {
+public:
+    // Runs on the thread that builds the restore's list: takes the session the restore is
+    // of (the current one) and the current engine.
+    DataRestoreOperation();
+
+    // Sets the clean-up of the kind's working files for when the operation ends.
+    void main() override;
+
+    std::int64_t operationResult() const { return operationResult_; }
+    std::string errorMsg() const;
+    const std::optional<std::string>& activeDirectory() const { return activeDirectory_; }
+    const std::shared_ptr<BackupSession>& backupSession() const { return backupSession_; }
+
+protected:
+    void setOperationResult(std::int64_t result) { operationResult_ = result; }
+    void setActiveDirectory(std::optional<std::string> directory) { activeDirectory_ = std::move(directory); }
+    void appendErrorMsg(const std::string& text);
+    std::shared_ptr<StorageHelperProtocol> engine() const { return currentStorageEngine_; }
+    std::optional<Date> sessionDate() const;
+    static std::string temporaryPath(const std::string& name);
+
+    // The progress of steps: the next one done, with its text if any.
+    void setTotalSteps(double steps) { totalSteps_ = steps; }
+    void advanceStep(const std::optional<std::string>& text);
+
+    // Joins the fetched parts of the active kind and unpacks them into the device.
+    void mergeAndUnzipData();
+    // Deciphers ARCHIVE when the session has a key, unpacks it into the device folder
+    // TARGET ("/" for archives whose members carry whole device paths) and removes it.
+    void unzip(const std::string& archive, const std::string& target);
+    // The members of ARCHIVE that land within OWNED unpacked into TARGET, each without its
+    // first STRIP folders; a member that doesn't is logged and left. False when the archive
+    // couldn't be read.
+    static bool extractOwnedMembers(const std::string& archive, const std::string& target,
+                                    const std::vector<std::string>& owned, int strip = 0);
+
+    virtual void removeTemporaryFiles();
+    virtual void removeTemporaryFolders();
+    // The device paths that an archive of this operation may write to: by default those of
+    // the active kind.
+    virtual std::vector<std::string> ownedPaths() const;
+
+    std::int64_t idxFileInIndex_ = 0;
+    std::int64_t currentStepIdx_ = 0;
+
+private:
+    // Unpacks the chosen preference or SpringBoard files; answers how many.
+    int extractSelectedFiles(const std::string& archive, const ArchiveMembers& members, const std::string& target);
+    void restoreAlbums(const std::string& archive);
+
+    double totalSteps_ = 0;
+    std::int64_t operationResult_ = 0;
+    std::optional<std::string> activeDirectory_;
+    mutable std::mutex errorMsgMutex_;
+    std::string errorMsg_;
+    std::shared_ptr<BackupSession> backupSession_;
+    std::shared_ptr<StorageHelperProtocol> currentStorageEngine_;
+};
+
+}  // namespace stowhaven

@@ -1,0 +1,200 @@
+#include "restore/PackagesRestoreOperation.h"
+
+#include "core/CydiaFile.h"
+#include "core/CydiaFileManager.h"
+#include "core/ProcessFlags.h"
+#include "core/Supervisor.h"
+#include "core/Text.h"
+#include "platform/DeviceRoot.h"
+#include "platform/FileManager.h"
+#include "platform/Log.h"
+#include "platform/Platform.h"
+#include "platform/ShellQuote.h"
+#include "platform/Strings.h"
+#include "platform/TemporaryDirectory.h"
+#include "storage/StorageHelperProtocol.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+
+namespace stowhaven {
+
+namespace {
+
+// The command lines of the package restore, each filled into its one template here. An
+// identifier stands unquoted and must have passed ShellQuote::packageIdentifier; paths
+// stand between double quotes, escaped.
+struct PackageCommands {
+    static constexpr const char* kUpdate = "apt-get update";
+
+    static std::string install(const std::string& identifier, const std::string& log) {
+        return fmt::format(R"(apt-get -y -m install {} 1>"{}" 2>&1)", identifier, ShellQuote::inDoubleQuotes(log));
+    }
+    static std::string forcedInstall(const std::string& identifier, const std::string& log) {
+        return fmt::format(R"(apt-get -y -m --force-yes install {} 1>"{}" 2>&1)", identifier,
+                           ShellQuote::inDoubleQuotes(log));
+    }
+    static std::string installDeb(const std::string& deb, const std::string& log) {
+        return fmt::format(R"(dpkg -i "{}" 1>"{}" 2>&1)", ShellQuote::inDoubleQuotes(deb),
+                           ShellQuote::inDoubleQuotes(log));
+    }
+};
+
+constexpr int kMaximumTries = 5;
+// What apt-get asks for before it installs a package it can't authenticate.
+constexpr const char* kForceYesRequest = "without --force-yes";
+constexpr const char* kDebsDirectory = "DEBS";
+
+// A lock left behind by an interrupted run would stop every install.
+void deleteDpkgLock() {
+    const std::string lock = DeviceRoot::path("/var/lib/dpkg/lock");
+    std::string error;
+    if (!FileManager::removeItem(lock, &error)) SH_LOG("Could NOT delete <{}>. Error: {}", lock, error);
+}
+
+// The name the backup stored the package's file under.
+std::string debFileName(const CydiaFile& package) {
+    return fmt::format("{}_{}_iphoneos-arm.deb", textutil::lowered(textutil::orNull(package.packageName())),
+                       textutil::lowered(textutil::percentEncoded(textutil::orNull(package.version()))));
+}
+
+}  // namespace
+
+void PackagesRestoreOperation::main() {
+    DataRestoreOperation::main();
+    setName("PackagesRestoreOperation");
+    idxFileInIndex_ = -1;
+    CydiaFileManager& manager = CydiaFileManager::shared();
+    nbPackages_ = static_cast<std::int64_t>(manager.countRestorePackages());
+    setTotalSteps(static_cast<double>(nbPackages_ + 1));
+    // The catalogue's start-up clean-up holds the package database while it runs.
+    manager.waitForCleanUpJobs();
+    Supervisor::shared().systemExecute(PackageCommands::kUpdate);
+    restore();
+
+    // A fetch that never answered leaves the storage's word with its package.
+    if (idxFileInIndex_ < 0 || idxFileInIndex_ >= nbPackages_ || !engine()) return;
+    if (const auto message = engine()->errorMessage()) {
+        const auto packages = manager.oldPackages();
+        if (static_cast<std::size_t>(idxFileInIndex_) < packages.size()) {
+            packages[static_cast<std::size_t>(idxFileInIndex_)]->setInstallLog(*message);
+        }
+    }
+}
+
+bool PackagesRestoreOperation::stopsForCancel() const { return isCanceled() || Supervisor::shared().isCanceled(); }
+
+void PackagesRestoreOperation::restore() {
+    if (stopsForCancel() || nbPackages_ == 0) return;
+    deleteDpkgLock();
+    Supervisor& supervisor = Supervisor::shared();
+    supervisor.notifyProgress(std::nullopt, Strings::localized("RESTORING_SELECTED_PACKAGES"));
+    if (gRestoreFromDebsEnabled && supervisor.isCloudStorage()) {
+        restorePackagesFromDebs();
+    } else {
+        restorePackagesFromCydia();
+    }
+}
+
+void PackagesRestoreOperation::restorePackagesFromCydia() {
+    for (const auto& package : CydiaFileManager::shared().oldPackages()) {
+        if (stopsForCancel()) return;
+        const std::string name = textutil::orNull(package->name());
+        if (!package->isRestoreSelected()) {
+            advanceStep(fmt::format("{}: {}...", name, Strings::localized("SKIPPING_MESSAGE")));
+            continue;
+        }
+        advanceStep(fmt::format("<{}>", name));
+        installPackage(package);
+    }
+}
+
+void PackagesRestoreOperation::installPackage(const std::shared_ptr<CydiaFile>& package) {
+    const std::string name = textutil::orNull(package->name());
+    const std::string packageName = textutil::orNull(package->packageName());
+    package->setInstallLog("");
+    const auto identifier = ShellQuote::packageIdentifier(packageName);
+    if (!identifier) {
+        package->setInstallLog(fmt::format("Skipping <{}>: not a package name", packageName));
+        return;
+    }
+    Supervisor& supervisor = Supervisor::shared();
+    const std::string log = TemporaryDirectory::path() + "/installLog.txt";
+    for (int attempt = 0; attempt < kMaximumTries; ++attempt) {
+        supervisor.systemExecute(PackageCommands::install(*identifier, log));
+        if (FileManager::contentsOfFile(log).value_or("").find(kForceYesRequest) != std::string::npos) {
+            supervisor.systemExecute(PackageCommands::forcedInstall(*identifier, log));
+        }
+        std::string error;
+        const auto text = FileManager::contentsOfFile(log, &error);
+        package->setInstallLog(text ? *text : Strings::format("ERROR_INSTALL_LOG", error));
+        const bool installed = package->isSuccessfullyInstalled();
+        const bool existed = package->isAlreadyInstalled();
+        SH_LOG("{}{}[{}] {{Installed:{:d} | Existed:{:d}}}", attempt == 0 ? "" : fmt::format("Retry #{}: ", attempt),
+               name, packageName, installed, existed);
+        if (installed || existed) break;
+        SH_LOG("{}", package->installLog().value_or(""));
+    }
+    CydiaFileManager::shared().addCurrentPackage(package);
+    package->setBackupSelected(true);
+    if (!FileManager::removeItem(log)) SH_LOG("Couldn't remove <{}>!", log);
+}
+
+void PackagesRestoreOperation::restorePackagesFromDebs() {
+    // Each fetch reports through the engine's hooks before loadFile returns: the next one
+    // follows in this loop rather than from inside the hook.
+    while (fetchNextDeb()) {
+    }
+    if (engine()) engine()->setSuccessSelector({}, {});
+}
+
+bool PackagesRestoreOperation::fetchNextDeb() {
+    ++idxFileInIndex_;
+    const auto packages = CydiaFileManager::shared().oldPackages();
+    if (idxFileInIndex_ >= nbPackages_ || static_cast<std::size_t>(idxFileInIndex_) >= packages.size()) {
+        installLocalDebs();
+        return false;
+    }
+    const auto& package = packages[static_cast<std::size_t>(idxFileInIndex_)];
+    advanceStep(fmt::format("Fetching <{}> ...", textutil::orNull(package->name())));
+    if (!ShellQuote::packageIdentifier(textutil::orNull(package->packageName()))) return true;
+    if (!engine() || !sessionDate()) {
+        SH_LOG("No storage to fetch <{}> from!", textutil::orNull(package->packageName()));
+        return true;
+    }
+    // Shared with the hooks, which an engine may keep after this request.
+    const auto answered = std::make_shared<bool>(false);
+    engine()->setSuccessSelector([answered](const HookObject&) { *answered = true; }, [answered] { *answered = true; });
+    engine()->loadFile(debFileName(*package), *sessionDate(), kDebsDirectory);
+    if (!*answered) SH_LOG("The storage never answered for <{}>!", debFileName(*package));
+    return *answered;
+}
+
+void PackagesRestoreOperation::installLocalDebs() {
+    Supervisor& supervisor = Supervisor::shared();
+    supervisor.notifyProgress(std::nullopt, "Installing local debs...");
+    deleteDpkgLock();
+    const std::string log = supervisor.getTemporaryFileName(false);
+    const std::string folder = TemporaryDirectory::path();
+    std::string error;
+    const auto entries = FileManager::contentsOfDirectory(folder, &error);
+    if (!entries) {
+        SH_LOG("{}", error);
+        return;
+    }
+    for (const std::string& entry : *entries) {
+        if (std::filesystem::path(entry).extension() != ".deb") continue;
+        if (!Platform::current().reachability().isConnectedToNetwork()) {
+            SH_LOG("No network. Skipping <{}>", entry);
+            continue;
+        }
+        supervisor.notifyProgress(std::nullopt, fmt::format("Installing <{}>...", entry));
+        supervisor.systemExecute(PackageCommands::installDeb(folder + "/" + entry, log));
+        const std::string said = FileManager::contentsOfFile(log).value_or("");
+        if (!textutil::containsCaseInsensitive(said, "Setting up ")) SH_LOG("{}", said);
+    }
+    FileManager::removeItem(log);
+}
+
+}  // namespace stowhaven
