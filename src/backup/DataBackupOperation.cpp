@@ -37,16 +37,6 @@ DataBackupOperation::DataBackupOperation() {
     splitSizeInMegaBytes_ = settledSplitSizeInMegaBytes();
 }
 
-std::string DataBackupOperation::errorMsg() const {
-    std::lock_guard lock(errorMsgMutex_);
-    return errorMsg_;
-}
-
-void DataBackupOperation::appendErrorMsg(const std::string& text) {
-    std::lock_guard lock(errorMsgMutex_);
-    errorMsg_ += text;
-}
-
 std::string DataBackupOperation::capitalizedName() const { return textutil::firstLetterUppered(directoryName_); }
 
 std::string DataBackupOperation::temporaryPath(const std::string& name) {

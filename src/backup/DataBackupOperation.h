@@ -1,11 +1,11 @@
 #pragma once
 
 #include "platform/Date.h"
+#include "platform/dispatch/Monitored.h"
 #include "platform/dispatch/Operation.h"
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,7 +36,7 @@ public:
     std::int64_t operationResult() const { return operationResult_; }
     const std::string& directoryName() const { return directoryName_; }
     const std::string& zipDir() const { return zipDir_; }
-    std::string errorMsg() const;
+    std::string errorMsg() const { return errorMsg_.copy(); }
     const std::shared_ptr<BackupSession>& backupSession() const { return backupSession_; }
     const std::vector<std::string>& filesInIndex() const { return filesInIndex_; }
     std::uint64_t splitSizeInMegaBytes() const { return splitSizeInMegaBytes_; }
@@ -50,7 +50,9 @@ protected:
     void setOperationResult(std::int64_t result) { operationResult_ = result; }
     void setDirectoryName(std::string name) { directoryName_ = std::move(name); }
     void setZipDir(std::string path) { zipDir_ = std::move(path); }
-    void appendErrorMsg(const std::string& text);
+    void appendErrorMsg(const std::string& text) {
+        errorMsg_.with([&text](std::string& message) { message += text; });
+    }
     std::vector<std::string>& mutableFilesInIndex() { return filesInIndex_; }
 
     // "Name_Backup".
@@ -82,8 +84,7 @@ private:
     std::int64_t operationResult_ = 0;
     std::string directoryName_;
     std::string zipDir_;
-    mutable std::mutex errorMsgMutex_;
-    std::string errorMsg_;
+    Monitored<std::string> errorMsg_;
     std::shared_ptr<BackupSession> backupSession_;
     std::vector<std::string> filesInIndex_;
     std::uint64_t splitSizeInMegaBytes_ = kDefaultSplitSizeInMegaBytes;

@@ -44,16 +44,6 @@ void DataRestoreOperation::main() {
     operationResult_ = 0;
 }
 
-std::string DataRestoreOperation::errorMsg() const {
-    std::lock_guard lock(errorMsgMutex_);
-    return errorMsg_;
-}
-
-void DataRestoreOperation::appendErrorMsg(const std::string& text) {
-    std::lock_guard lock(errorMsgMutex_);
-    errorMsg_ += text;
-}
-
 std::optional<Date> DataRestoreOperation::sessionDate() const {
     return backupSession_ ? backupSession_->sessionDate() : std::nullopt;
 }

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "platform/Date.h"
+#include "platform/dispatch/Monitored.h"
 #include "platform/dispatch/Operation.h"
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,14 +30,16 @@ public:
     void main() override;
 
     std::int64_t operationResult() const { return operationResult_; }
-    std::string errorMsg() const;
+    std::string errorMsg() const { return errorMsg_.copy(); }
     const std::optional<std::string>& activeDirectory() const { return activeDirectory_; }
     const std::shared_ptr<BackupSession>& backupSession() const { return backupSession_; }
 
 protected:
     void setOperationResult(std::int64_t result) { operationResult_ = result; }
     void setActiveDirectory(std::optional<std::string> directory) { activeDirectory_ = std::move(directory); }
-    void appendErrorMsg(const std::string& text);
+    void appendErrorMsg(const std::string& text) {
+        errorMsg_.with([&text](std::string& message) { message += text; });
+    }
     std::shared_ptr<StorageHelperProtocol> engine() const { return currentStorageEngine_; }
     std::optional<Date> sessionDate() const;
     static std::string temporaryPath(const std::string& name);
@@ -74,8 +76,7 @@ private:
     double totalSteps_ = 0;
     std::int64_t operationResult_ = 0;
     std::optional<std::string> activeDirectory_;
-    mutable std::mutex errorMsgMutex_;
-    std::string errorMsg_;
+    Monitored<std::string> errorMsg_;
     std::shared_ptr<BackupSession> backupSession_;
     std::shared_ptr<StorageHelperProtocol> currentStorageEngine_;
 };
