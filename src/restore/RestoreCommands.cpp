@@ -12,7 +12,9 @@ namespace {
 std::string quoted(const std::string& value) { return "\"" + ShellQuote::inDoubleQuotes(value) + "\""; }
 
 // The option's folder is "<root>/<target>": "//" for the root of the device itself.
-std::string intoDevice(const std::string& target) { return quoted(DeviceRoot::get() + "/" + target); }
+std::string intoDevice(const std::string& target) {
+    return quoted((DeviceRoot::isDeviceItself() ? "" : DeviceRoot::get()) + "/" + target);
+}
 
 }  // namespace
 
