@@ -59,8 +59,7 @@ std::shared_ptr<ArchivableFolder> folderOf(const ArchivableFolderRow& row) {
 
 void ArchivableFolders::resetFolder() {
     Folders folders;
-    const Supervisor& supervisor = Supervisor::shared();
-    if (gAutoScanOtherOptionsEnabled && !supervisor.isStorageAddressbook()) {
+    if (gAutoScanOtherOptionsEnabled && !Supervisor::shared().isStorageAddressbook()) {
         ArchivableFolder::resetDefaultLists();
         for (const ArchivableFolderRow& row : ArchivableFolderTable::rows()) {
             if (meetsCondition(row)) folders.push_back(folderOf(row));

@@ -3,6 +3,7 @@
 #include "backup/BackupOperation.h"
 #include "core/CydiaFileManager.h"
 #include "core/ProcessFlags.h"
+#include "items/ArchivableFolders.h"
 #include "items/SelectionDefaults.h"
 #include "platform/dispatch/MainQueue.h"
 #include "storage/StorageEngines.h"
@@ -45,6 +46,8 @@ void SupervisorScope::startAsAFirstLaunch() {
     for (std::size_t index = 0; index < kFirstLaunchFlags.size(); ++index) {
         savedFlags_[index] = kFirstLaunchFlags[index].first->exchange(kFirstLaunchFlags[index].second);
     }
+    // No folder has been looked at yet; with the scan off this makes no Supervisor.
+    ArchivableFolders::resetFolder();
 }
 
 const DeviceFacts SupervisorScope::kPinnedDevice{"0123456789abcdef0123456789abcdef01234567", "Ann's iPhone",
