@@ -2,6 +2,7 @@
 
 #include "backup/BackupCommands.h"
 #include "core/BackupSession.h"
+#include "core/FileSizes.h"
 #include "core/Supervisor.h"
 #include "items/Application.h"
 #include "platform/FileManager.h"
@@ -39,7 +40,7 @@ void AppStoreAppBackupOperation::uploadDataToCloud() {
             SH_LOG("<{}> is empty!", path);
             continue;
         }
-        SH_LOG("\tUploading data <[{:.3f}Mb]> for <{}>...", static_cast<double>(size) / 1048576.0,
+        SH_LOG("\tUploading data <[{:.3f}Mb]> for <{}>...", static_cast<double>(size) / FileSizes::kBytesPerMegabyte,
                application->displayName());
         engine()->uploadFile(path, *sessionDate(), std::string(kDirectory));
     }

@@ -2,6 +2,7 @@
 
 #include "backup/BackupCommands.h"
 #include "core/BackupSession.h"
+#include "core/FileSizes.h"
 #include "core/Supervisor.h"
 #include "items/ArchivableFolder.h"
 #include "platform/FileManager.h"
@@ -59,7 +60,7 @@ void ArchivableFolderBackupOperation::uploadDataToCloud() {
             SH_LOG("<{}> is empty!", path);
             return;
         }
-        SH_LOG("\tUploading data <[{:.3f}Mb]> for <{}>...", static_cast<double>(size) / 1048576.0,
+        SH_LOG("\tUploading data <[{:.3f}Mb]> for <{}>...", static_cast<double>(size) / FileSizes::kBytesPerMegabyte,
                folder->displayName());
         if (stopsForCancel()) return;
         engine()->uploadFile(path, *sessionDate(), std::nullopt);

@@ -28,7 +28,7 @@ namespace {
 std::mutex gLeftBehindMutex;
 std::vector<NotificationCenter::ObserverToken> gLeftBehindObservers;
 
-double now() { return Date::dateWithTimePoint(Platform::current().clock().now()).timeIntervalSinceReferenceDate(); }
+double now() { return Platform::current().clock().date().timeIntervalSinceReferenceDate(); }
 
 void postBackupDone() {
     MainQueue::shared().async([] { NotificationCenter::defaultCenter().post("BACKUP_DONE"); });

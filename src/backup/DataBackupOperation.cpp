@@ -3,6 +3,7 @@
 #include "backup/BackupCommands.h"
 #include "core/BackupSession.h"
 #include "core/CydiaFileManager.h"
+#include "core/FileSizes.h"
 #include "core/ProcessFlags.h"
 #include "core/SplitSize.h"
 #include "core/Supervisor.h"
@@ -24,9 +25,7 @@ namespace stowhaven {
 
 namespace {
 
-constexpr double kBytesPerMegaByte = 1048576.0;
-
-double megaBytes(std::uint64_t bytes) { return static_cast<double>(bytes) / kBytesPerMegaByte; }
+double megaBytes(std::uint64_t bytes) { return static_cast<double>(bytes) / FileSizes::kBytesPerMegabyte; }
 
 }  // namespace
 

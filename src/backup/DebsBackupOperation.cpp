@@ -3,6 +3,7 @@
 #include "backup/BackupCommands.h"
 #include "core/BackupSession.h"
 #include "core/CydiaFileManager.h"
+#include "core/FileSizes.h"
 #include "core/ProcessFlags.h"
 #include "core/Supervisor.h"
 #include "core/Text.h"
@@ -157,7 +158,8 @@ void DebsBackupOperation::uploadDebs() {
             SH_LOG("<{}> is empty!", path);
             continue;
         }
-        SH_LOG("\tUploading deb <[{:.3f}Mb]> for <{}>...", static_cast<double>(size) / 1048576.0, fileName);
+        SH_LOG("\tUploading deb <[{:.3f}Mb]> for <{}>...", static_cast<double>(size) / FileSizes::kBytesPerMegabyte,
+               fileName);
         // A whole-number quotient, as the bar has it: 0 until the end.
         const double fraction = static_cast<double>(uploaded / count);
         supervisor.notifyProgress(belowTheEnd(fraction),

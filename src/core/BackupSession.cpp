@@ -48,7 +48,7 @@ long long leadingInteger(std::string_view text) {
 
 BackupSession::BackupSession()
     : fAppDataIndexed_(true),
-      sessionDate_(Date::dateWithTimePoint(Platform::current().clock().now())),
+      sessionDate_(Platform::current().clock().date()),
       springBoardData_(FileData{}),
       applications_(ApplicationList{}),
       webclips_(WebClipList{}),

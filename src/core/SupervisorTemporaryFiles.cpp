@@ -13,7 +13,7 @@ namespace stowhaven {
 
 // Named after the time now, to the microsecond, as the device writes it with "%f".
 std::string Supervisor::getTemporaryFileName(bool secure) const {
-    const double now = Date::dateWithTimePoint(Platform::current().clock().now()).timeIntervalSinceReferenceDate();
+    const double now = Platform::current().clock().date().timeIntervalSinceReferenceDate();
     return fmt::format("{}/{}{:.6f}.txt", TemporaryDirectory::path(), secure ? "secure" : "", now);
 }
 

@@ -193,7 +193,7 @@ void Application::setDocsAndLibsDirSizes(const DataContainers& dataContainers) {
     if (!installDate_) installDate_ = modificationDateOf(documentPath_);
     if (!installDate_) installDate_ = modificationDateOf(libraryPath_);
     fInstalled_ = installDate_.has_value();
-    if (!installDate_) installDate_ = Date::dateWithTimePoint(Platform::current().clock().now());
+    if (!installDate_) installDate_ = Platform::current().clock().date();
 }
 
 double Application::totalSize() {

@@ -253,7 +253,7 @@ std::span<const ArchivableFolderRow> ArchivableFolderTable::rows() { return kRow
 std::string ArchivableFolderTable::archiveName(std::int32_t type) {
     const TypeFacts* facts = factsOf(type);
     if (facts != nullptr && facts->archiveName != nullptr) return facts->archiveName;
-    return "Unknown-" + Date::dateWithTimePoint(Platform::current().clock().now()).description();
+    return "Unknown-" + Platform::current().clock().date().description();
 }
 
 std::string ArchivableFolderTable::iconName(std::int32_t type) {

@@ -16,6 +16,8 @@ std::string ShellQuote::inDoubleQuotes(std::string_view value) {
     return quoted;
 }
 
+std::string ShellQuote::quoted(std::string_view value) { return "\"" + inDoubleQuotes(value) + "\""; }
+
 namespace {
 
 // The value when it is made only of letters, digits and the characters given, and doesn't

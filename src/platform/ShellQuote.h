@@ -13,6 +13,8 @@ public:
     // For a value that stands between double quotes in its template: escapes the four
     // characters the shell still reads there (\ " $ `). Other text is unchanged.
     static std::string inDoubleQuotes(std::string_view value);
+    // The value escaped as above, between its double quotes: one word for the shell.
+    static std::string quoted(std::string_view value);
 
     // For a package identifier that stands unquoted in its template: the value itself
     // when it holds only letters, digits and + . - _ (and doesn't start with "-", which

@@ -80,8 +80,7 @@ std::optional<std::vector<TarListing::Member>> listMembers(const std::string& ar
     if (!head || *head != "BZh") return TarListing::read(archive, &error);
     Supervisor& supervisor = Supervisor::shared();
     const std::string plain = supervisor.getTemporaryFileName(true) + ".tar";
-    supervisor.systemExecute(fmt::format(R"(bzip2 -dc "{}" > "{}")", ShellQuote::inDoubleQuotes(archive),
-                                         ShellQuote::inDoubleQuotes(plain)));
+    supervisor.systemExecute(fmt::format("bzip2 -dc {} > {}", ShellQuote::quoted(archive), ShellQuote::quoted(plain)));
     auto members = TarListing::read(plain, &error);
     FileManager::removeItem(plain);
     return members;

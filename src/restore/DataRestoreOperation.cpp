@@ -2,6 +2,7 @@
 
 #include "core/BackupSession.h"
 #include "core/CydiaFileManager.h"
+#include "core/FileSizes.h"
 #include "core/Supervisor.h"
 #include "core/TemporarySweep.h"
 #include "core/Text.h"
@@ -79,7 +80,8 @@ void DataRestoreOperation::unzip(const std::string& archive, const std::string& 
         SH_LOG("<{}> is empty!", archive);
         return;
     }
-    SH_LOG("Unzipping <{} [{:.3f}Mb]> into <{}>...", archive, static_cast<double>(size) / 1048576.0, target);
+    SH_LOG("Unzipping <{} [{:.3f}Mb]> into <{}>...", archive, static_cast<double>(size) / FileSizes::kBytesPerMegabyte,
+           target);
     if (backupSession_ && backupSession_->encryptionKey()) CydiaFileManager::decryptFileAtPath(archive);
 
     if (activeDirectory_ == "PREFERENCES" || activeDirectory_ == "SPRINGBOARD") {

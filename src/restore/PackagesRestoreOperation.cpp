@@ -12,6 +12,7 @@
 #include "platform/ShellQuote.h"
 #include "platform/Strings.h"
 #include "platform/TemporaryDirectory.h"
+#include "restore/RestoreCommands.h"
 #include "storage/StorageHelperProtocol.h"
 
 #include <fmt/format.h>
@@ -21,25 +22,6 @@
 namespace stowhaven {
 
 namespace {
-
-// The command lines of the package restore, each filled into its one template here. An
-// identifier stands unquoted and must have passed ShellQuote::packageIdentifier; paths
-// stand between double quotes, escaped.
-struct PackageCommands {
-    static constexpr const char* kUpdate = "apt-get update";
-
-    static std::string install(const std::string& identifier, const std::string& log) {
-        return fmt::format(R"(apt-get -y -m install {} 1>"{}" 2>&1)", identifier, ShellQuote::inDoubleQuotes(log));
-    }
-    static std::string forcedInstall(const std::string& identifier, const std::string& log) {
-        return fmt::format(R"(apt-get -y -m --force-yes install {} 1>"{}" 2>&1)", identifier,
-                           ShellQuote::inDoubleQuotes(log));
-    }
-    static std::string installDeb(const std::string& deb, const std::string& log) {
-        return fmt::format(R"(dpkg -i "{}" 1>"{}" 2>&1)", ShellQuote::inDoubleQuotes(deb),
-                           ShellQuote::inDoubleQuotes(log));
-    }
-};
 
 constexpr int kMaximumTries = 5;
 // What apt-get asks for before it installs a package it can't authenticate.
@@ -70,7 +52,7 @@ void PackagesRestoreOperation::main() {
     setTotalSteps(static_cast<double>(nbPackages_ + 1));
     // The catalogue's start-up clean-up holds the package database while it runs.
     manager.waitForCleanUpJobs();
-    Supervisor::shared().systemExecute(PackageCommands::kUpdate);
+    Supervisor::shared().systemExecute(RestoreCommands::kAptGetUpdate);
     restore();
 
     // A fetch that never answered leaves the storage's word with its package.
@@ -122,9 +104,9 @@ void PackagesRestoreOperation::installPackage(const std::shared_ptr<CydiaFile>& 
     Supervisor& supervisor = Supervisor::shared();
     const std::string log = TemporaryDirectory::path() + "/installLog.txt";
     for (int attempt = 0; attempt < kMaximumTries; ++attempt) {
-        supervisor.systemExecute(PackageCommands::install(*identifier, log));
+        supervisor.systemExecute(RestoreCommands::aptGetInstall(*identifier, log, false));
         if (FileManager::contentsOfFile(log).value_or("").find(kForceYesRequest) != std::string::npos) {
-            supervisor.systemExecute(PackageCommands::forcedInstall(*identifier, log));
+            supervisor.systemExecute(RestoreCommands::aptGetInstall(*identifier, log, true));
         }
         std::string error;
         const auto text = FileManager::contentsOfFile(log, &error);
@@ -190,7 +172,7 @@ void PackagesRestoreOperation::installLocalDebs() {
             continue;
         }
         supervisor.notifyProgress(std::nullopt, fmt::format("Installing <{}>...", entry));
-        supervisor.systemExecute(PackageCommands::installDeb(folder + "/" + entry, log));
+        supervisor.systemExecute(RestoreCommands::dpkgInstall(folder + "/" + entry, log));
         const std::string said = FileManager::contentsOfFile(log).value_or("");
         if (!textutil::containsCaseInsensitive(said, "Setting up ")) SH_LOG("{}", said);
     }

@@ -9,36 +9,45 @@ namespace stowhaven {
 
 namespace {
 
-std::string quoted(const std::string& value) { return "\"" + ShellQuote::inDoubleQuotes(value) + "\""; }
-
 // The option's folder is "<root>/<target>": "//" for the root of the device itself.
 std::string intoDevice(const std::string& target) {
-    return quoted((DeviceRoot::isDeviceItself() ? "" : DeviceRoot::get()) + "/" + target);
+    return ShellQuote::quoted((DeviceRoot::isDeviceItself() ? "" : DeviceRoot::get()) + "/" + target);
 }
 
 }  // namespace
 
+std::string RestoreCommands::aptGetInstall(const std::string& identifier, const std::string& log, bool forced) {
+    return fmt::format("apt-get -y -m {}install {} 1>{} 2>&1", forced ? "--force-yes " : "", identifier,
+                       ShellQuote::quoted(log));
+}
+
+std::string RestoreCommands::dpkgInstall(const std::string& deb, const std::string& log) {
+    return fmt::format("dpkg -i {} 1>{} 2>&1", ShellQuote::quoted(deb), ShellQuote::quoted(log));
+}
+
 std::string RestoreCommands::joinParts(const std::string& folder, const std::string& name,
                                        const std::string& capitalized) {
-    return fmt::format("cd {0}; cat {1}-??? >> {2}.tbz; rm -f {1}-??? {1}.idx", quoted(folder), name, capitalized);
+    return fmt::format("cd {0}; cat {1}-??? >> {2}.tbz; rm -f {1}-??? {1}.idx", ShellQuote::quoted(folder), name,
+                       capitalized);
 }
 
 std::string RestoreCommands::extract(const std::string& archive, const std::string& target,
                                      const std::optional<std::string>& list, int strip) {
-    std::string command = fmt::format("tar -xf {} -C {}", quoted(archive), intoDevice(target));
+    std::string command = fmt::format("tar -xf {} -C {}", ShellQuote::quoted(archive), intoDevice(target));
     if (strip > 0) command += fmt::format(" --strip-components={}", strip);
-    if (list) command += " --no-recursion --verbatim-files-from -T " + quoted(*list);
+    if (list) command += " --no-recursion --verbatim-files-from -T " + ShellQuote::quoted(*list);
     return command;
 }
 
 std::string RestoreCommands::extractMember(const std::string& archive, const std::string& member,
                                            const std::string& target) {
-    return fmt::format("tar -xf {} {} -C {}", quoted(archive), quoted(member), intoDevice(target));
+    return fmt::format("tar -xf {} {} -C {}", ShellQuote::quoted(archive), ShellQuote::quoted(member),
+                       intoDevice(target));
 }
 
 std::string RestoreCommands::giveToMobile(const std::vector<std::string>& devicePaths) {
     std::string command = "chown -R mobile:mobile";
-    for (const std::string& path : devicePaths) command += " " + quoted(DeviceRoot::path(path));
+    for (const std::string& path : devicePaths) command += " " + ShellQuote::quoted(DeviceRoot::path(path));
     return command;
 }
 

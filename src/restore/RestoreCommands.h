@@ -11,6 +11,13 @@ namespace stowhaven {
 // members, named as device paths, belong. Values stand between double quotes, escaped.
 class RestoreCommands {
 public:
+    static constexpr const char* kAptGetUpdate = "apt-get update";
+
+    // Installs a package (an identifier that passed ShellQuote::packageIdentifier, standing
+    // unquoted) with apt-get, its output into LOG; FORCED adds "--force-yes".
+    static std::string aptGetInstall(const std::string& identifier, const std::string& log, bool forced);
+    // Installs a .deb file with dpkg, its output into LOG.
+    static std::string dpkgInstall(const std::string& deb, const std::string& log);
     // Joins the parts NAME-000, NAME-001... in FOLDER onto Name.tbz and removes the parts
     // and the index. NAME is a kind's name, never a value from outside.
     static std::string joinParts(const std::string& folder, const std::string& name, const std::string& capitalized);

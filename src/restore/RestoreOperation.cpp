@@ -44,7 +44,7 @@ const std::vector<std::vector<std::string>> kMobileFolders = {
     {"/var/mobile/Library/Keyboard/UserDictionary.sqlite"},
 };
 
-double now() { return Date::dateWithTimePoint(Platform::current().clock().now()).timeIntervalSinceReferenceDate(); }
+double now() { return Platform::current().clock().date().timeIntervalSinceReferenceDate(); }
 
 }  // namespace
 

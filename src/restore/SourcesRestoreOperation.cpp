@@ -13,6 +13,7 @@
 #include "platform/Log.h"
 #include "platform/Strings.h"
 #include "platform/plist/PlistCodec.h"
+#include "restore/RestoreCommands.h"
 
 #include <fmt/format.h>
 
@@ -174,7 +175,7 @@ void SourcesRestoreOperation::restore() {
         writePreferences(preferencesPath, *preferences);
     }
     supervisor.notifyProgress(std::nullopt, Strings::localized("UPDATING_USER_REPOS"));
-    supervisor.systemExecute(kUpdateCommand);
+    supervisor.systemExecute(RestoreCommands::kAptGetUpdate);
 }
 
 void SourcesRestoreOperation::restoreSource(const std::shared_ptr<RepositorySource>& source,

@@ -20,9 +20,6 @@ class SourcesRestoreOperation final : public DataRestoreOperation {
 public:
     void main() override;
 
-    // The command run once the records are written.
-    static constexpr const char* kUpdateCommand = "apt-get update";
-
 private:
     void restore();
     // Adds the source to the device's list, to CYDIA_SOURCES and to the apt list.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Date.h"
+
 #include <chrono>
 
 namespace stowhaven {
@@ -9,6 +11,8 @@ class Clock {
 public:
     virtual ~Clock() = default;
     virtual std::chrono::system_clock::time_point now() const = 0;
+    // The same moment as the system's date type.
+    Date date() const { return Date::dateWithTimePoint(now()); }
 };
 
 class HostClock final : public Clock {
