@@ -13,6 +13,7 @@
 #include "platform/Strings.h"
 #include "platform/TemporaryDirectory.h"
 #include "restore/RestoreCommands.h"
+#include "restore/StorageFetch.h"
 #include "storage/StorageHelperProtocol.h"
 
 #include <fmt/format.h>
@@ -145,12 +146,10 @@ bool PackagesRestoreOperation::fetchNextDeb() {
         SH_LOG("No storage to fetch <{}> from!", textutil::orNull(package->packageName()));
         return true;
     }
-    // Shared with the hooks, which an engine may keep after this request.
-    const auto answered = std::make_shared<bool>(false);
-    engine()->setSuccessSelector([answered](const HookObject&) { *answered = true; }, [answered] { *answered = true; });
-    engine()->loadFile(debFileName(*package), *sessionDate(), kDebsDirectory);
-    if (!*answered) SH_LOG("The storage never answered for <{}>!", debFileName(*package));
-    return *answered;
+    bool answered = false;
+    fetchSessionFile(*engine(), debFileName(*package), *sessionDate(), kDebsDirectory, &answered);
+    if (!answered) SH_LOG("The storage never answered for <{}>!", debFileName(*package));
+    return answered;
 }
 
 void PackagesRestoreOperation::installLocalDebs() {
