@@ -2,10 +2,9 @@
 
 namespace stowhaven {
 
-void TerminalAlertPresenter::showAlert(const std::string& title, const std::string& message,
-                                       const std::vector<std::string>& /*buttons*/, Dismissal onDismissal) {
-    out_ << title << ": " << message << '\n';
-    if (onDismissal) onDismissal(0);
+void TerminalAlertPresenter::present(const Alert& alert, Answered onAnswer) {
+    out_ << alert.title << ": " << alert.message << '\n';
+    if (onAnswer) onAnswer({});
 }
 
 }  // namespace stowhaven

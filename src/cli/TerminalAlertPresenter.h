@@ -12,8 +12,7 @@ class TerminalAlertPresenter final : public AlertPresenter {
 public:
     explicit TerminalAlertPresenter(std::ostream& out) : out_(out) {}
 
-    void showAlert(const std::string& title, const std::string& message, const std::vector<std::string>& buttons,
-                   Dismissal onDismissal) override;
+    void present(const Alert& alert, Answered onAnswer) override;
 
 private:
     std::ostream& out_;

@@ -12,10 +12,9 @@ namespace {
 
 class LoggingAlertPresenter final : public AlertPresenter {
 public:
-    void showAlert(const std::string& title, const std::string& message, const std::vector<std::string>& buttons,
-                   Dismissal onDismissal) override {
-        SH_LOG("{}: {} [{}]", title, message, fmt::join(buttons, " | "));
-        if (onDismissal) onDismissal(0);
+    void present(const Alert& alert, Answered onAnswer) override {
+        SH_LOG("{}: {} [{}]", alert.title, alert.message, fmt::join(alert.buttons, " | "));
+        if (onAnswer) onAnswer({});
     }
 };
 
@@ -23,6 +22,13 @@ std::mutex gMutex;
 std::shared_ptr<AlertPresenter> gShared;
 
 }  // namespace
+
+void AlertPresenter::showAlert(const std::string& title, const std::string& message,
+                               const std::vector<std::string>& buttons, Dismissal onDismissal) {
+    Answered onAnswer;
+    if (onDismissal) onAnswer = [onDismissal](const AlertAnswer& answer) { onDismissal(answer.buttonIndex); };
+    present({.title = title, .message = message, .buttons = buttons}, std::move(onAnswer));
+}
 
 std::shared_ptr<AlertPresenter> AlertPresenter::shared() {
     std::lock_guard lock(gMutex);

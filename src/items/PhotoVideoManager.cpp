@@ -1,5 +1,8 @@
 #include "items/PhotoVideoManager.h"
 
+#include "core/CydiaFileManager.h"
+#include "core/Supervisor.h"
+
 namespace stowhaven {
 
 PhotoVideoManager& PhotoVideoManager::shared() {
@@ -10,6 +13,22 @@ PhotoVideoManager& PhotoVideoManager::shared() {
 void PhotoVideoManager::setPhotoVideoAlbums(Albums albums, bool allAccounted) {
     albums_.set(std::move(albums));
     fAllAccounted_ = allAccounted;
+}
+
+void PhotoVideoManager::reset() {
+    setPhotoVideoAlbums({}, false);
+    CydiaFileManager& catalogue = CydiaFileManager::shared();
+    catalogue.setHasData(StockDataSet::Photos, false);
+    catalogue.setHasData(StockDataSet::Videos, false);
+}
+
+bool PhotoVideoManager::hasDefaultPhotoVideo() {
+    const Supervisor& supervisor = Supervisor::shared();
+    for (const char* key : {"Photos_Backup", "Videos_Backup"}) {
+        const auto albums = supervisor.lowLevelGetArrayPreferencesDataForKey(key);
+        if (albums && !albums->empty()) return true;
+    }
+    return false;
 }
 
 double PhotoVideoManager::totalPhotoSize() const {

@@ -27,6 +27,11 @@ public:
     void setPhotoVideoAlbums(Albums albums, bool allAccounted);
     // Every album is measured and there is something to take.
     bool isAllAcccounted() const { return fAllAccounted_; }
+    // Reads the library again: no album is left and the catalogue holds no photo or video
+    // data until the albums are accounted for anew. The library's stand-in has no album.
+    void reset();
+    // The user's default choice of albums names some, for photos or for videos.
+    static bool hasDefaultPhotoVideo();
 
     double totalPhotoSize() const;
     double selectedPhotoSize() const;

@@ -1,5 +1,6 @@
 #include "storage/StorageEngineFactory.h"
 
+#include "storage/StorageEngines.h"
 #include "storage/local/LocalStorageHelper.h"
 
 namespace stowhaven {
@@ -14,7 +15,8 @@ std::shared_ptr<StorageHelperProtocol> createStorageEngine(StorageType type) {
         case StorageType::FTP:
         case StorageType::GDrive:
         case StorageType::OwnCloud:
-            return nullptr;
+            // Made by the factory its engine registered, if any.
+            return StorageEngines::create(type);
         case StorageType::Local:
             break;
     }

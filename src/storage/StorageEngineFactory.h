@@ -9,7 +9,7 @@ namespace stowhaven {
 
 // Makes the engine of a storage type by its class-level factory, as the program does when
 // an engine first becomes current; an unknown type makes the local engine. Nothing for an
-// engine this build doesn't have.
+// engine that has registered no factory.
 std::shared_ptr<StorageHelperProtocol> createStorageEngine(StorageType type);
 
 }  // namespace stowhaven

@@ -127,6 +127,23 @@ public:
     virtual void preloadFileRefUsingDate(Date date) = 0;
 };
 
+// Engines that connect in the background once made; the start waits until the engine
+// is ready or has an error.
+class BackgroundInitialization {
+public:
+    virtual ~BackgroundInitialization() = default;
+    virtual bool isInitialized() = 0;
+};
+
+// Engines whose link is made on a login screen of the service's own, which the main
+// screen finishes when it appears again.
+class LoginCompletion {
+public:
+    virtual ~LoginCompletion() = default;
+    virtual void loginControllerDidLogin() = 0;
+    virtual void loginControllerDidCancel() = 0;
+};
+
 // The engine as one of the optional interfaces, or nothing when it doesn't answer to it.
 template <typename Optional>
 Optional* answersTo(const std::shared_ptr<StorageHelperProtocol>& engine) {

@@ -4,6 +4,7 @@
 #include "core/ProgressDisplay.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,25 +13,19 @@ namespace stowhaven::test {
 // Keeps the alerts shown, so that a test can read them and take them away by a button.
 class RecordingAlertPresenter final : public AlertPresenter {
 public:
-    struct Alert {
-        std::string title;
-        std::string message;
-        std::vector<std::string> buttons;
-        Dismissal onDismissal;
+    struct Shown : Alert {
+        Answered onAnswer;
     };
 
-    void showAlert(const std::string& title, const std::string& message, const std::vector<std::string>& buttons,
-                   Dismissal onDismissal) override {
-        alerts.push_back({title, message, buttons, std::move(onDismissal)});
+    void present(const Alert& alert, Answered onAnswer) override { alerts.push_back({alert, std::move(onAnswer)}); }
+
+    // Takes the last alert away by its button, with the text typed into its field.
+    void dismissLast(std::size_t buttonIndex = 0, std::optional<std::string> fieldText = std::nullopt) {
+        const Answered onAnswer = alerts.back().onAnswer;
+        if (onAnswer) onAnswer({buttonIndex, std::move(fieldText)});
     }
 
-    // Takes the last alert away by its button.
-    void dismissLast(std::size_t buttonIndex = 0) {
-        Dismissal onDismissal = alerts.back().onDismissal;
-        if (onDismissal) onDismissal(buttonIndex);
-    }
-
-    std::vector<Alert> alerts;
+    std::vector<Shown> alerts;
 };
 
 // Keeps what a progress display would show.

@@ -33,6 +33,16 @@ const std::array<std::pair<std::atomic<bool>*, bool>, SupervisorScope::kFirstLau
     {&gEncryptBackupEnabled, false},
     {&gUseSameEncryptionKeyEnabled, false},
     {&gBackupDebsEnabled, false},
+    {&gRestoreFromDebsEnabled, false},
+    {&gConfirmBackup, true},
+    {&gConfirmRestore, true},
+    {&gPkgFWCompatibilityCheckEnabled, true},
+    {&gBackupTitleEnabled, true},
+    {&gBackupDescriptionEnabled, true},
+    {&gPluggedInDeviceOnly, false},
+    {&gCloudStorageOnWifiOnly, false},
+    {&gLaunchedFromNotification, false},
+    {&gWasForegrounded, false},
 }};
 
 }  // namespace

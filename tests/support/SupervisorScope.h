@@ -23,7 +23,7 @@ public:
     // The facts of the pinned device below stand for those of the root's own.
     static const DeviceFacts kPinnedDevice;
     // The settings flags put at their first launch's values.
-    static constexpr std::size_t kFirstLaunchFlagCount = 15;
+    static constexpr std::size_t kFirstLaunchFlagCount = 25;
 
     // A root of its own, with the pinned device's facts.
     SupervisorScope();

@@ -33,6 +33,7 @@ const std::map<std::string, std::size_t> kArgumentCounts = {
     {"REMOVING_BACKUP_DATE", 1},
     {"RESTORING_MESSAGE", 1},
     {"SELECTED_PACKAGES_LABEL", 2},
+    {"STORAGE_NOT_AVAILABLE_MESSAGE", 1},
     {"UPLOAD_LIMIT_WARNING_MESSAGE", 2},
 };
 
@@ -72,7 +73,8 @@ public:
     ~CapturedLog() { Log::setCapture({}); }
 
     std::size_t countContaining(std::string_view text) const {
-        return std::ranges::count_if(lines_, [&](const std::string& line) { return line.find(text) != std::string::npos; });
+        return std::ranges::count_if(lines_,
+                                     [&](const std::string& line) { return line.find(text) != std::string::npos; });
     }
 
 private:
@@ -83,8 +85,9 @@ TEST(StringsTableTest, IsAFlatObjectOfNonEmptyTextsUnderUpperCaseKeys) {
     const json table = embeddedTable();
     ASSERT_TRUE(table.is_object());
     for (const auto& [key, text] : table.items()) {
-        EXPECT_TRUE(std::ranges::all_of(key, [](char c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_'; }))
-            << key;
+        EXPECT_TRUE(std::ranges::all_of(key, [](char c) {
+            return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+        })) << key;
         ASSERT_TRUE(text.is_string()) << key;
         EXPECT_FALSE(text.get<std::string>().empty()) << key;
     }
@@ -166,9 +169,8 @@ TEST(StringsTest, ConcurrentFirstUseAgreesAndLogsAMissingKeyOnce) {
     std::vector<std::string> answers(16);
     std::vector<std::thread> threads;
     for (std::size_t i = 0; i < answers.size(); ++i) {
-        threads.emplace_back([&answers, i] {
-            answers[i] = Strings::localized(i % 2 == 0 ? "OK_BUTTON" : "MISSING_IN_EVERY_THREAD");
-        });
+        threads.emplace_back(
+            [&answers, i] { answers[i] = Strings::localized(i % 2 == 0 ? "OK_BUTTON" : "MISSING_IN_EVERY_THREAD"); });
     }
     for (std::thread& thread : threads) thread.join();
 

@@ -19,7 +19,7 @@ protected:
     SupervisorDeviceTest() { commands().clear(); }
 
     std::vector<std::string>& commands() { return scope_.services.shell.commands; }
-    std::vector<test::RecordingAlertPresenter::Alert>& alerts() {
+    std::vector<test::RecordingAlertPresenter::Shown>& alerts() {
         scope_.serveMainQueue();
         return scope_.screens.alerts->alerts;
     }

@@ -1,0 +1,135 @@
+#include "flows/MainViewController.h"
+
+#include "backup/BackupOperation.h"
+#include "core/CydiaFileManager.h"
+#include "core/ProcessFlags.h"
+#include "core/Supervisor.h"
+#include "flows/MainAlerts.h"
+#include "flows/OperationRestrictions.h"
+#include "platform/Log.h"
+#include "platform/Platform.h"
+#include "platform/Strings.h"
+#include "platform/dispatch/MainQueue.h"
+#include "restore/RestoreOperation.h"
+
+#include <algorithm>
+
+namespace stowhaven {
+
+bool MainViewController::hasOperationRestrictions() {
+    const auto restriction = operationRestriction();
+    if (!restriction) return false;
+    Supervisor::showAlert(Strings::localized("OPERATION_UNAVAILABLE_TITLE"), *restriction);
+    return true;
+}
+
+bool MainViewController::isNetworkStorage() const {
+    const Supervisor& supervisor = Supervisor::shared();
+    return !supervisor.isStorageAddressbook() && !supervisor.isStorageLocal();
+}
+
+bool MainViewController::hasNetwork() const { return Platform::current().reachability().isConnectedToNetwork(); }
+
+void MainViewController::doBackup() {
+    Supervisor& supervisor = Supervisor::shared();
+    if (!CydiaFileManager::shared().hasAnythingSelected()) {
+        displayNothingToDoMessage();
+        return;
+    }
+    supervisor.refreshFreeSpace();
+    if (!supervisor.hasValidFreeSpace()) return;
+    if (isNetworkStorage() && !hasNetwork()) {
+        supervisor.displayNoInternetConnectionMessage();
+        return;
+    }
+    backupDoneObserver_ = NotificationCenter::defaultCenter().addObserver(
+        "BACKUP_DONE", &MainQueue::shared(), [weak = weak_from_this()](const Notification&) {
+            if (const auto self = weak.lock()) self->handleBackupDone();
+        });
+    startJob(std::make_shared<BackupOperation>());
+}
+
+void MainViewController::doRestore() {
+    Supervisor& supervisor = Supervisor::shared();
+    if (isNetworkStorage() && !hasNetwork()) {
+        supervisor.displayNoInternetConnectionMessage();
+        return;
+    }
+    if (!CydiaFileManager::shared().hasAnythingSelected()) {
+        displayNothingToDoMessage();
+        return;
+    }
+    supervisor.refreshFreeSpace();
+    if (!supervisor.hasValidFreeSpace()) return;
+    startJob(std::make_shared<RestoreOperation>());
+}
+
+void MainViewController::startJob(std::shared_ptr<Operation> job) {
+    working_ = true;
+    screen_->showWorking(true);
+    screen_->setJobButtonsEnabled(false);
+    if (const auto engine = Supervisor::shared().currentStorageEngine()) engine->showProgressOnView();
+    if (isNetworkStorage()) screen_->showNetworkActivity(true);
+    jobQueue_ = std::make_unique<OperationQueue>();
+    jobQueue_->addOperation(std::move(job));
+}
+
+void MainViewController::resetOperationStatus() {
+    working_ = false;
+    screen_->showWorking(false);
+    screen_->setJobButtonsEnabled(true);
+}
+
+void MainViewController::handleBackupDone() {
+    Supervisor& supervisor = Supervisor::shared();
+    CydiaFileManager& catalogue = CydiaFileManager::shared();
+    screen_->showNetworkActivity(false);
+    resetOperationStatus();
+    updateLabels();
+    if (backupDoneObserver_) {
+        NotificationCenter::defaultCenter().removeObserver(*backupDoneObserver_);
+        backupDoneObserver_.reset();
+    }
+    if (const auto engine = supervisor.currentStorageEngine()) engine->hideProgress();
+    if (supervisor.isCanceled()) {
+        ask(MainAlerts::fixed(MainAlerts::kOperationCanceled));
+    } else if (catalogue.hasSuccessfullySaveData()) {
+        ask(MainAlerts::backupDone(supervisor.isStorageAddressbook(), supervisor.storageEngineName()));
+    } else {
+        ask(MainAlerts::backupFailed(catalogue.errorMsg().value_or(""), supervisor.isStorageAddressbook(),
+                                     supervisor.storageEngineName()));
+        catalogue.setErrorMsg(std::nullopt);
+    }
+}
+
+void MainViewController::handleRestoreDone() {
+    Supervisor& supervisor = Supervisor::shared();
+    onMainQueue([](MainViewController& self) {
+        self.screen_->showNetworkActivity(false);
+        self.resetOperationStatus();
+        self.updateLabels();
+    });
+    supervisor.lowLevelStorePreferencesData(Platform::current().clock().date(), "LAST_RESTORE_DATE");
+    if (const auto engine = supervisor.currentStorageEngine()) engine->hideProgress();
+    const auto packages = CydiaFileManager::shared().oldPackages();
+    const bool anyRestored =
+        std::any_of(packages.begin(), packages.end(), [](const auto& package) { return package->isRestoreSelected(); });
+    ask(MainAlerts::restoreDone(anyRestored));
+}
+
+void MainViewController::handleDataImported(const std::shared_ptr<BackupSession>& session) {
+    const std::string date = session->sessionDate() ? gDateFormatter.stringFromDate(*session->sessionDate()) : "";
+    ask({.title = Strings::format("BACKUP_OF_DATE", date),
+         .message = fmt::format("Successfully imported {} packages", session->nbPackages()),
+         .buttons = {Strings::localized("OK_BUTTON")}});
+}
+
+void MainViewController::handleReloadDataNeeded() {
+    SH_LOG("Will Reload data...");
+    onMainQueue([](MainViewController& self) {
+        self.updateStorageIcon();
+        self.updateLabels();
+    });
+}
+
+}  // namespace stowhaven

@@ -1,0 +1,254 @@
+#include "flows/MainViewController.h"
+
+#include "core/CydiaFileManager.h"
+#include "core/DataToImport.h"
+#include "core/ProcessFlags.h"
+#include "core/Supervisor.h"
+#include "core/Text.h"
+#include "flows/MainAlerts.h"
+#include "flows/MainLabels.h"
+#include "items/ArchivableFolders.h"
+#include "items/PhotoVideoManager.h"
+#include "platform/Log.h"
+#include "platform/Platform.h"
+#include "platform/Strings.h"
+#include "platform/dispatch/DispatchTimer.h"
+#include "platform/dispatch/GlobalQueue.h"
+#include "platform/dispatch/MainQueue.h"
+#include "storage/StorageEngineFactory.h"
+
+#include <chrono>
+#include <thread>
+
+namespace stowhaven {
+
+namespace {
+
+constexpr std::chrono::milliseconds kAutobackupDelay{300};
+constexpr std::chrono::seconds kInitializationPoll{1};
+
+ConnectionOrientedStorageHelperProtocol* connectionOf(const std::shared_ptr<StorageHelperProtocol>& engine) {
+    return answersTo<ConnectionOrientedStorageHelperProtocol>(engine);
+}
+
+bool isLoggedIn(const std::shared_ptr<StorageHelperProtocol>& engine) {
+    ConnectionOrientedStorageHelperProtocol* connection = connectionOf(engine);
+    return connection == nullptr || connection->isLoggedIn();
+}
+
+void logStorageStates() {
+    const Supervisor& supervisor = Supervisor::shared();
+    SH_LOG(
+        "isStorageAddressbook:{:d} | isStorageBox:{:d} | isStorageDropbox:{:d} | isStorageFTP:{:d} | "
+        "isStorageGDrive:{:d} | isStorageLocal:{:d} | isStorageOwnCloud:{:d} | isStorageSkyDrive:{:d} | "
+        "isStorageSugarSync:{:d} | isLoggedIn:{:d}",
+        supervisor.isStorageAddressbook(), supervisor.isStorageBox(), supervisor.isStorageDropbox(),
+        supervisor.isStorageFTP(), supervisor.isStorageGDrive(), supervisor.isStorageLocal(),
+        supervisor.isStorageOwnCloud(), supervisor.isStorageSkyDrive(), supervisor.isStorageSugarSync(),
+        isLoggedIn(supervisor.currentStorageEngine()));
+}
+
+// An engine that connects in the background is waited for, until it is ready or failed.
+void waitForInitialization(const std::shared_ptr<StorageHelperProtocol>& engine) {
+    BackgroundInitialization* initialization = answersTo<BackgroundInitialization>(engine);
+    if (initialization == nullptr) return;
+    while (!initialization->isInitialized() && !engine->errorMessage())
+        std::this_thread::sleep_for(kInitializationPoll);
+    if (const auto error = engine->errorMessage()) SH_LOG("FTP Connection error: {}", *error);
+}
+
+void rereadAutobackupSetting() {
+    gAutobackupEnabled = Supervisor::shared().lowLevelGetBooleanPreferencesDataForKey("AutobackupEnabled");
+    gLaunchedFromNotification = false;
+}
+
+}  // namespace
+
+void MainViewController::viewDidLoad() {
+    initializeEventListeners();
+    initializeStorageEngine();
+    fInitialState_ = true;
+    isAutoBackupDone_ = false;
+    gIsBackupMode = true;
+    Supervisor& supervisor = Supervisor::shared();
+    if (const auto engine = supervisor.currentStorageEngine()) engine->showProgressOnView();
+    showLoadingWindow();
+    if (supervisor.isCloudStorage()) {
+        GlobalQueue::get(GlobalQueue::Priority::Background).async([] { PhotoVideoManager::shared().reset(); });
+    }
+}
+
+void MainViewController::initializeStorageEngine() {
+    Supervisor& supervisor = Supervisor::shared();
+    if (!supervisor.isStorageAddressbook()) {
+        const auto engine = createStorageEngine(supervisor.currentStorageType());
+        if (engine) {
+            waitForInitialization(engine);
+        } else {
+            SH_LOG("No {} engine in this build", supervisor.storageEngineName());
+            fallBackToLocalStorage(Strings::format("STORAGE_NOT_AVAILABLE_MESSAGE", supervisor.storageEngineName()));
+        }
+    }
+    supervisor.setCaller(AlertPresenter::shared());
+}
+
+void MainViewController::showLoadingWindow() {
+    Supervisor::shared().showActivityIndicatorViewWithMessage(
+        Strings::localized(gAutoScanPkgEnabled ? "SCANNING_ALL_PACKAGES" : "LOADING_PREVIOUS_BACKUP"), false);
+}
+
+void MainViewController::viewDidAppear() {
+    Supervisor& supervisor = Supervisor::shared();
+    const auto engine = supervisor.currentStorageEngine();
+    if (fDropboxConnectMode_) {
+        fDropboxConnectMode_ = false;
+        if (LoginCompletion* login = answersTo<LoginCompletion>(engine)) {
+            if (isLoggedIn(engine)) {
+                showLoadingWindow();
+                login->loginControllerDidLogin();
+            } else {
+                login->loginControllerDidCancel();
+            }
+        }
+        return;
+    }
+    // The reset asked for in the settings is under way, and ends the process.
+    if (supervisor.lowLevelGetBooleanPreferencesDataForKey("ResetSettings")) return;
+    if (allScansOff()) {
+        ask(MainAlerts::fixed(MainAlerts::kNoScansEnabled));
+        screen_->setJobButtonsEnabled(false);
+        return;
+    }
+    const auto storedVersion = supervisor.lowLevelGetStringPreferencesDataForKey("CurrentVersion");
+    if (!storedVersion || std::is_neq(textutil::caseInsensitiveOrder(*storedVersion, supervisor.version()))) {
+        supervisor.lowLevelStorePreferencesData(supervisor.version(), "CurrentVersion");
+    }
+    if (fInitialState_) {
+        loadInitialData();
+        return;
+    }
+    checkForDataToImport();
+    if (CydiaFileManager::shared().backupSessions().empty() && !backupModeShown_) configureUIBackupMode();
+    updateBackupSizeLabel();
+}
+
+void MainViewController::loadInitialData() {
+    Supervisor& supervisor = Supervisor::shared();
+    CydiaFileManager::shared().resetAllData();
+    logStorageStates();
+    if (isNetworkStorage() && !hasNetwork()) {
+        fallBackToLocalStorage(Strings::localized("NO_INTERNET_LOCAL_STORAGE_MESSAGE"));
+    }
+    const auto engine = supervisor.currentStorageEngine();
+    ConnectionOrientedStorageHelperProtocol* connection = connectionOf(engine);
+    if (supervisor.isStorageDropbox() && connection != nullptr && !connection->isLoggedIn()) {
+        // The link is made on the service's own screen; the load follows once it is.
+        fDropboxConnectMode_ = true;
+        supervisor.dismissActivityIndicatorView();
+        engine->setSuccessSelector(
+            [weak = weak_from_this()](const HookObject&) {
+                if (const auto self = weak.lock()) self->loadData();
+            },
+            {});
+        connection->connect();
+        return;
+    }
+    if (supervisor.isCloudStorage() && connection != nullptr && !connection->isLoggedIn()) connection->connect();
+    loadData();
+}
+
+void MainViewController::fallBackToLocalStorage(const std::string& message) {
+    Supervisor& supervisor = Supervisor::shared();
+    if (const auto engine = supervisor.currentStorageEngine()) engine->hideProgress();
+    supervisor.setStorageToLocal();
+    if (!supervisor.currentStorageEngine()) createStorageEngine(StorageType::Local);
+    updateStorageIcon();
+    ask({.title = Strings::localized("WARNING"), .message = message, .buttons = {Strings::localized("OK_BUTTON")}});
+}
+
+void MainViewController::loadData() {
+    Supervisor& supervisor = Supervisor::shared();
+    if (isNetworkStorage() && !hasNetwork()) {
+        supervisor.displayNoInternetConnectionMessage();
+        return;
+    }
+    SH_LOG("Loading data...");
+    if (fInitialState_) {
+        showLoadingWindow();
+        if (const auto engine = supervisor.currentStorageEngine()) engine->showProgressOnView();
+    }
+    GlobalQueue::get(GlobalQueue::Priority::Background).async([] { CydiaFileManager::shared().loadPackages(); });
+}
+
+void MainViewController::reloadAll() {
+    Supervisor& supervisor = Supervisor::shared();
+    supervisor.resetCancelStatus();
+    onMainQueue([](MainViewController& self) { self.screen_->showLabels({"...", "...", "...", "..."}); });
+    showLoadingWindow();
+    GlobalQueue::get(GlobalQueue::Priority::Background).async([weak = weak_from_this()] {
+        const auto self = weak.lock();
+        if (!self) return;
+        Supervisor& supervisor = Supervisor::shared();
+        if (supervisor.isCloudStorage()) PhotoVideoManager::shared().reset();
+        CydiaFileManager::shared().resetAllData();
+        supervisor.cloudStorageFlushCache();
+        self->fInitialState_ = true;
+        self->loadData();
+        self->onMainQueue([](MainViewController& controller) { controller.updateStorageIcon(); });
+    });
+}
+
+void MainViewController::handleDataLoaded() {
+    Supervisor& supervisor = Supervisor::shared();
+    CydiaFileManager& catalogue = CydiaFileManager::shared();
+    if (fInitialState_) {
+        ArchivableFolders::resetFolder();
+        fInitialState_ = false;
+    }
+    supervisor.dismissActivityIndicatorView();
+    onMainQueue([](MainViewController& self) { self.updateLabels(); });
+    SH_LOG("Data loaded!");
+    restorableDefaultApps_ = catalogue.countAppleStockApps();
+    supervisor.hasValidFreeSpace();
+
+    if (!DataToImport::url()) {
+        if (const auto error = catalogue.errorMsg()) {
+            SH_LOG("{}", *error);
+            const auto engine = supervisor.currentStorageEngine();
+            const bool otherDevices = engine && engine->availableDeviceBackups().size() > 1;
+            ask(MainAlerts::loadError(*error, otherDevices));
+            onMainQueue([](MainViewController&) { CydiaFileManager::shared().setErrorMsg(std::nullopt); });
+        }
+        if ((gLaunchedFromNotification || gAutobackupEnabled) && !isAutoBackupDone_) {
+            isAutoBackupDone_ = true;
+            if (!hasOperationRestrictions()) {
+                startAutomaticBackup();
+                return;
+            }
+            rereadAutobackupSetting();
+        }
+    }
+    checkForDataToImport();
+}
+
+void MainViewController::startAutomaticBackup() {
+    SH_LOG("Activating autobackup on startup...");
+    DispatchTimer::shared().schedule(kAutobackupDelay, MainQueue::shared(), [weak = weak_from_this()] {
+        const auto self = weak.lock();
+        if (!self) return;
+        CydiaFileManager& catalogue = CydiaFileManager::shared();
+        catalogue.setBackupTitle("Autobackup");
+        catalogue.setBackupDescription(gDisplayDateFormatter.stringFromDate(Platform::current().clock().date()));
+        self->doBackup();
+        rereadAutobackupSetting();
+        self->checkForDataToImport();
+    });
+}
+
+void MainViewController::checkForDataToImport() {
+    if (!DataToImport::url()) return;
+    ask(MainAlerts::fixed(MainAlerts::kUseImportedData));
+    CydiaFileManager::shared().setErrorMsg(std::nullopt);
+}
+
+}  // namespace stowhaven
