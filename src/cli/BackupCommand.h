@@ -1,25 +1,23 @@
 #pragma once
 
-#include <optional>
+#include "cli/JobRequest.h"
+
 #include <ostream>
-#include <string>
 
 namespace stowhaven {
 
-// "stowhaven backup --yes": a whole backup of the current selection (the saved defaults) on
-// the current storage engine, with its progress on standard error. Exits 0 when the backup
-// succeeded, 1 when it failed (with the reason), 2 for a usage error.
+class TerminalFlow;
+
+// "stowhaven backup": a backup of the current selection (the saved defaults) on the current
+// storage engine through the main flow, its questions asked on the terminal or answered by
+// the options, its progress on standard error. Exits 0 when the backup succeeded, 1 when it
+// failed or could not start, 2 for a usage error or an unanswered question, 130 when
+// canceled.
 class BackupCommand {
 public:
-    struct Request {
-        bool confirmed = false;
-        std::optional<std::string> title;
-        std::optional<std::string> description;
-        // A file whose first line is the key of an encrypted backup.
-        std::optional<std::string> keyFile;
-    };
-
-    static int run(const Request& request, std::ostream& out, std::ostream& errors);
+    static int run(const JobRequest& request, std::ostream& out, std::ostream& errors);
+    // The status of the backup the flow ran last, or of its absence.
+    static int outcome(TerminalFlow& flow, std::size_t alertsBefore, std::ostream& out, std::ostream& errors);
 };
 
 }  // namespace stowhaven

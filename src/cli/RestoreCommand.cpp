@@ -1,15 +1,11 @@
 #include "cli/RestoreCommand.h"
 
-#include "cli/CatalogueLoad.h"
-#include "cli/KeyFile.h"
-#include "cli/OperationRun.h"
-#include "cli/ProgressLine.h"
+#include "cli/RestoreLog.h"
+#include "cli/TerminalFlow.h"
 #include "core/CydiaFileManager.h"
-#include "core/ProcessFlags.h"
 #include "core/Supervisor.h"
-#include "core/Text.h"
+#include "flows/MainAlerts.h"
 #include "platform/Terminal.h"
-#include "restore/RestoreOperation.h"
 #include "restore/RestoreSelection.h"
 #include "storage/StorageLayout.h"
 
@@ -28,84 +24,51 @@ std::shared_ptr<BackupSession> sessionOfStamp(const std::string& stamp) {
     if (const auto engine = supervisor.currentStorageEngine(); engine && !supervisor.isStorageAddressbook()) {
         engine->retrieveRestOfBackupHistory();
     }
-    const auto date = StorageLayout::dateOfStamp(stamp);
-    if (!date) return nullptr;
+    if (!StorageLayout::dateOfStamp(stamp)) return nullptr;
     for (const auto& session : CydiaFileManager::shared().backupSessions()) {
         if (session->sessionDate() && StorageLayout::stamp(*session->sessionDate()) == stamp) return session;
     }
     return nullptr;
 }
 
-const char* markOf(const CydiaFile& package) {
-    if (package.isSuccessfullyInstalled()) return "installed";
-    if (package.isAlreadyInstalled()) return "already installed";
-    return "failed";
-}
-
-// The restore log; answers whether every package went in.
-bool printRestoreLog(const CydiaFileManager::Packages& packages, std::ostream& out) {
-    bool allIn = true;
-    fmt::print(out, "{} package(s) restored\n", packages.size());
-    for (const auto& package : packages) {
-        const char* mark = markOf(*package);
-        allIn = allIn && std::string_view(mark) != "failed";
-        fmt::print(out, "  {:<17}  {} ({} {})\n", mark, textutil::orNull(package->name()),
-                   textutil::orNull(package->packageName()), textutil::orNull(package->version()));
-    }
-    return allIn;
+bool restoreRan(TerminalFlow& flow, std::size_t alertsBefore) {
+    const auto& shown = flow.alerts().shown();
+    return std::any_of(shown.begin() + static_cast<std::ptrdiff_t>(alertsBefore), shown.end(),
+                       [](const auto& alert) { return alert.tag == MainAlerts::kRestoreDone; });
 }
 
 }  // namespace
 
 int RestoreCommand::run(const Request& request, std::ostream& out, std::ostream& errors) {
-    if (!request.confirmed) {
-        fmt::print(errors, "stowhaven: a restore starts only when confirmed: add --yes\n");
-        return 2;
-    }
-    gIsBackupMode = false;
-    if (!loadCatalogue()) {
-        fmt::print(errors, "stowhaven: the {} engine is not available in this build\n",
-                   Supervisor::shared().storageEngineName());
-        return 1;
-    }
+    const auto presets = request.job.presets(errors);
+    if (!presets) return 2;
+    TerminalFlow flow(errors, {*presets, Terminal::isStandardInputATerminal(), true});
+    if (!flow.appear()) return statusWithoutJob(flow, "restore", errors);
     CydiaFileManager& catalogue = CydiaFileManager::shared();
+    const std::string engineName = Supervisor::shared().storageEngineName();
     if (request.session) {
         const auto session = sessionOfStamp(*request.session);
         if (!session) {
-            fmt::print(errors, "stowhaven: no session {} on {}\n", *request.session,
-                       Supervisor::shared().storageEngineName());
+            fmt::print(errors, "stowhaven: no session {} on {}\n", *request.session, engineName);
             return 2;
         }
         if (session != catalogue.currentBackupSession()) catalogue.changeCurrentBackupSessionTo(session);
     }
     const auto session = catalogue.currentBackupSession();
     if (!session) {
-        fmt::print(errors, "stowhaven: there is no session to restore on {}\n",
-                   Supervisor::shared().storageEngineName());
+        fmt::print(errors, "stowhaven: there is no session to restore on {}\n", engineName);
         return 1;
     }
-    if (session->isEncrypted()) {
-        const auto key = request.keyFile ? keyFromFile(*request.keyFile) : std::nullopt;
-        if (!key || !session->isValidEncryptionKey(*key)) {
-            fmt::print(errors, "stowhaven: the session is encrypted: add --key-file FILE with its key\n");
-            return 2;
-        }
-    }
+    flow.controller().configureUIRestoreMode();
     selectRestoreDefaults(*session);
-    {
-        const ProgressLine progress(errors, Terminal::isStandardErrorATerminal());
-        runOperation(std::make_shared<RestoreOperation>());
-    }
-    const auto restored = catalogue.selectedRestorePackages();
-    const bool allIn = printRestoreLog(restored, out);
-    if (request.logOf) {
-        const auto found = std::find_if(restored.begin(), restored.end(),
-                                        [&](const auto& package) { return package->packageName() == request.logOf; });
-        if (found == restored.end()) {
-            fmt::print(errors, "stowhaven: no install log of {}\n", *request.logOf);
-        } else {
-            fmt::print(out, "\nInstall log of {}:\n{}\n", *request.logOf, (*found)->installLog().value_or(""));
-        }
+    const std::size_t before = flow.alerts().shown().size();
+    flow.controller().doOperation();
+    flow.settle();
+    if (!restoreRan(flow, before)) return statusWithoutJob(flow, "restore", errors);
+    const bool allIn = printRestoreLog(catalogue.selectedRestorePackages(), request.logOf, out, errors);
+    if (Supervisor::shared().isCanceled()) {
+        fmt::print(errors, "stowhaven: the restore was canceled\n");
+        return 130;
     }
     return allIn ? 0 : 1;
 }

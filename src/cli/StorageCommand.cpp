@@ -1,5 +1,6 @@
 #include "cli/StorageCommand.h"
 
+#include "cli/EngineChoice.h"
 #include "core/ProcessFlags.h"
 #include "core/Supervisor.h"
 #include "storage/StorageEngineFactory.h"
@@ -7,57 +8,23 @@
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 
-#include <array>
-
 namespace stowhaven {
 
 namespace {
 
-struct EngineName {
-    const char* name;
-    StorageType type;
-};
-
-// The engines by the short names the command takes, in type order.
-constexpr std::array<EngineName, 9> kEngineNames = {{{"addressbook", StorageType::Addressbook},
-                                                     {"dropbox", StorageType::Dropbox},
-                                                     {"sugarsync", StorageType::SugarSync},
-                                                     {"onedrive", StorageType::SkyDrive},
-                                                     {"box", StorageType::Box},
-                                                     {"local", StorageType::Local},
-                                                     {"ftp", StorageType::FTP},
-                                                     {"gdrive", StorageType::GDrive},
-                                                     {"owncloud", StorageType::OwnCloud}}};
-
-std::optional<StorageType> typeNamed(const std::string& name) {
-    for (const EngineName& engine : kEngineNames) {
-        if (name == engine.name) return engine.type;
-    }
-    return std::nullopt;
-}
-
-std::string knownNames() {
-    std::string names;
-    for (const EngineName& engine : kEngineNames) names += (names.empty() ? "" : ", ") + std::string(engine.name);
-    return names;
-}
-
 int use(const std::string& name, std::ostream& out, std::ostream& errors) {
-    const auto type = typeNamed(name);
+    const auto type = storageTypeNamed(name);
     if (!type) {
-        fmt::print(errors, "stowhaven: no storage engine is named <{}>; the engines are {}\n", name, knownNames());
+        fmt::print(errors, "stowhaven: no storage engine is named <{}>; the engines are {}\n", name,
+                   storageEngineNames());
         return 2;
     }
-    Supervisor& supervisor = Supervisor::shared();
-    const StorageType before = supervisor.currentStorageType();
-    supervisor.setCurrentStorageType(*type);
-    if (!createStorageEngine(*type)) {
-        supervisor.setCurrentStorageType(before);
+    if (!useStorageEngine(*type)) {
         fmt::print(errors, "stowhaven: the {} engine is not available in this build\n", name);
         return 2;
     }
     // An engine that can't work falls back to another as it starts; the user learns which.
-    supervisor.persistStorageType();
+    const Supervisor& supervisor = Supervisor::shared();
     fmt::print(out, "Storage is now {} (type {}).\n", supervisor.storageEngineName(),
                static_cast<std::int64_t>(supervisor.currentStorageType()));
     return 0;

@@ -1,6 +1,7 @@
 #include "cli/BackupCommand.h"
 #include "cli/HistoryCommand.h"
 #include "cli/HistoryViewCommand.h"
+#include "cli/InteractiveSession.h"
 #include "cli/ItemsCommand.h"
 #include "cli/OpenCommand.h"
 #include "cli/PackagesCommand.h"
@@ -8,7 +9,8 @@
 #include "cli/SettingsCommand.h"
 #include "cli/StatusCommand.h"
 #include "cli/StorageCommand.h"
-#include "cli/TerminalAlertPresenter.h"
+#include "cli/TerminalAlerts.h"
+#include "cli/TerminalFlow.h"
 #include "core/LanguageOrder.h"
 #include "core/StowhavenAppDelegate.h"
 #include "platform/DeviceFacts.h"
@@ -17,6 +19,7 @@
 #include "platform/LifeCycleSignals.h"
 #include "platform/Log.h"
 #include "platform/SystemLocale.h"
+#include "platform/Terminal.h"
 #include "platform/UserDefaults.h"
 #include "platform/dispatch/MainQueue.h"
 
@@ -33,14 +36,31 @@ namespace {
 // installed set-user-id root.
 bool becomeRoot() { return setuid(0) == 0 && setgid(0) == 0; }
 
-// The life-cycle events that signals bring go to the main thread, like the others.
+constexpr int kUsageError = 2;
+constexpr int kInterrupted = 130;
+
+// The life-cycle events that signals bring go to the main thread, like the others. Ctrl-C
+// is the running flow's to take, during a job or a question; otherwise the user leaves.
 void watchLifeCycleSignals(StowhavenAppDelegate* delegate) {
     const auto onMainQueue = [](Block event) { return [event] { MainQueue::shared().async(event); }; };
     LifeCycleSignals::watch({
         .hangUp = onMainQueue([delegate] { delegate->applicationDidEnterBackground(0); }),
         .terminate = onMainQueue([delegate] { delegate->applicationWillTerminate(); }),
         .resume = onMainQueue([delegate] { delegate->applicationWillEnterForeground(); }),
+        .interrupt =
+            [delegate] {
+                if (!TerminalFlow::interruptCurrent()) {
+                    MainQueue::shared().async([delegate] { delegate->applicationDidEnterBackground(kInterrupted); });
+                }
+            },
     });
+}
+
+// The options that answer a job's questions, shared by backup, restore and open.
+void addAnswerOptions(CLI::App* command, JobRequest& request) {
+    command->add_flag("--yes", request.confirmed, "Confirm, and take the defaults of questions not answered otherwise");
+    command->add_option("--key-file", request.keyFile,
+                        "A file whose first line is the key (or set STOWHAVEN_KEY; never the key itself here)");
 }
 
 }  // namespace
@@ -48,9 +68,11 @@ void watchLifeCycleSignals(StowhavenAppDelegate* delegate) {
 int main(int argc, char** argv) {
     MainQueue::shared().bindToCurrentThread();
 
-    CLI::App app{"Backs up and restores what the owner has made of the device."};
+    CLI::App app{
+        "Backs up and restores what the owner has made of the device. Without a command, the main "
+        "screen opens on the terminal."};
     app.set_version_flag("--version", std::string("stowhaven ") + STOWHAVEN_VERSION);
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
 
     std::string root = "/";
     bool verbose = false;
@@ -95,24 +117,36 @@ int main(int argc, char** argv) {
     storageUse->add_option("engine", storageEngine, "local, ftp, dropbox...")->required();
 
     std::string openTarget;
+    JobRequest openRequest;
     CLI::App* open = app.add_subcommand("open", "Hand the program stowhaven://autobackup or a file to import");
     open->add_option("target", openTarget, "stowhaven://autobackup, or a file")->required();
+    open->add_flag("--yes", openRequest.confirmed, "Take the file's session without asking");
 
-    BackupCommand::Request backupRequest;
+    JobRequest backupRequest;
     CLI::App* backup = app.add_subcommand("backup", "Back up the current selection to the current storage");
-    backup->add_flag("--yes", backupRequest.confirmed, "Confirm the backup");
+    addAnswerOptions(backup, backupRequest);
     backup->add_option("--title", backupRequest.title, "The session's title");
     backup->add_option("--description", backupRequest.description, "The session's description");
-    backup->add_option("--key-file", backupRequest.keyFile, "A file whose first line is the key of an encrypted backup");
 
     RestoreCommand::Request restoreRequest;
-    CLI::App* restore = app.add_subcommand("restore", "Restore the current session, or another, from the current storage");
-    restore->add_flag("--yes", restoreRequest.confirmed, "Confirm the restore");
+    CLI::App* restore =
+        app.add_subcommand("restore", "Restore the current session, or another, from the current storage");
+    addAnswerOptions(restore, restoreRequest.job);
+    restore->add_flag("--fw-compatible-only", restoreRequest.job.firmwareCompatibleOnly,
+                      "Restore only the packages made for the device's firmware");
     restore->add_option("--session", restoreRequest.session, "The session's stamp, as the history lists it");
-    restore->add_option("--key-file", restoreRequest.keyFile, "A file whose first line is the session's key");
     restore->add_option("--log", restoreRequest.logOf, "Also show the install log of this package");
 
-    CLI11_PARSE(app, argc, argv);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        // Help and version end well; every other parse error is a usage error.
+        return app.exit(error) == 0 ? 0 : kUsageError;
+    }
+    if (app.get_subcommands().empty() && !Terminal::isStandardInputATerminal()) {
+        std::cerr << "stowhaven: without a command the program needs a terminal to ask on; see stowhaven --help\n";
+        return kUsageError;
+    }
 
     if (!becomeRoot()) {
         std::cerr << "stowhaven: must run as root (it installs packages and restores system files)\n";
@@ -122,17 +156,19 @@ int main(int argc, char** argv) {
     bool isDirectory = false;
     if (!FileManager::fileExists(root, isDirectory) || !isDirectory) {
         std::cerr << "stowhaven: the device root <" << root << "> is not a folder\n";
-        return 2;
+        return kUsageError;
     }
     if (!DeviceRoot::set(root)) {
         std::cerr << "stowhaven: the device root <" << root << "> may only hold letters, digits and / . _ - +\n";
-        return 2;
+        return kUsageError;
     }
 
     SH_LOG("systemVersion: {}", DeviceFactsReader::read().systemVersion);
     LanguageOrder::setUp(UserDefaults::standard(), SystemLocale::preferredLanguages());
 
-    AlertPresenter::setShared(std::make_shared<TerminalAlertPresenter>(std::cerr));
+    // Commands that run no flow still show what goes wrong; the flows answer their own alerts.
+    AlertPresenter::setShared(
+        std::make_shared<TerminalAlerts>(std::cerr, nullptr, PresetAnswers{}, Terminal::standardErrorWidth()));
     StowhavenAppDelegate::initialize();
     StowhavenAppDelegate delegate;
     delegate.didFinishLaunchingWithOptions();
@@ -142,9 +178,13 @@ int main(int argc, char** argv) {
     MainQueue::shared().async([&] {
         StowhavenAppDelegate::startupSweep().wait();
         int status = 0;
+        if (app.get_subcommands().empty()) status = InteractiveSession::start(std::cout);
         if (packages->parsed()) status = PackagesCommand::run(packagesAsJson, std::cout, std::cerr);
         if (settings->parsed()) status = SettingsCommand::run(settingsRequest, std::cout, std::cerr);
-        if (open->parsed()) status = OpenCommand::run(delegate, openTarget, std::cout, std::cerr);
+        if (open->parsed()) {
+            const auto presets = openRequest.presets(std::cerr);
+            status = presets ? OpenCommand::run(delegate, openTarget, *presets, std::cout, std::cerr) : kUsageError;
+        }
         if (items->parsed()) status = ItemsCommand::run(itemsAsJson, std::cout, std::cerr);
         if (storage->parsed()) status = StorageCommand::run(storageEngine, std::cout, std::cerr);
         if (statusCommand->parsed()) status = StatusCommand::run(statusAsJson, std::cout, std::cerr);

@@ -72,8 +72,9 @@ public:
     // Takes in sessions read from storage. The first sessions become the current one's
     // list; later ones join it unless a session of that second is known.
     void processBackupData(const Sessions& sessions, bool withNotification);
-    // Imports the history text of a file handed to the program, as the current session.
-    void importData();
+    // Imports the history text of a file handed to the program, as the current session;
+    // false when the file held none.
+    bool importData();
     // The comparison of the device and the current session, then "DATA_LOADED".
     void processLoadedPackages();
     void processRawCydiaFileData();

@@ -162,20 +162,20 @@ void CydiaFileManager::takeHistoryFile(const std::string& path) {
 
 // The handed-in file stays where it is: the URL is dropped as soon as the file is read, and
 // nothing removes the file.
-void CydiaFileManager::importData() {
+bool CydiaFileManager::importData() {
     const auto url = DataToImport::url();
-    if (!url) return;
+    if (!url) return false;
     const std::string path = url->starts_with("file://") ? url->substr(7) : *url;
     std::string error;
     const auto text = FileManager::contentsOfFile(path, &error);
     DataToImport::setURL(std::nullopt);
     if (!text) {
         SH_LOG("Error <{}> while reading data from <{}>.", error, *url);
-        return;
+        return false;
     }
-    if (text->empty()) return;
+    if (text->empty()) return false;
     const Sessions sessions = sessionsOfSharedText(*text);
-    if (sessions.empty()) return;
+    if (sessions.empty()) return false;
     const auto session = sessions.back();
     if (const auto& title = session->title(); title && !title->ends_with(kImportedTitleSuffix)) {
         session->setTitle(*title + std::string(kImportedTitleSuffix));
@@ -186,6 +186,7 @@ void CydiaFileManager::importData() {
         addSessionSorted(session);
     }
     processLoadedPackages();
+    return true;
 }
 
 void CydiaFileManager::addSessionSorted(const std::shared_ptr<BackupSession>& session) {

@@ -73,6 +73,10 @@ public:
     // A run whose job is named from the start has no automatic backup to decide on.
     void setAutoBackupDone(bool done) { isAutoBackupDone_ = done; }
     int restorableDefaultApps() const { return restorableDefaultApps_; }
+    // From the start of a load until its end is handled.
+    bool isLoadUnderWay() const { return loadUnderWay_; }
+    // The automatic backup is decided on and starts in a moment.
+    bool isAutomaticBackupPending() const { return automaticBackupPending_; }
 
 private:
     explicit MainViewController(std::shared_ptr<MainScreen> screen);
@@ -126,6 +130,8 @@ private:
     std::atomic<bool> fDropboxConnectMode_{false};
     std::atomic<bool> backupModeShown_{true};
     std::atomic<bool> working_{false};
+    std::atomic<bool> loadUnderWay_{false};
+    std::atomic<bool> automaticBackupPending_{false};
     std::atomic<int> restorableDefaultApps_{0};
     // The first entry of a new key, while it waits for its confirmation.
     std::optional<std::string> encryptionKey_;

@@ -124,10 +124,8 @@ void MainViewController::alertAnswered(int tag, const AlertAnswer& answer) {
             break;
         case MainAlerts::kUseImportedData:
             if (button == 0) DataToImport::setURL(std::nullopt);
-            if (button == 1) {
-                CydiaFileManager::shared().importData();
-                configureUIRestoreMode();
-            }
+            // The imported session is one to restore.
+            if (button == 1 && CydiaFileManager::shared().importData()) configureUIRestoreMode();
             break;
         case MainAlerts::kRestoreDone:
             if (button == 1) Supervisor::shared().reboot();

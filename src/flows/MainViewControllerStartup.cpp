@@ -177,6 +177,7 @@ void MainViewController::loadData() {
         showLoadingWindow();
         if (const auto engine = supervisor.currentStorageEngine()) engine->showProgressOnView();
     }
+    loadUnderWay_ = true;
     GlobalQueue::get(GlobalQueue::Priority::Background).async([] { CydiaFileManager::shared().loadPackages(); });
 }
 
@@ -188,10 +189,10 @@ void MainViewController::reloadAll() {
     GlobalQueue::get(GlobalQueue::Priority::Background).async([weak = weak_from_this()] {
         const auto self = weak.lock();
         if (!self) return;
-        Supervisor& supervisor = Supervisor::shared();
-        if (supervisor.isCloudStorage()) PhotoVideoManager::shared().reset();
+        Supervisor& services = Supervisor::shared();
+        if (services.isCloudStorage()) PhotoVideoManager::shared().reset();
         CydiaFileManager::shared().resetAllData();
-        supervisor.cloudStorageFlushCache();
+        services.cloudStorageFlushCache();
         self->fInitialState_ = true;
         self->loadData();
         self->onMainQueue([](MainViewController& controller) { controller.updateStorageIcon(); });
@@ -223,16 +224,19 @@ void MainViewController::handleDataLoaded() {
             isAutoBackupDone_ = true;
             if (!hasOperationRestrictions()) {
                 startAutomaticBackup();
+                loadUnderWay_ = false;
                 return;
             }
             rereadAutobackupSetting();
         }
     }
     checkForDataToImport();
+    loadUnderWay_ = false;
 }
 
 void MainViewController::startAutomaticBackup() {
     SH_LOG("Activating autobackup on startup...");
+    automaticBackupPending_ = true;
     DispatchTimer::shared().schedule(kAutobackupDelay, MainQueue::shared(), [weak = weak_from_this()] {
         const auto self = weak.lock();
         if (!self) return;
@@ -240,6 +244,7 @@ void MainViewController::startAutomaticBackup() {
         catalogue.setBackupTitle("Autobackup");
         catalogue.setBackupDescription(gDisplayDateFormatter.stringFromDate(Platform::current().clock().date()));
         self->doBackup();
+        self->automaticBackupPending_ = false;
         rereadAutobackupSetting();
         self->checkForDataToImport();
     });

@@ -53,8 +53,15 @@ void HostShell::systemExecute(const std::string& command) {
     std::vector<char*> envp = pointersTo(environment);
 
     SpawnActions actions(TemporaryDirectory::path());
+    // A process group of its own: Ctrl-C on the terminal reaches the program, which asks
+    // whether to cancel, and never cuts a command short.
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+    posix_spawnattr_setpgroup(&attributes, 0);
     pid_t child = 0;
-    const int spawnError = posix_spawn(&child, "/bin/sh", actions.get(), nullptr, argv.data(), envp.data());
+    const int spawnError = posix_spawn(&child, "/bin/sh", actions.get(), &attributes, argv.data(), envp.data());
+    posix_spawnattr_destroy(&attributes);
     if (spawnError != 0) {
         SH_LOG("Couldn't start the shell: {}", std::strerror(spawnError));
         return;

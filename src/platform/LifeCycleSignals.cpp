@@ -35,6 +35,7 @@ void serve(const LifeCycleSignals::Handlers& handlers) {
         if (number == SIGHUP && handlers.hangUp) handlers.hangUp();
         if (number == SIGTERM && handlers.terminate) handlers.terminate();
         if (number == SIGCONT && handlers.resume) handlers.resume();
+        if (number == SIGINT && handlers.interrupt) handlers.interrupt();
     }
 }
 
@@ -51,7 +52,7 @@ void LifeCycleSignals::watch(Handlers handlers) {
     action.sa_handler = noteSignal;
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESTART;
-    for (const int number : {SIGHUP, SIGTERM, SIGCONT}) sigaction(number, &action, nullptr);
+    for (const int number : {SIGHUP, SIGTERM, SIGCONT, SIGINT}) sigaction(number, &action, nullptr);
 }
 
 }  // namespace stowhaven

@@ -1,22 +1,18 @@
 #include "platform/SystemLocale.h"
 
+#include "platform/Environment.h"
+
 #include <algorithm>
-#include <cstdlib>
 #include <string_view>
 
 namespace stowhaven {
 
 namespace {
 
-std::string variable(const char* name) {
-    const char* value = std::getenv(name);
-    return value ? value : "";
-}
-
 // The locale of the messages, as the C library chooses it.
 std::string localeName() {
     for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-        if (std::string value = variable(name); !value.empty()) return value;
+        if (std::string value = environmentVariable(name).value_or(""); !value.empty()) return value;
     }
     return "C";
 }
@@ -40,7 +36,7 @@ std::vector<std::string> SystemLocale::preferredLanguages() {
     const std::string locale = localeName();
     if (isPortable(locale)) return {"en"};
     // GNU's LANGUAGE, a list split by colons, counts only beside a real locale.
-    const std::string preferred = variable("LANGUAGE");
+    const std::string preferred = environmentVariable("LANGUAGE").value_or("");
     std::string_view list = preferred.empty() ? locale : preferred;
     std::vector<std::string> languages;
     while (!list.empty()) {

@@ -44,8 +44,7 @@ TEST_F(CatalogueTest, TheScanGivesTheRecordsOfTheHandledPackages) {
                                      "System: PreferenceLoader", "Tweaks: net.tinkerlane.quietbadges"));
 
     const CydiaFile& badges = *sections[3]->packages()[0];
-    EXPECT_THAT(*badges.dependsList(),
-                ElementsAre("mobilesubstrate", "net.tinkerlane.gesturekit", "preferenceloader"));
+    EXPECT_THAT(*badges.dependsList(), ElementsAre("mobilesubstrate", "net.tinkerlane.gesturekit", "preferenceloader"));
     EXPECT_FALSE(badges.firmwareSpecs());
     EXPECT_EQ(sections[2]->packages()[0]->firmwareSpecs(), "firmware (>= 3.0)");
     EXPECT_TRUE(sections[2]->packages()[0]->isFirmwareCompatible("8.1.2"));

@@ -12,8 +12,9 @@ namespace {
 
 // The host's own view, without the device root's variables.
 bool hostKnowsPackage(const std::string& identifier) {
-    return std::system(("env -u DPKG_ROOT -u DPKG_ADMINDIR -u APT_CONFIG dpkg-query -W " + identifier +
-                        " >/dev/null 2>&1").c_str()) == 0;
+    return std::system(
+               ("env -u DPKG_ROOT -u DPKG_ADMINDIR -u APT_CONFIG dpkg-query -W " + identifier + " >/dev/null 2>&1")
+                   .c_str()) == 0;
 }
 
 bool hostAptKnowsPackage(const std::string& identifier) {

@@ -34,9 +34,7 @@ std::string contentsOf(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-void write(const std::string& path, const std::string& contents) {
-    std::ofstream(path, std::ios::binary) << contents;
-}
+void write(const std::string& path, const std::string& contents) { std::ofstream(path, std::ios::binary) << contents; }
 
 // Runs `openssl` with these arguments, no shell between, and answers whether it succeeded.
 bool runOpenssl(std::vector<std::string> arguments) {
@@ -84,14 +82,16 @@ TEST_F(FileCipherTest, AFileItEnciphersDeciphersWithPlainOpenssl) {
     EXPECT_TRUE(enciphered.starts_with("U2FsdGVkX1")) << "Base64 of the salted format";
     EXPECT_FALSE(fs::exists(temporary_));
     const std::string plain = folder_ / "plain";
-    ASSERT_TRUE(runOpenssl({"enc", "-d", "-a", "-salt", "-aes-256-cbc", "-in", path_, "-k", kPassPhrase, "-out", plain}));
+    ASSERT_TRUE(
+        runOpenssl({"enc", "-d", "-a", "-salt", "-aes-256-cbc", "-in", path_, "-k", kPassPhrase, "-out", plain}));
     EXPECT_EQ(contentsOf(plain), original_);
 }
 
 TEST_F(FileCipherTest, AFilePlainOpensslEnciphersItDeciphers) {
     const std::string plain = folder_ / "plain";
     write(plain, original_);
-    ASSERT_TRUE(runOpenssl({"enc", "-e", "-a", "-salt", "-aes-256-cbc", "-in", plain, "-k", kPassPhrase, "-out", path_}));
+    ASSERT_TRUE(
+        runOpenssl({"enc", "-e", "-a", "-salt", "-aes-256-cbc", "-in", plain, "-k", kPassPhrase, "-out", path_}));
 
     FileCipher::decryptFileAtPath(path_, temporary_);
     EXPECT_EQ(contentsOf(path_), original_);

@@ -106,15 +106,22 @@ TEST_F(SettingsProgramTest, SettingAValueChecksItsKindAndWritesNothingOnARefusal
               nlohmann::json({{"key", "SoundEnabled"}, {"kind", "boolean"}, {"value", false}, {"default", false}}));
 }
 
-TEST_F(SettingsProgramTest, OpenTakesTheAutobackupURLForThisRunOnlyAndHoldsAFileForImport) {
+TEST_F(SettingsProgramTest, OpenRunsTheAutomaticBackupForThisRunOnlyAndOffersAFileForImport) {
+    const Outcome nothingToScan = run("open stowhaven://autobackup");
+    EXPECT_EQ(nothingToScan.status, 1) << "every scan is off at a first start";
+    output("settings AutoScanPkgEnabled true");
     const Outcome autobackup = run("open stowhaven://autobackup");
     EXPECT_EQ(autobackup.status, 0) << autobackup.errors;
+    EXPECT_NE(autobackup.output.find("Backup done on local storage"), std::string::npos);
     EXPECT_EQ(output("settings AutobackupEnabled"), "false\n");
 
     const std::string history = device_.path("/var/mobile/Downloads/2015-01-01_10~00~00.stowhvn");
     ASSERT_TRUE(FileManager::createDirectory(device_.path("/var/mobile/Downloads"), true));
     ASSERT_TRUE(FileManager::writeFile(history, "history"));
-    EXPECT_EQ(output("open " + history), "Held for import: " + history + "\n");
+    const Outcome unanswered = run("open " + history);
+    EXPECT_EQ(unanswered.status, 2);
+    EXPECT_NE(unanswered.errors.find("--yes"), std::string::npos) << unanswered.errors;
+    EXPECT_EQ(output("open --yes " + history), "Nothing was imported.\n") << "the file holds no session";
 
     EXPECT_EQ(run("open stowhaven://restore").status, 2);
     EXPECT_EQ(run("open " + device_.path("/var/mobile/Downloads/missing.stowhvn")).status, 2);

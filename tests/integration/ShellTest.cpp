@@ -106,7 +106,8 @@ TEST_F(ShellTest, HostileValuesStayInertBetweenDoubleQuotes) {
     };
     for (const std::string& name : hostile) {
         const std::string safeName = std::to_string(std::hash<std::string>{}(name));
-        shell_.systemExecute("printf %s \"" + ShellQuote::inDoubleQuotes(name) + "\" > \"" + files + "/" + safeName + "\"");
+        shell_.systemExecute("printf %s \"" + ShellQuote::inDoubleQuotes(name) + "\" > \"" + files + "/" + safeName +
+                             "\"");
         EXPECT_EQ(contentsOf(files + "/" + safeName), name) << name;
     }
     EXPECT_FALSE(fs::exists(marker));

@@ -11,16 +11,16 @@ namespace stowhaven::test {
 // Keeps what the main screen was told to show, and picks from its lists as told.
 class RecordingMainScreen final : public MainScreen {
 public:
-    void showMode(bool backupMode) override { this->backupMode = backupMode; }
+    void showMode(bool backup) override { backupMode = backup; }
     void setJobButtonsEnabled(bool enabled) override { jobButtonsEnabled = enabled; }
-    void showLabels(const Labels& labels) override { this->labels = labels; }
+    void showLabels(const Labels& shown) override { labels = shown; }
     void showStorage(const std::string& engineName) override { storage = engineName; }
-    void showWorking(bool working) override {
-        this->working = working;
-        if (working) ++jobsStarted;
+    void showWorking(bool isWorking) override {
+        working = isWorking;
+        if (isWorking) ++jobsStarted;
     }
     void showProgressText(const std::string& text) override { progressTexts.push_back(text); }
-    void showProgressFraction(double fraction) override { this->fraction = fraction; }
+    void showProgressFraction(double shown) override { fraction = shown; }
     void showNetworkActivity(bool active) override { networkActivity = active; }
     void chooseFrom(const std::vector<std::string>& options, Choice choice) override {
         offered = options;

@@ -6,7 +6,7 @@
 #include "backup/CategoryBackupOperation.h"
 #include "backup/DataBackupOperation.h"
 #include "backup/DebsBackupOperation.h"
-#include "cli/OperationRun.h"
+#include "support/OperationRun.h"
 #include "core/BackupSession.h"
 #include "core/CydiaFileManager.h"
 #include "core/ProcessFlags.h"

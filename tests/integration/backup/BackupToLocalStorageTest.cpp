@@ -3,7 +3,7 @@
 
 #include "archive/BuiltInCipherKey.h"
 #include "backup/BackupOperation.h"
-#include "cli/OperationRun.h"
+#include "support/OperationRun.h"
 #include "core/CydiaFileManager.h"
 #include "core/ProcessFlags.h"
 #include "core/Supervisor.h"

@@ -1,6 +1,6 @@
 // How a whole restore is put together and how it ends, whatever the session held.
 
-#include "cli/OperationRun.h"
+#include "support/OperationRun.h"
 #include "core/BackupSession.h"
 #include "core/CydiaFileManager.h"
 #include "core/ProcessFlags.h"

@@ -96,8 +96,12 @@ TEST_F(RoundTripTest, ARestoreOntoTheWipedDeviceBringsEverythingBack) {
     const test::SandboxDevice wiped = test::SandboxDevice::fresh("demo");
     carryStorageTo(wiped);
 
+    // Only a restore that is not confirmed first asks for the key of an encrypted session.
+    ASSERT_EQ(run(wiped, "settings ConfirmRestore false").status, 0);
+    ASSERT_EQ(run(wiped, "settings PkgFWCompatibilityCheckEnabled false").status, 0);
     const auto withoutKey = run(wiped, "restore --yes");
     EXPECT_EQ(withoutKey.status, 2) << "an encrypted session needs its key";
+    EXPECT_NE(withoutKey.errors.find("--key-file"), std::string::npos) << withoutKey.errors;
     const auto restore = run(wiped, "restore --yes --key-file " + keyFile() + " --log com.fuyuchi.flex2");
     EXPECT_EQ(restore.status, 0) << restore.output << restore.errors;
     EXPECT_NE(restore.output.find("installed          Flex 2 (com.fuyuchi.flex2 2.4.1)"), std::string::npos)

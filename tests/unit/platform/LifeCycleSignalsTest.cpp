@@ -13,6 +13,7 @@ namespace {
 std::atomic<int> gHangUps{0};
 std::atomic<int> gTerminations{0};
 std::atomic<int> gResumptions{0};
+std::atomic<int> gInterrupts{0};
 
 // Watching is for the whole process, once: one test covers every signal.
 TEST(LifeCycleSignalsTest, EachSignalReachesItsOwnHandlerAndTheProcessGoesOn) {
@@ -20,6 +21,7 @@ TEST(LifeCycleSignalsTest, EachSignalReachesItsOwnHandlerAndTheProcessGoesOn) {
         .hangUp = [] { ++gHangUps; },
         .terminate = [] { ++gTerminations; },
         .resume = [] { ++gResumptions; },
+        .interrupt = [] { ++gInterrupts; },
     });
 
     ASSERT_EQ(std::raise(SIGTERM), 0);
@@ -28,8 +30,10 @@ TEST(LifeCycleSignalsTest, EachSignalReachesItsOwnHandlerAndTheProcessGoesOn) {
     EXPECT_TRUE(test::eventually([] { return gHangUps == 1; }));
     ASSERT_EQ(std::raise(SIGCONT), 0);
     EXPECT_TRUE(test::eventually([] { return gResumptions == 1; }));
+    ASSERT_EQ(std::raise(SIGINT), 0);
+    EXPECT_TRUE(test::eventually([] { return gInterrupts == 1; }));
 
-    EXPECT_EQ(gTerminations + gHangUps + gResumptions, 3) << "each signal once, to its own handler";
+    EXPECT_EQ(gTerminations + gHangUps + gResumptions + gInterrupts, 4) << "each signal once, to its own handler";
 }
 
 }  // namespace

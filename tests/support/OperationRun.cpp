@@ -1,4 +1,4 @@
-#include "cli/OperationRun.h"
+#include "support/OperationRun.h"
 
 #include "platform/dispatch/MainQueue.h"
 #include "platform/dispatch/OperationQueue.h"

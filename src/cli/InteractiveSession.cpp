@@ -1,0 +1,120 @@
+#include "cli/InteractiveSession.h"
+
+#include "cli/EngineChoice.h"
+#include "cli/RestoreLog.h"
+#include "cli/TerminalFlow.h"
+#include "core/CydiaFileManager.h"
+#include "core/Supervisor.h"
+#include "flows/MainLabels.h"
+#include "platform/Terminal.h"
+
+#include <fmt/format.h>
+#include <fmt/ostream.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace stowhaven {
+
+namespace {
+
+struct MenuItem {
+    std::string label;
+    std::function<void()> action;
+};
+
+void drawMainScreen(TerminalFlow& flow) {
+    const Supervisor& supervisor = Supervisor::shared();
+    const TerminalScreen& screen = flow.screen();
+    const MainScreen::Labels& labels = screen.labels();
+    std::ostream& out = flow.out();
+    fmt::print(out, "\nStowhaven {} - {} ({}, {})\n", supervisor.version(), supervisor.deviceName(),
+               supervisor.devicePlatform(), supervisor.deviceSystemVersion());
+    fmt::print(out, "Mode: {:<10} Storage: {}\n", screen.backupMode() ? "backup" : "restore",
+               supervisor.storageEngineName());
+    fmt::print(out, "{:<14}{}\n{:<14}{}\n{:<14}{}\n{:<14}{}\n",
+               screen.backupMode() ? "Last backup:" : "Last restore:", labels.title, "", labels.description, "",
+               labels.date, "", labels.size);
+    if (!screen.backupMode()) {
+        if (const auto session = CydiaFileManager::shared().currentBackupSession(); session && session->sessionDate()) {
+            fmt::print(out, "{:<14}{} of {}\n", "To restore:", session->title().value_or("-"),
+                       gDisplayDateFormatter.stringFromDate(*session->sessionDate()));
+        }
+    }
+}
+
+void showSettingsHint(std::ostream& out) {
+    fmt::print(out,
+               "The settings are listed by \"stowhaven settings\" and changed by \"stowhaven settings KEY VALUE\";\n"
+               "turn on what to back up with the AutoScan...Enabled keys. They count from the next start.\n");
+}
+
+// The screens the flow opened, as far as the terminal has them.
+void showOpenedScreens(TerminalFlow& flow) {
+    std::ostream& out = flow.out();
+    for (const FlowScreen screen : flow.screen().takeOpenedScreens()) {
+        switch (screen) {
+            case FlowScreen::Settings:
+                showSettingsHint(out);
+                break;
+            case FlowScreen::RestoreLog:
+                printRestoreLog(CydiaFileManager::shared().selectedRestorePackages(), std::nullopt, out, out);
+                break;
+            default:
+                fmt::print(out,
+                           "This screen is not on the terminal yet: \"stowhaven history\" lists the backups and "
+                           "\"stowhaven items\" what they can hold.\n");
+                break;
+        }
+    }
+}
+
+std::vector<MenuItem> menuOf(TerminalFlow& flow) {
+    MainViewController& controller = flow.controller();
+    const bool backupMode = flow.screen().backupMode();
+    std::vector<MenuItem> items;
+    if (flow.screen().jobButtonsEnabled()) {
+        items.push_back({backupMode ? "Back up now" : "Restore now", [&controller] { controller.doOperation(); }});
+    }
+    if (backupMode) {
+        items.push_back({"Switch to restore", [&controller] { controller.configureUIRestoreMode(); }});
+    } else {
+        items.push_back({"Switch to backup", [&controller] { controller.configureUIBackupMode(); }});
+        items.push_back({"Backups on this storage", [&controller] { controller.storageButtonClicked(); }});
+        items.push_back({"Log of the last restore", [&flow] {
+                             printRestoreLog(CydiaFileManager::shared().selectedRestorePackages(), std::nullopt,
+                                             flow.out(), flow.out());
+                         }});
+    }
+    items.push_back({"Storage engine", [&flow] {
+                         if (chooseStorageEngine(*flow.prompt(), flow.out())) flow.controller().reloadAll();
+                     }});
+    items.push_back({"Settings", [&controller] { controller.showSettings(); }});
+    return items;
+}
+
+}  // namespace
+
+int InteractiveSession::start(std::ostream& out) {
+    TerminalFlow flow(out, {PresetAnswers{}, true, false});
+    flow.appear();
+    return run(flow);
+}
+
+int InteractiveSession::run(TerminalFlow& flow) {
+    while (true) {
+        flow.settle();
+        showOpenedScreens(flow);
+        if (flow.userLeft()) return 130;
+        drawMainScreen(flow);
+        const std::vector<MenuItem> items = menuOf(flow);
+        std::vector<std::string> labels;
+        for (const MenuItem& item : items) labels.push_back(item.label);
+        const auto chosen = flow.prompt()->choose("", labels, "Quit");
+        if (!chosen) return 0;
+        items[*chosen].action();
+    }
+}
+
+}  // namespace stowhaven

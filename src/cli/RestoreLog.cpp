@@ -1,0 +1,44 @@
+#include "cli/RestoreLog.h"
+
+#include "core/Text.h"
+
+#include <fmt/format.h>
+#include <fmt/ostream.h>
+
+#include <algorithm>
+
+namespace stowhaven {
+
+namespace {
+
+const char* markOf(const CydiaFile& package) {
+    if (package.isSuccessfullyInstalled()) return "installed";
+    if (package.isAlreadyInstalled()) return "already installed";
+    return "failed";
+}
+
+}  // namespace
+
+bool printRestoreLog(const CydiaFileManager::Packages& packages, const std::optional<std::string>& logOf,
+                     std::ostream& out, std::ostream& errors) {
+    bool allIn = true;
+    fmt::print(out, "{} package(s) restored\n", packages.size());
+    for (const auto& package : packages) {
+        const char* mark = markOf(*package);
+        allIn = allIn && std::string_view(mark) != "failed";
+        fmt::print(out, "  {:<17}  {} ({} {})\n", mark, textutil::orNull(package->name()),
+                   textutil::orNull(package->packageName()), textutil::orNull(package->version()));
+    }
+    if (logOf) {
+        const auto found = std::find_if(packages.begin(), packages.end(),
+                                        [&](const auto& package) { return package->packageName() == logOf; });
+        if (found == packages.end()) {
+            fmt::print(errors, "stowhaven: no install log of {}\n", *logOf);
+        } else {
+            fmt::print(out, "\nInstall log of {}:\n{}\n", *logOf, (*found)->installLog().value_or(""));
+        }
+    }
+    return allIn;
+}
+
+}  // namespace stowhaven

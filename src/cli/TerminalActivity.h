@@ -1,0 +1,31 @@
+#pragma once
+
+#include "core/ProgressDisplay.h"
+
+#include <ostream>
+#include <string>
+
+namespace stowhaven {
+
+// The waiting indicator on a terminal: a line with its label each time the label changes
+// while it is up.
+class TerminalActivity final : public ProgressDisplay {
+public:
+    explicit TerminalActivity(std::ostream& out) : out_(out) {}
+
+    bool isActive() const override { return active_; }
+    void show() override { active_ = true; }
+    void hide() override {
+        active_ = false;
+        label_.clear();
+    }
+    void setLabelText(const std::string& text) override;
+    void setDetailsLabelText(const std::string& /*text*/) override {}
+
+private:
+    std::ostream& out_;
+    bool active_ = false;
+    std::string label_;
+};
+
+}  // namespace stowhaven

@@ -1,0 +1,40 @@
+#include "cli/TerminalScreen.h"
+
+#include "cli/TerminalPrompt.h"
+
+#include <utility>
+
+namespace stowhaven {
+
+TerminalScreen::TerminalScreen(std::ostream& out, TerminalPrompt* prompt, bool redrawInPlace, std::size_t width)
+    : out_(out), prompt_(prompt), redrawInPlace_(redrawInPlace), width_(width) {}
+
+void TerminalScreen::showWorking(bool working) {
+    if (working) {
+        progress_.emplace(out_, redrawInPlace_, width_);
+    } else if (progress_) {
+        progress_->finish();
+        progress_.reset();
+    }
+}
+
+// Progress outside a job (the loading's) is the activity line's.
+void TerminalScreen::showProgressText(const std::string& text) {
+    if (progress_) progress_->setText(text);
+}
+
+void TerminalScreen::showProgressFraction(double fraction) {
+    if (progress_) progress_->setFraction(fraction);
+}
+
+void TerminalScreen::chooseFrom(const std::vector<std::string>& options, Choice choice) {
+    choice(prompt_ != nullptr ? prompt_->choose("", options) : std::nullopt);
+}
+
+void TerminalScreen::open(const std::vector<FlowScreen>& screens) {
+    opened_.insert(opened_.end(), screens.begin(), screens.end());
+}
+
+std::vector<FlowScreen> TerminalScreen::takeOpenedScreens() { return std::exchange(opened_, {}); }
+
+}  // namespace stowhaven
