@@ -13,3 +13,8 @@ done
 build/stowhaven --root demo-device status
 build/stowhaven --root demo-device backup --yes --title "Demo backup"
 build/stowhaven --root demo-device history
+# A change on the device: a tweak removed, the notes gone.
+dpkg --root=demo-device --admindir=demo-device/var/lib/dpkg --remove com.fuyuchi.flex2
+rm -f demo-device/var/mobile/Library/Notes/notes.sqlite
+build/stowhaven --root demo-device restore --yes --log com.fuyuchi.flex2
+ls -l demo-device/var/mobile/Library/Notes/notes.sqlite

@@ -18,9 +18,9 @@ _stowhaven() {
         settings) options="--json --show-secrets" ;;
         inspect) options="--json" ;;
         storage) options="use" ;;
-        open) options="stowhaven://autobackup" ;;
+        open) options="--yes stowhaven://autobackup" ;;
         backup) options="--yes --title --description --key-file" ;;
-        restore) options="--yes --session --key-file --log" ;;
+        restore) options="--yes --fw-compatible-only --session --key-file --log" ;;
     esac
     COMPREPLY=($(compgen -W "$options" -- "$current"))
 }

@@ -48,10 +48,12 @@ void TerminalAlerts::present(const Alert& alert, Answered onAnswer) {
             if (!unanswered_) unanswered_ = alert;
             return;
         }
+        if (beforeWriting_) beforeWriting_();
         show(alert);
         answerWith({});
         return;
     }
+    if (beforeWriting_) beforeWriting_();
     const TerminalPrompt::Result result = prompt_->ask(alert);
     if (result.kind == TerminalPrompt::Result::Kind::Answered) {
         answerWith(result.answer);

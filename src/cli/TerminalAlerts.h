@@ -3,6 +3,7 @@
 #include "cli/PresetAnswers.h"
 #include "core/AlertPresenter.h"
 
+#include <functional>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -28,6 +29,8 @@ public:
     TerminalAlerts(std::ostream& out, TerminalPrompt* prompt, PresetAnswers presets, std::size_t width);
 
     void present(const Alert& alert, Answered onAnswer) override;
+    // Called before anything is written, so that a line redrawn in place can be ended.
+    void setBeforeWriting(std::function<void()> beforeWriting) { beforeWriting_ = std::move(beforeWriting); }
 
     // Called on the main queue, like present().
     const std::vector<Shown>& shown() const { return shown_; }
@@ -46,6 +49,7 @@ private:
     std::vector<Shown> shown_;
     std::optional<Alert> unanswered_;
     bool userLeft_ = false;
+    std::function<void()> beforeWriting_;
 };
 
 }  // namespace stowhaven

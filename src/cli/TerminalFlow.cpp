@@ -32,6 +32,7 @@ TerminalFlow::TerminalFlow(std::ostream& out, Options options)
     if (interactive_) prompt_.emplace(input_, out_, width);
     alerts_ = std::make_shared<TerminalAlerts>(out_, prompt(), std::move(options.presets), width);
     screen_ = std::make_shared<TerminalScreen>(out_, prompt(), Terminal::isStandardErrorATerminal(), width);
+    alerts_->setBeforeWriting([screen = screen_] { screen->breakProgressLine(); });
     AlertPresenter::setShared(alerts_);
     ProgressDisplay::setShared(std::make_shared<TerminalActivity>(out_));
     controller_ = MainViewController::create(screen_);

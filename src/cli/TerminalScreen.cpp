@@ -27,6 +27,10 @@ void TerminalScreen::showProgressFraction(double fraction) {
     if (progress_) progress_->setFraction(fraction);
 }
 
+void TerminalScreen::breakProgressLine() {
+    if (progress_) progress_->finish();
+}
+
 void TerminalScreen::chooseFrom(const std::vector<std::string>& options, Choice choice) {
     choice(prompt_ != nullptr ? prompt_->choose("", options) : std::nullopt);
 }

@@ -34,6 +34,8 @@ public:
     bool jobButtonsEnabled() const { return jobButtonsEnabled_; }
     const Labels& labels() const { return labels_; }
     const std::optional<std::string>& storage() const { return storage_; }
+    // Ends the progress bar's line, so that a message can stand below it.
+    void breakProgressLine();
     // The screens opened since the last call, in order.
     std::vector<FlowScreen> takeOpenedScreens();
 
