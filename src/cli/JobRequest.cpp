@@ -11,17 +11,17 @@
 namespace stowhaven {
 
 std::optional<PresetAnswers> JobRequest::presets(std::ostream& errors) const {
-    PresetAnswers answers{confirmed, title, description, std::nullopt, firmwareCompatibleOnly};
+    PresetAnswers withKey = answers;
     if (keyFile) {
-        answers.key = keyFromFile(*keyFile);
-        if (!answers.key) {
+        withKey.key = keyFromFile(*keyFile);
+        if (!withKey.key) {
             fmt::print(errors, "stowhaven: no key in <{}>\n", *keyFile);
             return std::nullopt;
         }
     } else if (const auto key = environmentVariable("STOWHAVEN_KEY"); key && !key->empty()) {
-        answers.key = key;
+        withKey.key = key;
     }
-    return answers;
+    return withKey;
 }
 
 int statusWithoutJob(TerminalFlow& flow, const std::string& job, std::ostream& errors) {

@@ -10,16 +10,14 @@ namespace stowhaven {
 
 class TerminalFlow;
 
-// What the command line says about a backup or a restore: the answers to its questions and
+// What the command line says about a backup or a restore: the answers to its questions, and
 // where its key comes from (a file, or the variable STOWHAVEN_KEY; never an argument).
 struct JobRequest {
-    bool confirmed = false;
-    std::optional<std::string> title;
-    std::optional<std::string> description;
+    PresetAnswers answers;
     std::optional<std::string> keyFile;
-    bool firmwareCompatibleOnly = false;
 
-    // Nothing when a key file was named but holds no key, which is said on ERRORS.
+    // The answers with the key; nothing when a key file was named but holds no key, which
+    // is said on ERRORS.
     std::optional<PresetAnswers> presets(std::ostream& errors) const;
 };
 

@@ -54,17 +54,16 @@ bool TerminalFlow::appear() {
     return !controller_->isInitialState();
 }
 
+// What waits on the main queue may start a job in turn (an answer given at once, say).
 void TerminalFlow::settle() {
-    MainQueue& mainQueue = MainQueue::shared();
+    const auto idle = [this] {
+        return controller_->state() != MainViewController::State::Working && !controller_->isAutomaticBackupPending() &&
+               !controller_->isLoadUnderWay();
+    };
     do {
-        mainQueue.runUntil(
-            [this] {
-                return controller_->state() != MainViewController::State::Working &&
-                       !controller_->isAutomaticBackupPending() && !controller_->isLoadUnderWay();
-            },
-            kLongestWait);
+        MainQueue::shared().runUntil(idle, kLongestWait);
         drainMainQueue();
-    } while (controller_->state() == MainViewController::State::Working || controller_->isLoadUnderWay());
+    } while (!idle());
 }
 
 bool TerminalFlow::interruptCurrent() {

@@ -58,7 +58,8 @@ void watchLifeCycleSignals(StowhavenAppDelegate* delegate) {
 
 // The options that answer a job's questions, shared by backup, restore and open.
 void addAnswerOptions(CLI::App* command, JobRequest& request) {
-    command->add_flag("--yes", request.confirmed, "Confirm, and take the defaults of questions not answered otherwise");
+    command->add_flag("--yes", request.answers.confirmed,
+                      "Confirm, and take the defaults of questions not answered otherwise");
     command->add_option("--key-file", request.keyFile,
                         "A file whose first line is the key (or set STOWHAVEN_KEY; never the key itself here)");
 }
@@ -120,19 +121,19 @@ int main(int argc, char** argv) {
     JobRequest openRequest;
     CLI::App* open = app.add_subcommand("open", "Hand the program stowhaven://autobackup or a file to import");
     open->add_option("target", openTarget, "stowhaven://autobackup, or a file")->required();
-    open->add_flag("--yes", openRequest.confirmed, "Take the file's session without asking");
+    open->add_flag("--yes", openRequest.answers.confirmed, "Take the file's session without asking");
 
     JobRequest backupRequest;
     CLI::App* backup = app.add_subcommand("backup", "Back up the current selection to the current storage");
     addAnswerOptions(backup, backupRequest);
-    backup->add_option("--title", backupRequest.title, "The session's title");
-    backup->add_option("--description", backupRequest.description, "The session's description");
+    backup->add_option("--title", backupRequest.answers.title, "The session's title");
+    backup->add_option("--description", backupRequest.answers.description, "The session's description");
 
     RestoreCommand::Request restoreRequest;
     CLI::App* restore =
         app.add_subcommand("restore", "Restore the current session, or another, from the current storage");
     addAnswerOptions(restore, restoreRequest.job);
-    restore->add_flag("--fw-compatible-only", restoreRequest.job.firmwareCompatibleOnly,
+    restore->add_flag("--fw-compatible-only", restoreRequest.job.answers.firmwareCompatibleOnly,
                       "Restore only the packages made for the device's firmware");
     restore->add_option("--session", restoreRequest.session, "The session's stamp, as the history lists it");
     restore->add_option("--log", restoreRequest.logOf, "Also show the install log of this package");

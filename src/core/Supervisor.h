@@ -153,6 +153,8 @@ public:
     void setStorageToOwnCloud();
     // Every engine but the address book, local storage included.
     bool isCloudStorage() const;
+    // An engine that works over the network: every one but the address book and local storage.
+    bool isNetworkStorage() const;
     bool isStorageSameAsDefault() const;
     void resetStorageToDefault();
     void persistStorageType();

@@ -86,6 +86,8 @@ void Supervisor::setStorageTo(StorageType type) {
 
 bool Supervisor::isCloudStorage() const { return !isStorageAddressbook(); }
 
+bool Supervisor::isNetworkStorage() const { return !isStorageAddressbook() && !isStorageLocal(); }
+
 bool Supervisor::isStorageSameAsDefault() const { return currentStorageType() == persistedStorageType(); }
 
 void Supervisor::resetStorageToDefault() {

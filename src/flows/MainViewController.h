@@ -117,8 +117,8 @@ private:
     void displayNothingToDoMessage();
     void showConfiguration(bool backupMode);
     static bool allScansOff();
-    bool isNetworkStorage() const;
-    bool hasNetwork() const;
+    // The engine works over the network, and there is none.
+    static bool networkEngineOffline();
     void updateStorageIcon();
 
     // Runs BLOCK on the main queue while the controller lives.

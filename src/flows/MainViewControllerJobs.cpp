@@ -23,12 +23,9 @@ bool MainViewController::hasOperationRestrictions() {
     return true;
 }
 
-bool MainViewController::isNetworkStorage() const {
-    const Supervisor& supervisor = Supervisor::shared();
-    return !supervisor.isStorageAddressbook() && !supervisor.isStorageLocal();
+bool MainViewController::networkEngineOffline() {
+    return Supervisor::shared().isNetworkStorage() && !Platform::current().reachability().isConnectedToNetwork();
 }
-
-bool MainViewController::hasNetwork() const { return Platform::current().reachability().isConnectedToNetwork(); }
 
 void MainViewController::doBackup() {
     Supervisor& supervisor = Supervisor::shared();
@@ -38,7 +35,7 @@ void MainViewController::doBackup() {
     }
     supervisor.refreshFreeSpace();
     if (!supervisor.hasValidFreeSpace()) return;
-    if (isNetworkStorage() && !hasNetwork()) {
+    if (networkEngineOffline()) {
         supervisor.displayNoInternetConnectionMessage();
         return;
     }
@@ -51,7 +48,7 @@ void MainViewController::doBackup() {
 
 void MainViewController::doRestore() {
     Supervisor& supervisor = Supervisor::shared();
-    if (isNetworkStorage() && !hasNetwork()) {
+    if (networkEngineOffline()) {
         supervisor.displayNoInternetConnectionMessage();
         return;
     }
@@ -69,7 +66,7 @@ void MainViewController::startJob(std::shared_ptr<Operation> job) {
     screen_->showWorking(true);
     screen_->setJobButtonsEnabled(false);
     if (const auto engine = Supervisor::shared().currentStorageEngine()) engine->showProgressOnView();
-    if (isNetworkStorage()) screen_->showNetworkActivity(true);
+    if (Supervisor::shared().isNetworkStorage()) screen_->showNetworkActivity(true);
     jobQueue_ = std::make_unique<OperationQueue>();
     jobQueue_->addOperation(std::move(job));
 }

@@ -136,7 +136,7 @@ void MainViewController::loadInitialData() {
     Supervisor& supervisor = Supervisor::shared();
     CydiaFileManager::shared().resetAllData();
     logStorageStates();
-    if (isNetworkStorage() && !hasNetwork()) {
+    if (networkEngineOffline()) {
         fallBackToLocalStorage(Strings::localized("NO_INTERNET_LOCAL_STORAGE_MESSAGE"));
     }
     const auto engine = supervisor.currentStorageEngine();
@@ -168,7 +168,7 @@ void MainViewController::fallBackToLocalStorage(const std::string& message) {
 
 void MainViewController::loadData() {
     Supervisor& supervisor = Supervisor::shared();
-    if (isNetworkStorage() && !hasNetwork()) {
+    if (networkEngineOffline()) {
         supervisor.displayNoInternetConnectionMessage();
         return;
     }

@@ -17,8 +17,7 @@ std::optional<std::string> operationRestriction() {
     if (unplugged && gMinDeviceBatteryLevel > 0 && level >= 0 && level < gMinDeviceBatteryLevel) {
         return Strings::format("MIN_BATTERY_LEVEL_MESSAGE", std::lround(level * 100));
     }
-    const Supervisor& supervisor = Supervisor::shared();
-    if (supervisor.isStorageAddressbook() || supervisor.isStorageLocal()) return std::nullopt;
+    if (!Supervisor::shared().isNetworkStorage()) return std::nullopt;
     const Reachability& network = Platform::current().reachability();
     if (!network.isConnectedToNetwork() || (!network.usingWiFi() && gCloudStorageOnWifiOnly)) {
         return Strings::localized("CLOUD_STORAGE_ON_3G_ONLY_MESSAGE");
