@@ -2,14 +2,14 @@
 _stowhaven() {
     local current=${COMP_WORDS[COMP_CWORD]}
     local previous=${COMP_WORDS[COMP_CWORD-1]}
-    local commands="packages settings items inspect status history storage open backup restore"
+    local commands="packages settings items inspect share status history storage open backup restore"
     local command="" word
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         case " $commands " in *" $word "*) command=$word; break ;; esac
     done
     case $previous in
         --root) COMPREPLY=($(compgen -d -- "$current")); return ;;
-        --key-file|inspect) COMPREPLY=($(compgen -f -- "$current")); return ;;
+        --key-file|inspect|vcard) COMPREPLY=($(compgen -f -- "$current")); return ;;
     esac
     local options
     case $command in
@@ -18,6 +18,7 @@ _stowhaven() {
         settings) options="--json --show-secrets" ;;
         inspect) options="--json" ;;
         storage) options="use" ;;
+        share) options="vcard" ;;
         open) options="--yes stowhaven://autobackup" ;;
         backup) options="--yes --title --description --key-file" ;;
         restore) options="--yes --fw-compatible-only --session --key-file --log" ;;

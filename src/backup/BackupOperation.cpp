@@ -101,6 +101,11 @@ void BackupOperation::main() {
             return;
         }
         supervisor.notifyProgress(1.0, Strings::localized("CLOUD_BACKUP_UPLOADED"));
+    } else if (!manager.hasSuccessfullySaveData()) {
+        // On the address book the record is the whole backup: a refused save has taken its
+        // session away again and left its message for the alert.
+        backupFailed();
+        return;
     }
     backupSucceeded();
     postBackupDone();

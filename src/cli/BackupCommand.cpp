@@ -27,14 +27,6 @@ int BackupCommand::outcome(TerminalFlow& flow, std::size_t alertsBefore, std::os
     const auto& shown = flow.alerts().shown();
     for (std::size_t index = shown.size(); index > alertsBefore; --index) {
         const TerminalAlerts::Shown& alert = shown[index - 1];
-        // A save into the address book that fails leaves its message and takes the session
-        // away, though the run goes on to its end as a success.
-        if (alert.tag == MainAlerts::kBackupDone && CydiaFileManager::shared().errorMsg()) {
-            const std::string message = CydiaFileManager::shared().errorMsg().value_or("");
-            fmt::print(errors, "stowhaven: the backup failed: {}\n",
-                       message.empty() ? "the storage did not keep it; the log has the details" : message);
-            return 1;
-        }
         if (alert.tag == MainAlerts::kBackupDone) {
             const auto sessions = CydiaFileManager::shared().backupSessions();
             const auto date = sessions.empty() ? std::nullopt : sessions.back()->sessionDate();

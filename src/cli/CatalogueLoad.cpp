@@ -6,6 +6,7 @@
 #include "platform/dispatch/GlobalQueue.h"
 #include "platform/dispatch/MainQueue.h"
 #include "storage/StorageEngineFactory.h"
+#include "storage/addressbook/ABAddressBookHelper.h"
 
 #include <atomic>
 #include <chrono>
@@ -22,7 +23,9 @@ constexpr std::chrono::hours kLoadTimeout{1};
 
 bool loadCatalogue() {
     Supervisor& supervisor = Supervisor::shared();
-    // The address book holds no files and is no engine of the storage contract.
+    // The address book is no engine of the storage contract; without access storage falls to
+    // local, and the local engine is made.
+    if (supervisor.isStorageAddressbook()) ABAddressBookHelper::createABAddressBookHelper();
     if (!supervisor.isStorageAddressbook() && !createStorageEngine(supervisor.currentStorageType())) return false;
     CydiaFileManager& catalogue = CydiaFileManager::shared();
     catalogue.resetAllData();

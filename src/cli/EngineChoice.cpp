@@ -3,6 +3,7 @@
 #include "cli/TerminalPrompt.h"
 #include "core/Supervisor.h"
 #include "storage/StorageEngineFactory.h"
+#include "storage/addressbook/ABAddressBookHelper.h"
 
 #include <fmt/format.h>
 #include <fmt/ostream.h>
@@ -45,17 +46,42 @@ std::string storageEngineNames() {
     return names;
 }
 
-bool useStorageEngine(StorageType type) {
+namespace {
+
+// The address book is no engine of the storage contract: its helper opens the book, and
+// without access the storage can't stay on it.
+EngineUse useAddressBook(Supervisor& supervisor) {
+    auto helper = ABAddressBookHelper::shared();
+    if (helper) {
+        helper->reset();
+    } else {
+        helper = ABAddressBookHelper::createABAddressBookHelper();
+    }
+    if (!helper->isValid()) {
+        if (supervisor.isStorageAddressbook()) supervisor.setStorageToLocal();
+        return EngineUse::Refused;
+    }
+    supervisor.setStorageToAddressbook();
+    return EngineUse::Current;
+}
+
+}  // namespace
+
+EngineUse useStorageEngine(StorageType type) {
     Supervisor& supervisor = Supervisor::shared();
+    if (type == StorageType::Addressbook) {
+        const EngineUse use = useAddressBook(supervisor);
+        if (use == EngineUse::Current) supervisor.persistStorageType();
+        return use;
+    }
     const StorageType before = supervisor.currentStorageType();
     supervisor.setCurrentStorageType(type);
-    // The address book is no engine of the storage contract: it needs none made.
-    if (type != StorageType::Addressbook && !createStorageEngine(type)) {
+    if (!createStorageEngine(type)) {
         supervisor.setCurrentStorageType(before);
-        return false;
+        return EngineUse::NotBuilt;
     }
     supervisor.persistStorageType();
-    return true;
+    return EngineUse::Current;
 }
 
 bool chooseStorageEngine(TerminalPrompt& prompt, std::ostream& out) {
@@ -63,9 +89,14 @@ bool chooseStorageEngine(TerminalPrompt& prompt, std::ostream& out) {
     for (const EngineName& engine : kEngineNames) names.emplace_back(engine.name);
     const auto chosen = prompt.choose("Storage engine", names);
     if (!chosen) return false;
-    if (!useStorageEngine(kEngineNames[*chosen].type)) {
-        fmt::print(out, "The {} engine is not available in this build.\n", names[*chosen]);
-        return false;
+    switch (useStorageEngine(kEngineNames[*chosen].type)) {
+        case EngineUse::Current:
+            break;
+        case EngineUse::NotBuilt:
+            fmt::print(out, "The {} engine is not available in this build.\n", names[*chosen]);
+            return false;
+        case EngineUse::Refused:
+            return false;
     }
     fmt::print(out, "Storage is now {}.\n", Supervisor::shared().storageEngineName());
     return true;

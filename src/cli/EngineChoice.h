@@ -15,9 +15,17 @@ std::optional<StorageType> storageTypeNamed(const std::string& name);
 // "addressbook, dropbox, ...", for a message.
 std::string storageEngineNames();
 
-// Makes the engine current and keeps it so; false, with the engine before kept, when this
-// build has no such engine.
-bool useStorageEngine(StorageType type);
+enum class EngineUse {
+    Current,
+    // This build has no such engine.
+    NotBuilt,
+    // The engine can't work here (no access to the contacts, say); it said why.
+    Refused,
+};
+
+// Makes the engine current and keeps it so; the engine before stays current when the
+// answer is not Current.
+EngineUse useStorageEngine(StorageType type);
 
 // Offers the engines on the prompt; true when the user took one that is now current.
 bool chooseStorageEngine(TerminalPrompt& prompt, std::ostream& out);

@@ -4,9 +4,11 @@
 #include "core/ProcessFlags.h"
 #include "core/Supervisor.h"
 #include "storage/StorageEngineFactory.h"
+#include "storage/addressbook/ABAddressBookHelper.h"
 
 #include <fmt/format.h>
 #include <fmt/ostream.h>
+#include <fmt/ranges.h>
 
 namespace stowhaven {
 
@@ -19,9 +21,16 @@ int use(const std::string& name, std::ostream& out, std::ostream& errors) {
                    storageEngineNames());
         return 2;
     }
-    if (!useStorageEngine(*type)) {
-        fmt::print(errors, "stowhaven: the {} engine is not available in this build\n", name);
-        return 2;
+    switch (useStorageEngine(*type)) {
+        case EngineUse::Current:
+            break;
+        case EngineUse::NotBuilt:
+            fmt::print(errors, "stowhaven: the {} engine is not available in this build\n", name);
+            return 2;
+        case EngineUse::Refused:
+            fmt::print(errors, "stowhaven: the {} engine can't be used here; storage stays {}\n", name,
+                       Supervisor::shared().storageEngineName());
+            return 1;
     }
     // An engine that can't work falls back to another as it starts; the user learns which.
     const Supervisor& supervisor = Supervisor::shared();
@@ -30,11 +39,31 @@ int use(const std::string& name, std::ostream& out, std::ostream& errors) {
     return 0;
 }
 
+void printBackupsKept(const Supervisor& supervisor, std::ostream& out) {
+    const std::int32_t kept = supervisor.maximumBackupsToKeep();
+    fmt::print(out, "Backups kept: {}\n", kept == 0 ? std::string("all") : std::to_string(kept));
+}
+
+// The address book keeps one record per device, named by its first name.
+int showAddressBook(const Supervisor& supervisor, std::ostream& out, std::ostream& errors) {
+    const auto book = ABAddressBookHelper::createABAddressBookHelper();
+    if (!book->isValid()) {
+        fmt::print(errors, "stowhaven: no access to the contacts\n");
+        return 1;
+    }
+    book->loadAvailableDeviceBackups();
+    const auto devices = book->availableDeviceBackups();
+    fmt::print(out, "Device records: {}\n", devices.empty() ? "none" : fmt::format("{}", fmt::join(devices, ", ")));
+    printBackupsKept(supervisor, out);
+    return 0;
+}
+
 int show(std::ostream& out, std::ostream& errors) {
     Supervisor& supervisor = Supervisor::shared();
-    const auto engine = createStorageEngine(supervisor.currentStorageType());
     fmt::print(out, "Storage: {} (type {})\n", supervisor.storageEngineName(),
                static_cast<std::int64_t>(supervisor.currentStorageType()));
+    if (supervisor.isStorageAddressbook()) return showAddressBook(supervisor, out, errors);
+    const auto engine = createStorageEngine(supervisor.currentStorageType());
     if (!engine) {
         fmt::print(errors, "stowhaven: this engine is not available in this build\n");
         return 1;
@@ -42,8 +71,7 @@ int show(std::ostream& out, std::ostream& errors) {
     engine->refreshFreeSpace();
     fmt::print(out, "Free space: {:.3f} Mb\n", engine->freeSpace());
     if (supervisor.isStorageLocal()) fmt::print(out, "Folder: {}\n", localStoragePath());
-    const std::int32_t kept = supervisor.maximumBackupsToKeep();
-    fmt::print(out, "Backups kept: {}\n", kept == 0 ? std::string("all") : std::to_string(kept));
+    printBackupsKept(supervisor, out);
     if (const auto error = engine->errorMessage()) fmt::print(out, "Last error: {}\n", *error);
     return 0;
 }

@@ -7,6 +7,7 @@
 #include "cli/PackagesCommand.h"
 #include "cli/RestoreCommand.h"
 #include "cli/SettingsCommand.h"
+#include "cli/ShareCommand.h"
 #include "cli/StatusCommand.h"
 #include "cli/StorageCommand.h"
 #include "cli/TerminalAlerts.h"
@@ -117,6 +118,12 @@ int main(int argc, char** argv) {
     CLI::App* storageUse = storage->add_subcommand("use", "Make an engine current and keep it so");
     storageUse->add_option("engine", storageEngine, "local, ftp, dropbox...")->required();
 
+    std::string vCardFile;
+    CLI::App* share = app.add_subcommand("share", "Send a session to another device");
+    share->require_subcommand(1);
+    CLI::App* shareVCard = share->add_subcommand("vcard", "Write the current session as a vCard");
+    shareVCard->add_option("file", vCardFile, "The vCard file to write")->required();
+
     std::string openTarget;
     JobRequest openRequest;
     CLI::App* open = app.add_subcommand("open", "Hand the program stowhaven://autobackup or a file to import");
@@ -192,6 +199,7 @@ int main(int argc, char** argv) {
         if (history->parsed()) status = HistoryCommand::run(historyAsJson, std::cout, std::cerr);
         if (backup->parsed()) status = BackupCommand::run(backupRequest, std::cout, std::cerr);
         if (restore->parsed()) status = RestoreCommand::run(restoreRequest, std::cout, std::cerr);
+        if (shareVCard->parsed()) status = ShareCommand::runVCard(vCardFile, std::cout, std::cerr);
         if (historyView->parsed())
             status = HistoryViewCommand::run(historyFile, historyViewAsJson, std::cout, std::cerr);
         delegate.applicationDidEnterBackground(status);

@@ -11,55 +11,52 @@
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/Strings.h"
-#include "storage/addressbook/AddressBookRecords.h"
+#include "storage/addressbook/ABAddressBookHelper.h"
 
 namespace stowhaven {
 
 namespace {
 
-constexpr const char* kLastName = "Stow";
-// The record of a device before records were made per device.
-constexpr const char* kGenericFirstName = "Haven";
-constexpr const char* kGroupName = "Stowhaven Data";
-constexpr const char* kOrganization = "Larkmoor, Inc.";
+using Book = ABAddressBookHelper;
+
 // Exchange ActiveSync keeps no longer a note.
 constexpr std::size_t kActiveSyncNoteLimit = 8620;
 
-std::string deviceFirstName() { return std::string(kGenericFirstName) + "_" + Supervisor::shared().deviceUID(); }
+std::string deviceFirstName() { return Book::firstNameOfDevice(Supervisor::shared().deviceUID()); }
 
 // The record of this device, made with the program's name, group and links.
-bool createDeviceRecord(AddressBookRecords& records) {
+bool createDeviceRecord(Book& book) {
     Supervisor& supervisor = Supervisor::shared();
     supervisor.notifyProgress(std::nullopt, Strings::localized("CREATING_ADDRESSBOOK_ENTRY"));
-    bool ok = records.createABRecord();
+    bool ok = book.createABRecord();
     SH_LOG("\tABRecord: {:d}", ok);
     const auto step = [&ok](const char* what, bool result) {
         SH_LOG("\t{}: {:d}", what, result);
         ok = ok && result;
     };
-    step("ABGroup", records.createABGroupWithName(kGroupName));
-    step("ABRecordFirstName", records.updateABRecordFirstName(deviceFirstName()));
-    step("ABRecordLastName", records.updateABRecordLastName(kLastName));
-    step("ABRecordNickName", records.updateABRecordNickName(supervisor.deviceName()));
-    step("ABRecordOrganizationName", records.updateABRecordOrganizationName(kOrganization));
-    step("ABRecordHomepageURL", records.updateABRecordHomepageURLString(AddressBookNote::kUserGuideURL));
+    step("ABGroup", book.createABGroupWithName(Book::kGroupName));
+    step("ABRecordFirstName", book.updateABRecordFirstName(deviceFirstName()));
+    step("ABRecordLastName", book.updateABRecordLastName(Book::kLastName));
+    step("ABRecordNickName", book.updateABRecordNickName(supervisor.deviceName()));
+    step("ABRecordOrganizationName", book.updateABRecordOrganizationName(Book::kOrganization));
+    step("ABRecordHomepageURL", book.updateABRecordHomepageURLString(AddressBookNote::kUserGuideURL));
     return ok;
 }
 
 }  // namespace
 
 void CydiaFileManager::buildPreviousBackupPackages() {
-    const auto records = AddressBookRecords::shared();
+    const auto book = Book::shared();
     fGenericData_ = false;
-    if (!records) {
+    if (!book) {
         SH_LOG("No address book to read");
         fGenericData_ = true;
         return;
     }
-    records->upgradeStowhavenABEntry();
-    if (!records->existsABRecordWithFirstName(deviceFirstName(), kLastName)) {
+    book->upgradeStowhavenABEntry();
+    if (!book->existsABRecordWithFirstName(deviceFirstName(), Book::kLastName)) {
         // A generic record is read, and the next store makes this device's own beside it.
-        fGenericData_ = records->existsABRecordWithFirstName(kGenericFirstName, kLastName);
+        fGenericData_ = book->existsABRecordWithFirstName(Book::kGenericFirstName, Book::kLastName);
         if (!fGenericData_) {
             SH_LOG("No entry found for previous backup");
             fGenericData_ = true;
@@ -70,8 +67,8 @@ void CydiaFileManager::buildPreviousBackupPackages() {
 }
 
 void CydiaFileManager::processABData() {
-    const auto records = AddressBookRecords::shared();
-    const auto note = records ? records->getCurrentABRecordNote() : std::nullopt;
+    const auto book = Book::shared();
+    const auto note = book ? book->getCurrentABRecordNote() : std::nullopt;
     if (!note || note->empty()) {
         SH_LOG("\tEmpty note => Skipping record!");
         return;
@@ -80,7 +77,7 @@ void CydiaFileManager::processABData() {
     SH_LOG("Processing note size: {}", note->size());
     expandNote(*note);
     if (oldFormat) {
-        buildRepoSourcesFromOldFormat(records->getCurrentABRecordOrganization().value_or(""));
+        buildRepoSourcesFromOldFormat(book->getCurrentABRecordOrganization().value_or(""));
     } else {
         buildOldRepositorySources();
     }
@@ -125,11 +122,17 @@ std::optional<std::string> CydiaFileManager::getABVCardCurrentBackupSessionDataF
 
 // The whole history goes into the note, enciphered as a whole when the newest session is.
 // A store that fails takes the new session out of the history again, so that the history
-// in memory stays the note's.
+// in memory stays the note's, and leaves its message (empty when the log has the reason).
 void CydiaFileManager::storeBackupDataInAddressbook() {
     Supervisor& supervisor = Supervisor::shared();
     if (supervisor.isCanceled()) return;
     SH_LOG("\tIN addressbook...");
+    fSaveDataOk_ = false;
+    const auto refuse = [this](const std::string& message) {
+        setErrorMsg(message);
+        SH_LOG("Data failed to be saved into addressbook! Error: {}", message);
+        removeLastBackupSession();
+    };
     auto note = getABDataFormat();
     const auto sessions = backupSessions();
     if (note && gEncryptBackupEnabled && !sessions.empty() && sessions.back()->isEncrypted()) {
@@ -137,6 +140,7 @@ void CydiaFileManager::storeBackupDataInAddressbook() {
         std::string error;
         if (!FileManager::writeFile(path, *note, &error)) {
             SH_LOG("Couldn't write to <{}>. Error: {}", path, error);
+            refuse("");
             return;
         }
         encryptFileAtPath(path);
@@ -144,36 +148,30 @@ void CydiaFileManager::storeBackupDataInAddressbook() {
         if (!note) SH_LOG("Error while encrypted data: {}!", error);
     }
     setErrorMsg(std::nullopt);
-    const auto records = AddressBookRecords::shared();
-    if (!note || !records) {
-        SH_LOG("Data failed to be saved into addressbook! Error: {}", note ? "no address book" : "no note");
-        setErrorMsg("");
-        removeLastBackupSession();
+    const auto book = Book::shared();
+    if (!note || !book) {
+        refuse("");
         return;
     }
-    if (note->size() > kActiveSyncNoteLimit && records->isActiveSyncEnabled()) {
-        setErrorMsg(Strings::format("ACTIVE_SYNC_LIMIT", note->size()));
-        SH_LOG("Data failed to be saved into addressbook! Error: {}", errorMsg().value_or(""));
-        removeLastBackupSession();
+    if (note->size() > kActiveSyncNoteLimit && book->isActiveSyncEnabled()) {
+        refuse(Strings::format("ACTIVE_SYNC_LIMIT", note->size()));
         return;
     }
-    bool ok = !fGenericData_ || createDeviceRecord(*records);
+    bool ok = !fGenericData_ || createDeviceRecord(*book);
     supervisor.notifyProgress(std::nullopt, Strings::localized("UPDATING_ADDRESSBOOK_ENTRY"));
-    ok = records->updateABRecordNoteData(*note) && ok;
+    ok = book->updateABRecordNoteData(*note) && ok;
     if (supervisor.isCanceled()) return;
-    ok = records->saveABRecordChange() && ok;
-    fSaveDataOk_ = ok;
+    ok = book->saveABRecordChange() && ok;
     supervisor.logMemoryUsage();
     supervisor.removeTemporaryFolders();
     supervisor.removeTemporaryFiles();
-    if (ok) {
-        fGenericData_ = false;
-        SH_LOG("All data saved into addressbook!");
+    if (!ok) {
+        refuse("");
         return;
     }
-    setErrorMsg("");
-    SH_LOG("Data failed to be saved into addressbook!");
-    removeLastBackupSession();
+    fSaveDataOk_ = true;
+    fGenericData_ = false;
+    SH_LOG("All data saved into addressbook!");
 }
 
 void CydiaFileManager::removeLastBackupSession() {

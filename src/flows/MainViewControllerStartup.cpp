@@ -16,6 +16,7 @@
 #include "platform/dispatch/GlobalQueue.h"
 #include "platform/dispatch/MainQueue.h"
 #include "storage/StorageEngineFactory.h"
+#include "storage/addressbook/ABAddressBookHelper.h"
 
 #include <chrono>
 #include <thread>
@@ -80,6 +81,8 @@ void MainViewController::viewDidLoad() {
 
 void MainViewController::initializeStorageEngine() {
     Supervisor& supervisor = Supervisor::shared();
+    // Without access to the contacts the address book falls to local storage as it opens.
+    if (supervisor.isStorageAddressbook()) ABAddressBookHelper::createABAddressBookHelper();
     if (!supervisor.isStorageAddressbook()) {
         const auto engine = createStorageEngine(supervisor.currentStorageType());
         if (engine) {

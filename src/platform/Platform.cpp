@@ -3,6 +3,7 @@
 #include "platform/HostShell.h"
 #include "platform/services/HostBattery.h"
 #include "platform/services/HostCalendarStore.h"
+#include "platform/services/HostContactsAccess.h"
 #include "platform/services/HostMailComposer.h"
 #include "platform/services/HostReachability.h"
 
@@ -23,6 +24,7 @@ std::unique_ptr<Platform> Platform::host() {
     platform->setCalendar(std::make_unique<HostCalendarStore>());
     platform->setMail(std::make_unique<HostMailComposer>());
     platform->setSystemNotifications(std::make_unique<HostSystemNotifications>());
+    platform->setContactsAccess(std::make_unique<HostContactsAccess>());
     return platform;
 }
 

@@ -4,6 +4,7 @@
 #include "platform/services/Battery.h"
 #include "platform/services/CalendarStore.h"
 #include "platform/services/Clock.h"
+#include "platform/services/ContactsAccess.h"
 #include "platform/services/MailComposer.h"
 #include "platform/services/Reachability.h"
 #include "platform/services/Sounds.h"
@@ -30,6 +31,7 @@ public:
     CalendarStore& calendar() { return *calendar_; }
     MailComposer& mail() { return *mail_; }
     SystemNotifications& systemNotifications() { return *systemNotifications_; }
+    ContactsAccess& contactsAccess() { return *contactsAccess_; }
 
     void setShell(std::unique_ptr<Shell> shell) { shell_ = std::move(shell); }
     void setClock(std::unique_ptr<Clock> clock) { clock_ = std::move(clock); }
@@ -41,6 +43,7 @@ public:
     void setSystemNotifications(std::unique_ptr<SystemNotifications> notifications) {
         systemNotifications_ = std::move(notifications);
     }
+    void setContactsAccess(std::unique_ptr<ContactsAccess> access) { contactsAccess_ = std::move(access); }
 
 private:
     std::unique_ptr<Shell> shell_;
@@ -51,6 +54,7 @@ private:
     std::unique_ptr<CalendarStore> calendar_;
     std::unique_ptr<MailComposer> mail_;
     std::unique_ptr<SystemNotifications> systemNotifications_;
+    std::unique_ptr<ContactsAccess> contactsAccess_;
 };
 
 }  // namespace stowhaven

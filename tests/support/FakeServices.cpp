@@ -22,7 +22,8 @@ FakeServices::FakeServices()
       sounds(install<RecordingSounds>(&Platform::setSounds)),
       calendar(install<RecordingCalendar>(&Platform::setCalendar)),
       mail(install<RecordingMail>(&Platform::setMail)),
-      systemNotifications(install<RecordingSystemNotifications>(&Platform::setSystemNotifications)) {}
+      systemNotifications(install<RecordingSystemNotifications>(&Platform::setSystemNotifications)),
+      contactsAccess(install<FakeContactsAccess>(&Platform::setContactsAccess)) {}
 
 FakeServices::~FakeServices() {
     Platform& platform = Platform::current();

@@ -95,6 +95,18 @@ public:
     std::vector<std::string> posted;
 };
 
+class FakeContactsAccess final : public ContactsAccess {
+public:
+    ContactsAuthorization authorizationStatus() const override { return status; }
+    void requestAccess(std::function<void(bool granted)> completion) override {
+        ++requests;
+        completion(grants);
+    }
+    ContactsAuthorization status = ContactsAuthorization::Authorized;
+    bool grants = true;
+    int requests = 0;
+};
+
 // Puts doubles in place of every platform service for the life of the object, then the
 // host's services again. The doubles are reached through the members.
 class FakeServices {
@@ -112,6 +124,7 @@ public:
     RecordingCalendar& calendar;
     RecordingMail& mail;
     RecordingSystemNotifications& systemNotifications;
+    FakeContactsAccess& contactsAccess;
 };
 
 }  // namespace stowhaven::test

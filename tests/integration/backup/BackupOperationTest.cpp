@@ -6,14 +6,15 @@
 #include "backup/CategoryBackupOperation.h"
 #include "backup/DataBackupOperation.h"
 #include "backup/DebsBackupOperation.h"
-#include "support/OperationRun.h"
 #include "core/BackupSession.h"
 #include "core/CydiaFileManager.h"
 #include "core/ProcessFlags.h"
 #include "items/Application.h"
 #include "platform/Strings.h"
 #include "storage/StorageEngines.h"
+#include "storage/addressbook/ABAddressBookHelper.h"
 #include "support/NullStorageEngine.h"
+#include "support/OperationRun.h"
 #include "support/SandboxDevice.h"
 #include "support/SupervisorScope.h"
 
@@ -85,10 +86,13 @@ TEST_F(BackupOperationTest, TheApplicationFolderIsMadeFirstOnlyWhenSomethingGoes
 
 TEST_F(BackupOperationTest, OnTheAddressBookTheRecordIsTheWholeBackup) {
     scope_.supervisor().setStorageToAddressbook();
+    ABAddressBookHelper::createABAddressBookHelper();
     manager().loadPackages();
 
     runOperation(std::make_shared<BackupOperation>());
+    ABAddressBookHelper::destroyShared();
 
+    EXPECT_TRUE(manager().hasSuccessfullySaveData());
     EXPECT_FALSE(ranAnyTar());
     EXPECT_FALSE(showed("CLOUD_BACKUP_UPLOADED"));
     EXPECT_TRUE(showed("DONE_MESSAGE"));

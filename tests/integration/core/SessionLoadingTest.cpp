@@ -4,8 +4,6 @@
 #include "core/SessionHistory.h"
 #include "integration/core/CatalogueFixture.h"
 #include "platform/Strings.h"
-#include "storage/addressbook/AddressBookRecords.h"
-#include "support/OldFormatNote.h"
 #include "unit/plist/CapturedLog.h"
 
 #include <algorithm>
@@ -125,55 +123,6 @@ TEST_F(SessionLoadingTest, InterningGivesOneRecordPerIdentifierAndVersionWhateve
     EXPECT_NE(first, other);
     EXPECT_FALSE(manager().createCydiaFileFrom(""));
     EXPECT_EQ(manager().allPackages().size(), 2u);
-}
-
-// The record of a device as the address book keeps it, with nothing else in the book.
-class OneRecordAddressBook final : public AddressBookRecords {
-public:
-    void upgradeStowhavenABEntry() override {}
-    bool existsABRecordWithFirstName(const std::string& first, const std::string& last) override {
-        return first == firstName && last == "Stow";
-    }
-    std::optional<std::string> getCurrentABRecordNote() override { return note; }
-    std::optional<std::string> getCurrentABRecordOrganization() override { return organization; }
-    bool isActiveSyncEnabled() override { return false; }
-    bool createABRecord() override { return false; }
-    bool createABGroupWithName(const std::string&) override { return false; }
-    bool updateABRecordFirstName(const std::string&) override { return false; }
-    bool updateABRecordLastName(const std::string&) override { return false; }
-    bool updateABRecordNickName(const std::string&) override { return false; }
-    bool updateABRecordOrganizationName(const std::string&) override { return false; }
-    bool updateABRecordHomepageURLString(const std::string&) override { return false; }
-    bool updateABRecordNoteData(const std::string&) override { return false; }
-    bool saveABRecordChange() override { return false; }
-
-    std::string firstName;
-    std::optional<std::string> note;
-    std::optional<std::string> organization;
-};
-
-TEST_F(SessionLoadingTest, AnOldAddressBookNoteBecomesOneSessionWithItsDateAndSources) {
-    auto book = std::make_shared<OneRecordAddressBook>();
-    book->firstName = "Haven";
-    book->note = test::oldFormatNote(device_.root() + "/..", kOldSubstrate);
-    book->organization = "repo.example.org ./, # old one, http://apt.example.net/ ./";
-    AddressBookRecords::setShared(book);
-    scope_.supervisor().setStorageToAddressbook();
-
-    manager().loadPackages();
-    AddressBookRecords::setShared(nullptr);
-
-    const auto session = manager().currentBackupSession();
-    ASSERT_TRUE(session);
-    EXPECT_EQ(session->sessionDate()->timeIntervalSince1970(), 1275393600) << "2010-06-01 12:00:00 UTC";
-    EXPECT_EQ(session->rawData(), kOldSubstrate);
-    ASSERT_TRUE(session->repositorySources());
-    ASSERT_EQ(session->repositorySources()->size(), 2u);
-    EXPECT_TRUE(manager().isGenericData()) << "the next store makes this device's own record";
-    EXPECT_TRUE(manager().currentApplications().empty());
-    const auto substrate = packageOf(manager().oldPackages(), "mobilesubstrate");
-    ASSERT_TRUE(substrate);
-    EXPECT_TRUE(substrate->isRestoreSelected());
 }
 
 }  // namespace

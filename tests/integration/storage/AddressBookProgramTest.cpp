@@ -1,0 +1,78 @@
+// The program on the address book, and a session carried to another device as a vCard.
+
+#include "support/ProgramRun.h"
+#include "support/SandboxDevice.h"
+
+#include <gtest/gtest.h>
+
+namespace stowhaven {
+namespace {
+
+constexpr const char* kTweak = "net.tinkerlane.quietbadges";
+
+bool has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+
+test::ProgramOutcome run(const test::SandboxDevice& device, const std::string& arguments) {
+    return test::runProgram("--root " + device.root() + " " + arguments);
+}
+
+// The packages are scanned, as on an owner's device.
+void scanPackages(const test::SandboxDevice& device) {
+    EXPECT_EQ(run(device, "settings AutoScanPkgEnabled true").status, 0);
+}
+
+std::string tweakStatus(const test::SandboxDevice& device) {
+    return test::runCommand("DPKG_ADMINDIR=" + device.path("/var/lib/dpkg") +
+                            " dpkg-query -W -f '${db:Status-Status}' " + kTweak + " 2>/dev/null || true");
+}
+
+TEST(AddressBookProgramTest, BacksUpListsAndRestoresTheDevicesPackagesFromTheContacts) {
+    const test::SandboxDevice device("minimal");
+    scanPackages(device);
+    ASSERT_EQ(run(device, "storage use addressbook").output, "Storage is now Addressbook (type 0).\n");
+    EXPECT_TRUE(has(run(device, "storage").output, "Device records: none"));
+
+    const auto backup = run(device, "backup --yes --title 'In the contacts'");
+    ASSERT_EQ(backup.status, 0) << backup.errors;
+    EXPECT_TRUE(has(backup.output, "Backup done on Addressbook")) << backup.output;
+    EXPECT_TRUE(has(run(device, "storage").output, "Device records: Haven_0123456789abcdef"));
+    const auto history = run(device, "history");
+    EXPECT_TRUE(has(history.output, "1 session(s) on Addressbook")) << history.output;
+    EXPECT_TRUE(has(history.output, "In the contacts"));
+    EXPECT_TRUE(has(run(device, "status").output, "In the contacts"));
+
+    test::runCommand("dpkg --root=" + device.root() + " --admindir=" + device.path("/var/lib/dpkg") +
+                     " --force-depends --remove " + kTweak + " > /dev/null 2>&1");
+    ASSERT_NE(tweakStatus(device), "installed");
+    const auto restore = run(device, "restore --yes");
+    ASSERT_EQ(restore.status, 0) << restore.errors;
+    EXPECT_EQ(tweakStatus(device), "installed");
+}
+
+TEST(AddressBookProgramTest, AVCardSharedOnOneDeviceImportsOnAnotherAndReadsBack) {
+    const test::SandboxDevice device("minimal");
+    scanPackages(device);
+    const test::SandboxDevice other(device, "other");
+    ASSERT_EQ(run(device, "backup --yes --title Shared").status, 0);
+    const std::string vCard = device.root() + "/../Stow Haven.vcf";
+
+    const auto share = run(device, "share vcard '" + vCard + "'");
+    ASSERT_EQ(share.status, 0) << share.errors;
+    const auto inspect = run(other, "inspect '" + vCard + "'");
+    ASSERT_EQ(inspect.status, 0) << inspect.errors;
+    EXPECT_TRUE(has(inspect.output, "Shared")) << inspect.output;
+
+    const auto imported = run(other, "open --yes '" + vCard + "'");
+    ASSERT_EQ(imported.status, 0) << imported.errors;
+    EXPECT_TRUE(has(imported.output, "Imported: Shared [IMPORTED DATA]!")) << imported.output;
+}
+
+TEST(AddressBookProgramTest, WithNothingBackedUpThereIsNoVCard) {
+    const test::SandboxDevice device("minimal");
+    const auto share = run(device, "share vcard " + device.root() + "/../none.vcf");
+    EXPECT_EQ(share.status, 1);
+    EXPECT_TRUE(has(share.errors, "stowhaven: ")) << share.errors;
+}
+
+}  // namespace
+}  // namespace stowhaven

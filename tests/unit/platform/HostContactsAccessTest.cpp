@@ -1,0 +1,103 @@
+#include "platform/services/HostContactsAccess.h"
+
+#include "support/DeviceRootScope.h"
+#include "support/TestFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <filesystem>
+
+namespace stowhaven {
+namespace {
+
+using ::testing::ElementsAre;
+
+class HostContactsAccessTest : public ::testing::Test {
+protected:
+    // Runs SQL on the device's privacy database, made where missing; each row as its
+    // columns joined by "|".
+    std::vector<std::string> tcc(const std::string& sql) const {
+        std::filesystem::create_directories(std::filesystem::path(database).parent_path());
+        sqlite3* connection = nullptr;
+        EXPECT_EQ(sqlite3_open(database.c_str(), &connection), SQLITE_OK);
+        std::vector<std::string> rows;
+        char* message = nullptr;
+        const auto collect = [](void* target, int count, char** values, char**) {
+            std::string row;
+            for (int i = 0; i < count; ++i) row += (i > 0 ? "|" : "") + std::string(values[i] ? values[i] : "NULL");
+            static_cast<std::vector<std::string>*>(target)->push_back(row);
+            return 0;
+        };
+        if (sqlite3_exec(connection, sql.c_str(), collect, &rows, &message) != SQLITE_OK) {
+            ADD_FAILURE() << sql << ": " << (message != nullptr ? message : "");
+        }
+        sqlite3_free(message);
+        sqlite3_close(connection);
+        return rows;
+    }
+
+    void makeTable() const {
+        tcc("CREATE TABLE access (service TEXT, client TEXT, client_type INTEGER, allowed INTEGER,"
+            " prompt_count INTEGER, csreq BLOB, PRIMARY KEY(service, client))");
+    }
+
+    // Asks, and answers what the completion got before requestAccess returned.
+    std::optional<bool> request() {
+        std::optional<bool> answer;
+        access.requestAccess([&](bool granted) { answer = granted; });
+        return answer;
+    }
+
+    test::TestFolder folder;
+    test::DeviceRootScope root{folder.path().string()};
+    std::string database = folder / "var/mobile/Library/TCC/TCC.db";
+    HostContactsAccess access;
+};
+
+TEST_F(HostContactsAccessTest, TheStatusIsTheDecisionRecordedForTheProgramAndTheAddressBook) {
+    EXPECT_EQ(access.authorizationStatus(), ContactsAuthorization::NotDetermined);
+    EXPECT_FALSE(std::filesystem::exists(database)) << "asking the status records nothing";
+
+    makeTable();
+    tcc("INSERT INTO access VALUES ('kTCCServiceAddressBook', 'com.example.other', 0, 1, 1, NULL),"
+        " ('kTCCServiceCalendar', 'com.larkmoor.stowhaven', 0, 1, 1, NULL)");
+    EXPECT_EQ(access.authorizationStatus(), ContactsAuthorization::NotDetermined);
+
+    tcc("INSERT INTO access VALUES ('kTCCServiceAddressBook', 'com.larkmoor.stowhaven', 0, 0, 1, NULL)");
+    EXPECT_EQ(access.authorizationStatus(), ContactsAuthorization::Denied);
+
+    tcc("UPDATE access SET allowed = 1 WHERE service = 'kTCCServiceAddressBook'");
+    EXPECT_EQ(access.authorizationStatus(), ContactsAuthorization::Authorized);
+}
+
+TEST_F(HostContactsAccessTest, ARequestWithoutADecisionRecordsTheGrantAsTheDeviceDoes) {
+    EXPECT_EQ(request(), true);
+    EXPECT_EQ(access.authorizationStatus(), ContactsAuthorization::Authorized);
+    EXPECT_THAT(tcc("SELECT service, client, client_type, allowed, prompt_count FROM access"),
+                ElementsAre("kTCCServiceAddressBook|com.larkmoor.stowhaven|0|1|1"));
+
+    // Another program's decisions in a database that is there already stay as they are.
+    std::filesystem::remove(database);
+    makeTable();
+    tcc("INSERT INTO access VALUES ('kTCCServiceAddressBook', 'com.example.other', 0, 0, 2, X'CAFE')");
+    EXPECT_EQ(request(), true);
+    EXPECT_THAT(tcc("SELECT client, allowed, prompt_count, quote(csreq) FROM access ORDER BY client"),
+                ElementsAre("com.example.other|0|2|X'CAFE'", "com.larkmoor.stowhaven|1|1|NULL"));
+}
+
+TEST_F(HostContactsAccessTest, ADecisionAlreadyMadeStands) {
+    makeTable();
+    tcc("INSERT INTO access VALUES ('kTCCServiceAddressBook', 'com.larkmoor.stowhaven', 0, 0, 1, NULL)");
+    EXPECT_EQ(request(), false);
+    EXPECT_EQ(access.authorizationStatus(), ContactsAuthorization::Denied);
+    EXPECT_THAT(tcc("SELECT allowed, prompt_count FROM access"), ElementsAre("0|1"));
+
+    tcc("UPDATE access SET allowed = 1");
+    EXPECT_EQ(request(), true);
+    EXPECT_THAT(tcc("SELECT allowed, prompt_count FROM access"), ElementsAre("1|1"));
+}
+
+}  // namespace
+}  // namespace stowhaven
