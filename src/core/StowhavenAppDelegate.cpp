@@ -4,6 +4,7 @@
 #include "core/ProcessFlags.h"
 #include "core/SettingsKeys.h"
 #include "core/Supervisor.h"
+#include "items/PhotoVideoManager.h"
 #include "platform/ApplicationNotifications.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
@@ -12,6 +13,7 @@
 #include "platform/dispatch/GlobalQueue.h"
 #include "platform/dispatch/MainQueue.h"
 #include "platform/dispatch/NotificationCenter.h"
+#include "storage/addressbook/ABAddressBookHelper.h"
 #include "storage/local/LocalStorageHelper.h"
 
 #include <limits>
@@ -30,6 +32,12 @@ std::mutex gStartupSweepMutex;
 std::shared_future<void> gStartupSweep;
 
 void runMtuCommand() { Supervisor::shared().systemExecute("ifconfig en0 mtu 1400"); }
+
+// The links into the mobile user's contacts and media live while the program is in front.
+void removeSymlinks() {
+    ABAddressBookHelper::removeSymlink();
+    PhotoVideoManager::removeSymlink();
+}
 
 void sweepTemporaryItems() {
     Supervisor& supervisor = Supervisor::shared();
@@ -75,6 +83,7 @@ void StowhavenAppDelegate::initialize() {
     SH_LOG("Initialize....");
     // Its reset ends the process the way every other end does.
     Supervisor::shared().setExitHandler(ProcessControl::exit);
+    removeSymlinks();
     setupUserDefaults();
     const Reachability& reachability = Platform::current().reachability();
     SH_LOG("Using 3G: {:d}", reachability.isConnectedToNetwork() && !reachability.usingWiFi());
@@ -161,6 +170,8 @@ void StowhavenAppDelegate::applicationWillTerminate() {
 }
 
 void StowhavenAppDelegate::applicationWillEnterForeground() {
+    ABAddressBookHelper::createSymlink();
+    if (gAutoScanPhotosEnabled || gAutoScanVideosEnabled) PhotoVideoManager::createSymlink();
     gWasForegrounded = true;
     runMtuCommand();
     UserDefaults::standard().reload();
@@ -169,6 +180,7 @@ void StowhavenAppDelegate::applicationWillEnterForeground() {
 }
 
 void StowhavenAppDelegate::stopEverything() {
+    removeSymlinks();
     Platform::current().battery().setMonitoringEnabled(false);
     sweepTemporaryItems();
 }

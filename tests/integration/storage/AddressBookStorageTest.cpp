@@ -160,6 +160,18 @@ TEST_F(AddressBookStorageTest, TheFirstBackupMakesTheRecordAndTheSecondRewritesI
     EXPECT_EQ(rows("SELECT COUNT(*) FROM ABGroup WHERE Name = 'Stowhaven Data'"), std::vector<std::string>{"1"});
 }
 
+TEST_F(AddressBookStorageTest, TheRolloverRewritesTheNoteWithTheSessionsKept) {
+    scope_.supervisor().setMaximumBackupToKeep(1);
+    ABAddressBookHelper::createABAddressBookHelper();
+    manager().loadPackages();
+
+    backUpAt(1795000000);
+    backUpAt(1795003600);
+
+    EXPECT_EQ(datesInNoteOf(kDeviceFirstName), std::vector<double>{1795003600});
+    EXPECT_EQ(manager().backupSessions().size(), 1u);
+}
+
 TEST_F(AddressBookStorageTest, AGenericRecordIsReadAtStartAndStaysWhenTheDeviceGetsItsOwn) {
     const auto older = sessionOf(700000000, kPackageLine);
     const std::string genericNote = noteOfSessions({older});
