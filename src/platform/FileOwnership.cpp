@@ -1,5 +1,7 @@
 #include "platform/FileOwnership.h"
 
+#include "platform/Failure.h"
+
 #include <grp.h>
 #include <pwd.h>
 #include <sys/stat.h>
@@ -15,11 +17,6 @@ namespace stowhaven {
 namespace {
 
 constexpr unsigned kPermissionBits = 07777;
-
-bool fail(std::string* error, const std::string& what) {
-    if (error) *error = what;
-    return false;
-}
 
 std::size_t lookupBufferSize() {
     const long suggested = sysconf(_SC_GETPW_R_SIZE_MAX);

@@ -1,5 +1,6 @@
 #include "platform/addressbook/ABRecord.h"
 
+#include "platform/Failure.h"
 #include "platform/addressbook/AddressBookSchema.h"
 
 #include <fmt/format.h>
@@ -9,11 +10,6 @@
 namespace stowhaven {
 
 namespace {
-
-bool fail(std::string* error, std::string text) {
-    if (error != nullptr) *error = std::move(text);
-    return false;
-}
 
 const char* nameOf(ABRecordType type) { return type == ABRecordType::Person ? "person" : "group"; }
 

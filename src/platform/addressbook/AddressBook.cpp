@@ -1,6 +1,7 @@
 #include "platform/addressbook/AddressBook.h"
 
 #include "platform/DeviceRoot.h"
+#include "platform/Failure.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "platform/SqliteDatabase.h"
@@ -20,11 +21,6 @@ namespace stowhaven {
 namespace {
 
 using namespace std::chrono_literals;
-
-bool fail(std::string* error, std::string text) {
-    if (error != nullptr) *error = std::move(text);
-    return false;
-}
 
 // The folder may be a link to a folder not made yet: that one is made.
 bool makeFolder(const std::filesystem::path& folder, std::string* error) {

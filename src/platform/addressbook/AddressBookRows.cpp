@@ -1,16 +1,12 @@
 #include "platform/addressbook/AddressBookRows.h"
 
+#include "platform/Failure.h"
 #include "platform/SqliteDatabase.h"
 #include "platform/addressbook/AddressBookSchema.h"
 
 namespace stowhaven {
 
 namespace {
-
-bool fail(std::string* error, std::string text) {
-    if (error != nullptr) *error = std::move(text);
-    return false;
-}
 
 // Steps onto the one row a statement selects.
 bool stepOntoRow(SqliteDatabase::Statement& statement, std::string* error) {

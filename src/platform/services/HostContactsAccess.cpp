@@ -1,6 +1,7 @@
 #include "platform/services/HostContactsAccess.h"
 
 #include "platform/DeviceRoot.h"
+#include "platform/Failure.h"
 #include "platform/Log.h"
 #include "platform/SqliteDatabase.h"
 
@@ -54,10 +55,7 @@ bool HostContactsAccess::recordGrant(std::string* error) {
     const std::string path = databasePath();
     std::error_code code;
     std::filesystem::create_directories(std::filesystem::path(path).parent_path(), code);
-    if (code) {
-        *error = code.message();
-        return false;
-    }
+    if (code) return fail(error, code.message());
     auto database = SqliteDatabase::open(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, error);
     if (database == nullptr) return false;
     database->setBusyTimeout(2s);

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace stowhaven {
@@ -84,6 +85,11 @@ public:
 
 private:
     using Records = std::vector<std::shared_ptr<ABRecord>>;
+
+    // Names are the same ignoring case; a missing name is the same as none.
+    static bool sameName(const std::optional<std::string>& name, std::string_view other);
+    // Of the program's last name: the lookup by name finds others through other fields.
+    static bool isOwnRecord(const ABRecord& person);
 
     bool updateABRecordProperty(ABPropertyID property, const std::optional<std::string>& value);
     void upgradeStowhavenABEntryStep3WithIconData(const std::string& iconData);

@@ -14,16 +14,8 @@ namespace stowhaven {
 
 namespace {
 
-bool sameName(const std::optional<std::string>& name, std::string_view other) {
-    return name && textutil::caseInsensitiveOrder(*name, other) == 0;
-}
-
 std::string nameOf(const ABRecord& person, ABPropertyID property) {
     return textutil::orNull(person.copyValue(property));
-}
-
-bool isOwnRecord(const ABRecord& person) {
-    return sameName(person.copyValue(kABPersonLastNameProperty), ABAddressBookHelper::kLastName);
 }
 
 }  // namespace

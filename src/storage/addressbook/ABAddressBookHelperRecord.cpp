@@ -11,13 +11,17 @@ namespace stowhaven {
 
 namespace {
 
-bool sameName(const std::optional<std::string>& name, std::string_view other) {
-    return name && textutil::caseInsensitiveOrder(*name, other) == 0;
-}
-
 void notifyProgress(const std::string& message) { Supervisor::shared().notifyProgress(std::nullopt, message); }
 
 }  // namespace
+
+bool ABAddressBookHelper::sameName(const std::optional<std::string>& name, std::string_view other) {
+    return name && textutil::caseInsensitiveOrder(*name, other) == 0;
+}
+
+bool ABAddressBookHelper::isOwnRecord(const ABRecord& person) {
+    return sameName(person.copyValue(kABPersonLastNameProperty), kLastName);
+}
 
 ABAddressBookHelper::Records ABAddressBookHelper::peopleWithName(const std::string& name) {
     return addressBookRef_ ? addressBookRef_->copyPeopleWithName(name) : Records{};
@@ -164,7 +168,7 @@ void ABAddressBookHelper::upgradeStowhavenABEntryStep3WithIconData(const std::st
     std::lock_guard lock(mutex_);
     bool upgraded = false;
     for (const auto& person : peopleWithName(kLastName)) {
-        if (!sameName(person->copyValue(kABPersonLastNameProperty), kLastName)) continue;
+        if (!isOwnRecord(*person)) continue;
         const auto firstName = person->copyValue(kABPersonFirstNameProperty);
         const auto parts = textutil::split(firstName.value_or(""), ' ');
         if (parts.size() != 2) continue;

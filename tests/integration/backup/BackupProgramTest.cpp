@@ -1,9 +1,9 @@
 // "stowhaven backup" on a sandbox device with local storage.
 
 #include "platform/FileManager.h"
-#include "support/DatabaseRows.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
+#include "support/SqlRows.h"
 
 #include <gtest/gtest.h>
 
@@ -63,11 +63,11 @@ TEST_F(BackupProgramTest, AnEncryptedBackupNeedsItsKeyAndAFailedOneSaysWhy) {
     // the program's group.
     const std::string book = device_.path("/var/mobile/Library/AddressBook");
     FileManager::createDirectory(book, true);
-    test::executeOnDatabase(book + "/AddressBook.sqlitedb",
-                            "CREATE TABLE ABGroupMembers (UID INTEGER PRIMARY KEY, group_id INTEGER, "
-                            "member_type INTEGER, member_id INTEGER, UNIQUE(group_id, member_type, member_id)); "
-                            "CREATE TRIGGER refuse BEFORE INSERT ON ABGroupMembers "
-                            "BEGIN SELECT RAISE(ABORT, 'read-only'); END;");
+    test::sqlRows(book + "/AddressBook.sqlitedb",
+                  "CREATE TABLE ABGroupMembers (UID INTEGER PRIMARY KEY, group_id INTEGER, "
+                  "member_type INTEGER, member_id INTEGER, UNIQUE(group_id, member_type, member_id)); "
+                  "CREATE TRIGGER refuse BEFORE INSERT ON ABGroupMembers "
+                  "BEGIN SELECT RAISE(ABORT, 'read-only'); END;");
     ASSERT_EQ(run("settings CurrentStorageType 0").status, 0);
     const auto outcome = run("backup --yes");
     EXPECT_EQ(outcome.status, 1);

@@ -9,9 +9,9 @@
 #include "platform/addressbook/AddressBook.h"
 #include "platform/plist/PlistCodec.h"
 #include "storage/addressbook/ABAddressBookHelper.h"
-#include "support/DatabaseRows.h"
 #include "support/OldFormatNote.h"
 #include "support/OperationRun.h"
+#include "support/SqlRows.h"
 
 #include <map>
 #include <random>
@@ -38,7 +38,7 @@ protected:
 
     std::string folder() const { return device_.path("/var/mobile/Library/AddressBook"); }
     std::vector<std::string> rows(const std::string& query) const {
-        return test::databaseRows(folder() + "/AddressBook.sqlitedb", query);
+        return test::sqlRows(folder() + "/AddressBook.sqlitedb", query);
     }
 
     // The owner's people, one of them found by the lookup of the program's last name through
@@ -150,7 +150,7 @@ TEST_F(AddressBookStorageTest, TheFirstBackupMakesTheRecordAndTheSecondRewritesI
     EXPECT_EQ(rows("SELECT g.Name FROM ABGroup g JOIN ABGroupMembers m ON m.group_id = g.ROWID "
                    "JOIN ABPerson p ON p.ROWID = m.member_id WHERE p.Last = 'Stow'"),
               std::vector<std::string>{"Stowhaven Data"});
-    EXPECT_EQ(test::databaseRows(folder() + "/AddressBookImages.sqlitedb", "SELECT COUNT(*) FROM ABFullSizeImage"),
+    EXPECT_EQ(test::sqlRows(folder() + "/AddressBookImages.sqlitedb", "SELECT COUNT(*) FROM ABFullSizeImage"),
               std::vector<std::string>{"1"})
         << "the icon";
 
@@ -258,9 +258,9 @@ TEST_F(AddressBookStorageTest, ARefusedSaveTakesTheNewSessionAwayAndKeepsTheNote
     backUpAt(1795000000);
     const std::string noteBefore = noteOf(kDeviceFirstName);
     // The database refuses the next change of a note.
-    test::executeOnDatabase(folder() + "/AddressBook.sqlitedb",
-                            "CREATE TRIGGER refuse BEFORE UPDATE OF Note ON ABPerson "
-                            "BEGIN SELECT RAISE(ABORT, 'refused'); END;");
+    test::sqlRows(folder() + "/AddressBook.sqlitedb",
+                  "CREATE TRIGGER refuse BEFORE UPDATE OF Note ON ABPerson "
+                  "BEGIN SELECT RAISE(ABORT, 'refused'); END;");
 
     backUpAt(1795003600);
 

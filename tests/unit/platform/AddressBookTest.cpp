@@ -3,12 +3,12 @@
 #include "support/DeviceRootScope.h"
 #include "support/FakeServices.h"
 #include "support/SandboxDevice.h"
+#include "support/SqlRows.h"
 #include "support/TestFolder.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <filesystem>
 #include <fstream>
@@ -23,13 +23,6 @@ using People = std::vector<std::shared_ptr<ABRecord>>;
 
 // 2015-01-01 00:00:00.5 UTC, 441763200.5 seconds after the reference date.
 const auto kSaveTime = std::chrono::system_clock::from_time_t(1420070400) + std::chrono::milliseconds(500);
-
-int collectRow(void* rows, int count, char** values, char**) {
-    std::string row;
-    for (int i = 0; i < count; ++i) row += (i > 0 ? "|" : "") + std::string(values[i] != nullptr ? values[i] : "NULL");
-    static_cast<Rows*>(rows)->push_back(row);
-    return 0;
-}
 
 std::string hexOf(const std::string& bytes) {
     std::string hex;
@@ -64,19 +57,8 @@ protected:
     // Runs SQL on a connection of the test's own, with the pictures' file attached as the
     // device attaches it; each row as its columns joined by "|".
     Rows query(const std::string& sql) const {
-        sqlite3* database = nullptr;
-        EXPECT_EQ(
-            sqlite3_open_v2((bookFolder + "/AddressBook.sqlitedb").c_str(), &database, SQLITE_OPEN_READWRITE, nullptr),
-            SQLITE_OK);
-        const std::string statements = "ATTACH '" + bookFolder + "/AddressBookImages.sqlitedb' AS images; " + sql;
-        Rows rows;
-        char* message = nullptr;
-        if (sqlite3_exec(database, statements.c_str(), collectRow, &rows, &message) != SQLITE_OK) {
-            ADD_FAILURE() << sql << ": " << (message != nullptr ? message : "");
-        }
-        sqlite3_free(message);
-        sqlite3_close(database);
-        return rows;
+        return test::sqlRows(bookFolder + "/AddressBook.sqlitedb",
+                             "ATTACH '" + bookFolder + "/AddressBookImages.sqlitedb' AS images; " + sql);
     }
 
     // The file change counter of the database header, which every write transaction moves.

@@ -1,11 +1,11 @@
 #include "platform/services/HostContactsAccess.h"
 
 #include "support/DeviceRootScope.h"
+#include "support/SqlRows.h"
 #include "support/TestFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <filesystem>
 
@@ -16,27 +16,8 @@ using ::testing::ElementsAre;
 
 class HostContactsAccessTest : public ::testing::Test {
 protected:
-    // Runs SQL on the device's privacy database, made where missing; each row as its
-    // columns joined by "|".
-    std::vector<std::string> tcc(const std::string& sql) const {
-        std::filesystem::create_directories(std::filesystem::path(database).parent_path());
-        sqlite3* connection = nullptr;
-        EXPECT_EQ(sqlite3_open(database.c_str(), &connection), SQLITE_OK);
-        std::vector<std::string> rows;
-        char* message = nullptr;
-        const auto collect = [](void* target, int count, char** values, char**) {
-            std::string row;
-            for (int i = 0; i < count; ++i) row += (i > 0 ? "|" : "") + std::string(values[i] ? values[i] : "NULL");
-            static_cast<std::vector<std::string>*>(target)->push_back(row);
-            return 0;
-        };
-        if (sqlite3_exec(connection, sql.c_str(), collect, &rows, &message) != SQLITE_OK) {
-            ADD_FAILURE() << sql << ": " << (message != nullptr ? message : "");
-        }
-        sqlite3_free(message);
-        sqlite3_close(connection);
-        return rows;
-    }
+    // Runs SQL on the device's privacy database, made where missing.
+    std::vector<std::string> tcc(const std::string& sql) const { return test::sqlRows(database, sql); }
 
     void makeTable() const {
         tcc("CREATE TABLE access (service TEXT, client TEXT, client_type INTEGER, allowed INTEGER,"
