@@ -9,8 +9,7 @@
 #include "platform/TemporaryDirectory.h"
 #include "storage/StorageLayout.h"
 #include "storage/local/LocalStorageHelper.h"
-#include "support/SandboxDevice.h"
-#include "support/SupervisorScope.h"
+#include "support/CatalogueFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -31,14 +30,10 @@ std::vector<std::string> sorted(std::vector<std::string> names) {
     return names;
 }
 
-class DebsBackupOperationTest : public ::testing::Test {
+class DebsBackupOperationTest : public test::CatalogueFixture {
 protected:
-    DebsBackupOperationTest() : scope_(device_.root()) {
-        scope_.services.shell.runsCommands = true;
-        gAutoScanPkgEnabled = true;
+    DebsBackupOperationTest() {
         gBackupDebsEnabled = true;
-        LocalStorageHelper::settleStoragePath();
-        engine_ = LocalStorageHelper::createLocalStorageHelper();
         // The device's own packages are what makes a capture worth doing at all.
         CydiaFileManager::shared().loadPackages();
         // Nothing else runs commands once the start-up clean-up is over.
@@ -58,14 +53,6 @@ protected:
         return operation;
     }
 
-    std::vector<std::string> commandsStartingWith(const std::string& start) const {
-        std::vector<std::string> found;
-        for (const std::string& command : scope_.services.shell.commands) {
-            if (command.starts_with(start)) found.push_back(command);
-        }
-        return found;
-    }
-
     static std::string sessionDirectory() {
         return localStoragePath() + "/" + StorageLayout::stamp(Date(kSessionDate));
     }
@@ -76,10 +63,6 @@ protected:
         std::filesystem::create_directories(cachedArchives());
         ASSERT_TRUE(FileManager::writeFile(cachedArchives() + "/" + name, "not really a package"));
     }
-
-    test::SandboxDevice device_{"minimal"};
-    test::SupervisorScope scope_;
-    std::shared_ptr<LocalStorageHelper> engine_;
 };
 
 TEST_F(DebsBackupOperationTest, WithTheSettingOffNothingIsFetchedAndNoFolderIsMade) {

@@ -2,7 +2,7 @@
 // history behind it, and the comparison that says what a restore would bring back.
 
 #include "core/SessionHistory.h"
-#include "integration/core/CatalogueFixture.h"
+#include "support/CatalogueFixture.h"
 #include "platform/Strings.h"
 #include "unit/plist/CapturedLog.h"
 

@@ -5,7 +5,7 @@
 #include "core/ModelClasses.h"
 #include "core/SessionHistory.h"
 #include "core/Text.h"
-#include "integration/core/CatalogueFixture.h"
+#include "support/CatalogueFixture.h"
 #include "items/PhotoVideoManager.h"
 #include "platform/Strings.h"
 #include "platform/TemporaryDirectory.h"

@@ -9,8 +9,7 @@
 #include "restore/IndexedDataRestoreOperation.h"
 #include "storage/StorageLayout.h"
 #include "storage/local/LocalStorageHelper.h"
-#include "support/SandboxDevice.h"
-#include "support/SupervisorScope.h"
+#include "support/CatalogueFixture.h"
 #include "support/TestFolder.h"
 #include "unit/plist/CapturedLog.h"
 
@@ -27,13 +26,9 @@ namespace fs = std::filesystem;
 
 const Date kSessionDate(760000000.0);
 
-class IndexedDataRestoreTest : public ::testing::Test {
+class IndexedDataRestoreTest : public test::CatalogueFixture {
 protected:
-    IndexedDataRestoreTest() : scope_(device_.root()) {
-        scope_.supervisor();
-        scope_.services.shell.runsCommands = true;
-        LocalStorageHelper::settleStoragePath();
-        engine_ = LocalStorageHelper::createLocalStorageHelper();
+    IndexedDataRestoreTest() {
         auto session = std::make_shared<BackupSession>();
         session->setSessionDate(kSessionDate);
         session->setHasData(StockDataSet::Notes, true);
@@ -61,9 +56,6 @@ protected:
         FileManager::writeFile((staging_.path() / path).string(), bytes);
     }
 
-    test::SandboxDevice device_{"minimal"};
-    test::SupervisorScope scope_;
-    std::shared_ptr<LocalStorageHelper> engine_;
     test::TestFolder staging_;
 };
 

@@ -11,8 +11,7 @@
 #include "platform/TemporaryDirectory.h"
 #include "storage/StorageLayout.h"
 #include "storage/local/LocalStorageHelper.h"
-#include "support/SandboxDevice.h"
-#include "support/SupervisorScope.h"
+#include "support/CatalogueFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -29,15 +28,10 @@ namespace {
 constexpr double kSessionDate = 700000000;
 constexpr const char* kExtraDeb = "com.example.extra_1.0_iphoneos-arm.deb";
 
-class PackagesRestoreOperationTest : public ::testing::Test {
+class PackagesRestoreOperationTest : public test::CatalogueFixture {
 protected:
-    PackagesRestoreOperationTest() : scope_(device_.root()) {
-        scope_.supervisor();
-        scope_.services.shell.runsCommands = true;
-        gAutoScanPkgEnabled = true;
+    PackagesRestoreOperationTest() {
         gIsBackupMode = false;
-        LocalStorageHelper::settleStoragePath();
-        engine_ = LocalStorageHelper::createLocalStorageHelper();
         CydiaFileManager::shared().loadPackages();
         CydiaFileManager::shared().waitForCleanUpJobs();
     }
@@ -76,19 +70,7 @@ protected:
                                 " 2>/dev/null || true");
     }
 
-    std::vector<std::string> commandsStartingWith(const std::string& start) const {
-        std::vector<std::string> found;
-        for (const std::string& command : scope_.services.shell.commands) {
-            if (command.starts_with(start)) found.push_back(command);
-        }
-        return found;
-    }
-
     static std::string installLogPath() { return TemporaryDirectory::path() + "/installLog.txt"; }
-
-    test::SandboxDevice device_{"minimal"};
-    test::SupervisorScope scope_;
-    std::shared_ptr<LocalStorageHelper> engine_;
 };
 
 TEST_F(PackagesRestoreOperationTest, AMissingPackageIsInstalledFromTheRepositoryAndJoinsTheDevicesList) {

@@ -4,7 +4,7 @@
 #include "archive/HistoryText.h"
 #include "backup/BackupOperation.h"
 #include "core/SessionHistory.h"
-#include "integration/core/CatalogueFixture.h"
+#include "support/CatalogueFixture.h"
 #include "platform/Strings.h"
 #include "platform/addressbook/AddressBook.h"
 #include "platform/plist/PlistCodec.h"

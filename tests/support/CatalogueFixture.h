@@ -15,6 +15,7 @@
 #include <atomic>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace stowhaven::test {
 
@@ -51,6 +52,15 @@ protected:
     }
 
     static bool isStored(const std::string& name) { return FileManager::fileExists(localStoragePath() + "/" + name); }
+
+    // The commands on record that begin so.
+    std::vector<std::string> commandsStartingWith(const std::string& start) const {
+        std::vector<std::string> found;
+        for (const std::string& command : scope_.services.shell.commands) {
+            if (command.starts_with(start)) found.push_back(command);
+        }
+        return found;
+    }
 
     SandboxDevice device_{"minimal"};
     SupervisorScope scope_;
