@@ -1,5 +1,7 @@
 #include "core/Text.h"
 
+#include "platform/AsciiCase.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -11,26 +13,23 @@ namespace {
 
 constexpr std::string_view kWhiteSpaceAndNewlines = " \t\n\r\v\f";
 
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
 }  // namespace
 
 std::string lowered(std::string_view text) {
     std::string result(text);
-    std::transform(result.begin(), result.end(), result.begin(), lower);
+    std::transform(result.begin(), result.end(), result.begin(), asciiLower);
     return result;
 }
 
 std::string uppered(std::string_view text) {
     std::string result(text);
-    std::transform(result.begin(), result.end(), result.begin(), upper);
+    std::transform(result.begin(), result.end(), result.begin(), asciiUpper);
     return result;
 }
 
 std::string firstLetterUppered(std::string_view text) {
     std::string result = lowered(text);
-    if (!result.empty()) result.front() = upper(result.front());
+    if (!result.empty()) result.front() = asciiUpper(result.front());
     return result;
 }
 
@@ -78,7 +77,7 @@ std::string capitalized(std::string text) {
         const bool isUpper = c >= 'A' && c <= 'Z';
         const bool isLetter = isUpper || (c >= 'a' && c <= 'z');
         if (isLetter && atWordStart && !isUpper) c = static_cast<char>(c - 'a' + 'A');
-        if (isLetter && !atWordStart && isUpper) c = lower(c);
+        if (isLetter && !atWordStart && isUpper) c = asciiLower(c);
         atWordStart = !isLetter && !(c >= '0' && c <= '9');
     }
     return text;

@@ -1,11 +1,11 @@
 #include "platform/PreferenceStore.h"
 
+#include "platform/AsciiCase.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/plist/PlistCodec.h"
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <utility>
 
@@ -15,12 +15,6 @@ namespace {
 
 // Readable and writable by the owner only.
 constexpr unsigned kFileMode = 0600;
-
-bool equalsIgnoringCase(std::string_view text, std::string_view word) {
-    return std::equal(text.begin(), text.end(), word.begin(), word.end(), [](char a, char b) {
-        return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
-    });
-}
 
 template <typename T>
 std::optional<T> copyOf(const T* value) {
@@ -42,9 +36,7 @@ void tightenMode(const std::string& path) {
 
 }  // namespace
 
-PreferenceStore::PreferenceStore(std::string path) : path_(std::move(path)) {
-    load();
-}
+PreferenceStore::PreferenceStore(std::string path) : path_(std::move(path)) { load(); }
 
 void PreferenceStore::registerDefaults(const PlistValue::Dictionary& defaults) {
     std::lock_guard lock(mutex_);
@@ -99,7 +91,7 @@ bool PreferenceStore::boolean(std::string_view key) const {
     if (value == nullptr) return false;
     if (const auto number = value->numberAsReal()) return *number != 0;
     if (const auto* text = value->asString()) {
-        return equalsIgnoringCase(*text, "YES") || equalsIgnoringCase(*text, "true") || *text == "1";
+        return equalsIgnoringAsciiCase(*text, "YES") || equalsIgnoringAsciiCase(*text, "true") || *text == "1";
     }
     return false;
 }

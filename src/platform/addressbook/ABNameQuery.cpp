@@ -1,5 +1,7 @@
 #include "platform/addressbook/ABNameQuery.h"
 
+#include "platform/AsciiCase.h"
+
 #include <algorithm>
 #include <array>
 
@@ -13,7 +15,6 @@ constexpr std::array kNameProperties = {kABPersonFirstNameProperty, kABPersonMid
 
 // ASCII alone, whatever the locale of the process.
 bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' || c == '\v'; }
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 std::vector<std::string> wordsOf(const std::string& text) {
     std::vector<std::string> words;
@@ -24,11 +25,6 @@ std::vector<std::string> wordsOf(const std::string& text) {
         start = end;
     }
     return words;
-}
-
-bool beginsIgnoringCase(const std::string& word, const std::string& prefix) {
-    return word.size() >= prefix.size() &&
-           std::equal(prefix.begin(), prefix.end(), word.begin(), [](char a, char b) { return lower(a) == lower(b); });
 }
 
 }  // namespace
@@ -45,7 +41,7 @@ bool ABNameQuery::matches(const ABRecord& person) const {
     }
     return std::all_of(words_.begin(), words_.end(), [&](const std::string& word) {
         return std::any_of(personWords.begin(), personWords.end(),
-                           [&](const std::string& personWord) { return beginsIgnoringCase(personWord, word); });
+                           [&](const std::string& personWord) { return beginsIgnoringAsciiCase(personWord, word); });
     });
 }
 
