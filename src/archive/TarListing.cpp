@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -426,6 +427,13 @@ std::optional<std::vector<TarListing::Member>> listMembers(const std::string& pa
 }
 
 }  // namespace
+
+bool TarListing::isHeaderBlock(std::string_view block) {
+    if (block.size() != kBlockSize) return false;
+    Block header{};
+    std::copy(block.begin(), block.end(), header.begin());
+    return checkHeader(header) != HeaderCheck::Damaged;
+}
 
 std::optional<std::vector<TarListing::Member>> TarListing::read(const std::string& path, std::string* error) {
     std::string failure;

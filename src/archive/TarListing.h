@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace stowhaven {
@@ -37,6 +38,11 @@ public:
     // belongs to no member, a pax global header that would rename members, or data on a
     // directory, link or device (tars disagree on whether that data is skipped).
     static std::optional<std::vector<Member>> read(const std::string& path, std::string* error = nullptr);
+
+    // Whether BLOCK, the first 512 bytes of a file, is a tar header with a valid checksum,
+    // or the zero block of an empty archive: how tar itself tells a plain archive from a
+    // compressed one.
+    static bool isHeaderBlock(std::string_view block);
 };
 
 }  // namespace stowhaven
