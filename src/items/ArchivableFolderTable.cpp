@@ -250,6 +250,14 @@ const TypeFacts* factsOf(std::int32_t type) {
 
 std::span<const ArchivableFolderRow> ArchivableFolderTable::rows() { return kRows; }
 
+bool ArchivableFolderTable::isPlaceOf(std::int32_t type, const std::string& path) {
+    return std::any_of(std::begin(kRows), std::end(kRows), [&](const ArchivableFolderRow& row) {
+        return row.type == type && std::any_of(row.paths.begin(), row.paths.end(), [&](const char* place) {
+                   return place != nullptr && path == place;
+               });
+    });
+}
+
 std::string ArchivableFolderTable::archiveName(std::int32_t type) {
     const TypeFacts* facts = factsOf(type);
     if (facts != nullptr && facts->archiveName != nullptr) return facts->archiveName;

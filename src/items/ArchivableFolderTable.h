@@ -35,6 +35,8 @@ class ArchivableFolderTable {
 public:
     static std::span<const ArchivableFolderRow> rows();
 
+    // Whether PATH is one of the places the rows of TYPE name.
+    static bool isPlaceOf(std::int32_t type, const std::string& path);
     // What a type's archive is named; a type without a name of its own gets
     // "Unknown-<the present date>", another name at each call.
     static std::string archiveName(std::int32_t type);

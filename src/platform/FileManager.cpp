@@ -77,6 +77,19 @@ std::optional<FileAttributes> FileManager::attributesOfItem(const std::string& p
                           info.st_gid,           info.st_mtime};
 }
 
+std::optional<std::string> FileManager::destinationOfSymbolicLink(const std::string& path) {
+    std::error_code code;
+    const fs::path destination = fs::read_symlink(path, code);
+    if (code) return std::nullopt;
+    return destination.string();
+}
+
+bool FileManager::setOwner(const std::string& path, unsigned ownerId, unsigned groupId, std::string* error) {
+    if (lchown(path.c_str(), ownerId, groupId) == 0) return true;
+    fail(error, "Couldn't change the owner of", path, std::strerror(errno));
+    return false;
+}
+
 std::optional<FileSystemAttributes> FileManager::attributesOfFileSystem(const std::string& path, std::string* error) {
     struct statvfs info {};
     if (statvfs(path.c_str(), &info) != 0) {

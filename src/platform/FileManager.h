@@ -52,6 +52,11 @@ public:
     static bool removeItem(const std::string& path, std::string* error = nullptr);
     static bool createSymbolicLink(const std::string& path, const std::string& destination,
                                    std::string* error = nullptr);
+    // What the link at PATH holds, as it stands; nothing when PATH is no symbolic link.
+    static std::optional<std::string> destinationOfSymbolicLink(const std::string& path);
+    // Gives the item to the owner and group, a final symbolic link itself rather than what
+    // it leads to.
+    static bool setOwner(const std::string& path, unsigned ownerId, unsigned groupId, std::string* error = nullptr);
 
     static std::optional<std::string> contentsOfFile(const std::string& path, std::string* error = nullptr);
     // At most the first COUNT bytes of a file; nothing when it can't be read.

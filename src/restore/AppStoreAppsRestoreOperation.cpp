@@ -75,15 +75,19 @@ void AppStoreAppsRestoreOperation::restoreApplication(const Application& applica
     if (!path || !recorded) return;
     SH_LOG("application: {}", application.displayName());
     // The members carry the container's path on the device that made the backup; they go
-    // below the container this device has for the bundle.
-    const std::string target = deviceContainerFor(application).value_or(*recorded);
-    unzipApplication(*path, *recorded, target);
+    // below the container this device has for the bundle, and nowhere else.
+    if (const auto container = deviceContainerFor(application)) {
+        unzipApplication(*path, *recorded, *container);
+    } else {
+        SH_LOG("<{}> is not installed on this device: its data stays in the session", application.displayName());
+        FileManager::removeItem(*path);
+    }
 }
 
 void AppStoreAppsRestoreOperation::unzipApplication(const std::string& archive, const std::string& recorded,
                                                     const std::string& target) {
     if (backupSession()->encryptionKey()) CydiaFileManager::decryptFileAtPath(archive);
-    extractOwnedMembers(archive, target, {recorded}, componentCount(recorded));
+    extractMembers(archive, {{target}, target, componentCount(recorded)});
     if (!FileManager::removeItem(archive)) SH_LOG("Couldn't remove <{}>!", archive);
 }
 

@@ -4,21 +4,20 @@
 #include "core/CydiaFileManager.h"
 #include "core/Supervisor.h"
 #include "items/ArchivableFolder.h"
+#include "items/ArchivableFolderTable.h"
 #include "platform/DeviceRoot.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/Strings.h"
-#include "restore/ArchiveMembers.h"
 #include "restore/RestoreCommands.h"
 #include "restore/StorageFetch.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace stowhaven {
 
 namespace {
-
-constexpr const char* kFilesToExtract = "filesToExtract.txt";
 
 // The places a folder's archive may write to: the folder and the files of its tweak that
 // the backup adds.
@@ -57,6 +56,13 @@ void ArchivableFolderRestoreOperation::main() {
 }
 
 void ArchivableFolderRestoreOperation::restoreArchivableFolder(const ArchivableFolder& folder) {
+    // Where a folder lands and whose its files become is the device's to say: a session
+    // names its place only to be checked against the places of its type.
+    if (!ArchivableFolderTable::isPlaceOf(folder.folderType(), folder.dataFolderPath())) {
+        SH_LOG("Refusing <{}>: the session places it at <{}>, which is no place of its kind on this device",
+               folder.name(), folder.dataFolderPath());
+        return;
+    }
     SH_LOG("Restoring <{}>...", folder.name());
     Supervisor& supervisor = Supervisor::shared();
     supervisor.notifyProgress(std::nullopt, Strings::format("RESTORING_MESSAGE", folder.name()));
@@ -73,30 +79,23 @@ void ArchivableFolderRestoreOperation::extractCompressedArchive(const std::strin
     const std::string inner = temporaryPath(folder.archiveName() + ".tar");
     std::vector<std::string> outerPlaces = placesOf(folder);
     outerPlaces.push_back(DeviceRoot::devicePathOf(inner));
-    extractOwnedMembers(archive, "/", outerPlaces);
+    extractMembers(archive, {outerPlaces});
     if (!FileManager::isRegularFile(inner)) return;
 
-    const auto members = ArchiveMembers::of(inner, placesOf(folder));
-    if (members && folder.canSelectContent()) {
-        // Each chosen item with what lies below it, of the members that may be written.
-        std::string list;
+    std::function<bool(const std::string&)> chosen;
+    if (folder.canSelectContent()) {
+        // Each chosen item with what lies below it.
+        std::vector<std::string> items;
         for (const auto& item : folder.contentItems()) {
-            if (!item->isSelected()) continue;
-            const std::string itemMember = (folder.dataFolderPath() + "/" + item->name()).substr(1);
-            for (const std::string& member : members->allowed()) {
-                if (member == itemMember || member.starts_with(itemMember + "/")) list += member + "\n";
-            }
+            if (item->isSelected()) items.push_back((folder.dataFolderPath() + "/" + item->name()).substr(1));
         }
-        const std::string listPath = temporaryPath(kFilesToExtract);
-        if (FileManager::writeFile(listPath, list)) {
-            Supervisor::shared().systemExecute(RestoreCommands::extract(inner, "/", listPath));
-        } else {
-            SH_LOG("Couldn't write <{}> to <{}>", list, listPath);
-        }
-        FileManager::removeItem(listPath);
-    } else if (members) {
-        extractOwnedMembers(inner, "/", placesOf(folder));
+        chosen = [items = std::move(items)](const std::string& member) {
+            return std::any_of(items.begin(), items.end(), [&member](const std::string& item) {
+                return member == item || member.starts_with(item + "/");
+            });
+        };
     }
+    extractMembers(inner, {placesOf(folder)}, chosen);
     FileManager::removeItem(inner);
 }
 

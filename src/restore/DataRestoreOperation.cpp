@@ -12,13 +12,14 @@
 #include "platform/Log.h"
 #include "platform/Strings.h"
 #include "platform/TemporaryDirectory.h"
-#include "restore/ArchiveMembers.h"
 #include "restore/DataCategories.h"
 #include "restore/RestoreCommands.h"
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <set>
 
 namespace stowhaven {
 
@@ -85,50 +86,55 @@ void DataRestoreOperation::unzip(const std::string& archive, const std::string& 
     if (backupSession_ && backupSession_->encryptionKey()) CydiaFileManager::decryptFileAtPath(archive);
 
     if (activeDirectory_ == "PREFERENCES" || activeDirectory_ == "SPRINGBOARD") {
-        if (const auto members = ArchiveMembers::of(archive, ownedPaths())) {
-            SH_LOG("Restored {} file(s)!", extractSelectedFiles(archive, *members, target));
-        }
-    } else if (extractOwnedMembers(archive, target, ownedPaths())) {
+        SH_LOG("Restored {} file(s)!", extractSelectedFiles(archive, target));
+    } else if (extractMembers(archive, {ownedPaths(), target})) {
         restoreAlbums(archive);
     }
     if (!FileManager::removeItem(archive)) SH_LOG("Couldn't remove <{}>!", archive);
 }
 
-bool DataRestoreOperation::extractOwnedMembers(const std::string& archive, const std::string& target,
-                                               const std::vector<std::string>& owned, int strip) {
-    const auto members = ArchiveMembers::of(archive, owned);
-    if (!members) return false;
-    Supervisor& supervisor = Supervisor::shared();
-    if (members->refused().empty()) {
-        supervisor.systemExecute(RestoreCommands::extract(archive, target, std::nullopt, strip));
-    } else if (!members->allowed().empty()) {
-        const std::string list = temporaryPath(kMembersList);
-        std::string text;
-        for (const std::string& member : members->allowed()) text += member + "\n";
-        if (FileManager::writeFile(list, text)) {
-            supervisor.systemExecute(RestoreCommands::extract(archive, target, list, strip));
-        }
-        FileManager::removeItem(list);
+std::optional<std::vector<std::string>> DataRestoreOperation::extractMembers(
+    const std::string& archive, const ArchiveMembers::Placement& placement,
+    const std::function<bool(const std::string&)>& chosen) {
+    const auto members = ArchiveMembers::of(archive, placement);
+    if (!members) return std::nullopt;
+    std::vector<std::string> names;
+    std::string list;
+    for (const std::string& member : members->allowed()) {
+        if (chosen && !chosen(member)) continue;
+        names.push_back(member);
+        list += member + "\n";
     }
-    return true;
+    if (names.empty()) return names;
+    const std::string listPath = temporaryPath(kMembersList);
+    std::string error;
+    if (!FileManager::writeFile(listPath, list, &error)) {
+        SH_LOG("Couldn't write the members to unpack: {}. Nothing is restored from <{}>", error, archive);
+        return std::nullopt;
+    }
+    Supervisor::shared().systemExecute(
+        RestoreCommands::extract(archive, placement.target, listPath, placement.strip));
+    FileManager::removeItem(listPath);
+    members->giveToOwners(names);
+    return names;
 }
 
-int DataRestoreOperation::extractSelectedFiles(const std::string& archive, const ArchiveMembers& members,
-                                               const std::string& target) {
+std::size_t DataRestoreOperation::extractSelectedFiles(const std::string& archive, const std::string& target) {
     const auto files = activeDirectory_ == "PREFERENCES" ? backupSession_->preferencesFileObjects()
                                                          : backupSession_->springboardDataObjects();
-    int restored = 0;
+    std::set<std::string> wanted;
     for (const auto& file : files) {
-        if (!file->isSelected()) continue;
-        const std::string member = file->name().substr(file->name().starts_with('/') ? 1 : 0);
-        if (!members.isAllowed(member)) {
-            SH_LOG("Skipping <{}>: not in the archive as a file of its own", file->name());
-            continue;
-        }
-        Supervisor::shared().systemExecute(RestoreCommands::extractMember(archive, member, target));
-        ++restored;
+        if (file->isSelected()) wanted.insert(file->name().substr(file->name().starts_with('/') ? 1 : 0));
     }
-    return restored;
+    const auto unpacked = extractMembers(archive, {ownedPaths(), target},
+                                         [&wanted](const std::string& member) { return wanted.contains(member); });
+    if (!unpacked) return 0;
+    for (const std::string& member : wanted) {
+        if (std::find(unpacked->begin(), unpacked->end(), member) == unpacked->end()) {
+            SH_LOG("Skipping </{}>: not in the archive as a file of its own", member);
+        }
+    }
+    return unpacked->size();
 }
 
 // The albums of the session go back into the photo library from the folder the backup

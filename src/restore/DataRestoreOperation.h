@@ -3,8 +3,10 @@
 #include "platform/Date.h"
 #include "platform/dispatch/Monitored.h"
 #include "platform/dispatch/Operation.h"
+#include "restore/ArchiveMembers.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,7 +14,6 @@
 
 namespace stowhaven {
 
-class ArchiveMembers;
 class BackupSession;
 class StorageHelperProtocol;
 
@@ -53,11 +54,12 @@ protected:
     // Deciphers ARCHIVE when the session has a key, unpacks it into the device folder
     // TARGET ("/" for archives whose members carry whole device paths) and removes it.
     void unzip(const std::string& archive, const std::string& target);
-    // The members of ARCHIVE that land within OWNED unpacked into TARGET, each without its
-    // first STRIP folders; a member that doesn't is logged and left. False when the archive
-    // couldn't be read.
-    static bool extractOwnedMembers(const std::string& archive, const std::string& target,
-                                    const std::vector<std::string>& owned, int strip = 0);
+    // Unpacks into the device the members of ARCHIVE that PLACEMENT allows and, when
+    // given, CHOSEN keeps, and gives them the owner of the place they land in; answers the
+    // names unpacked, or nothing, with a log line, when the archive can't be trusted.
+    static std::optional<std::vector<std::string>> extractMembers(
+        const std::string& archive, const ArchiveMembers::Placement& placement,
+        const std::function<bool(const std::string&)>& chosen = nullptr);
 
     virtual void removeTemporaryFiles();
     virtual void removeTemporaryFolders();
@@ -70,7 +72,7 @@ protected:
 
 private:
     // Unpacks the chosen preference or SpringBoard files; answers how many.
-    int extractSelectedFiles(const std::string& archive, const ArchiveMembers& members, const std::string& target);
+    std::size_t extractSelectedFiles(const std::string& archive, const std::string& target);
     void restoreAlbums(const std::string& archive);
 
     double totalSteps_ = 0;

@@ -31,18 +31,12 @@ std::string RestoreCommands::joinParts(const std::string& folder, const std::str
                        capitalized);
 }
 
-std::string RestoreCommands::extract(const std::string& archive, const std::string& target,
-                                     const std::optional<std::string>& list, int strip) {
-    std::string command = fmt::format("tar -xf {} -C {}", ShellQuote::quoted(archive), intoDevice(target));
+std::string RestoreCommands::extract(const std::string& archive, const std::string& target, const std::string& list,
+                                     int strip) {
+    std::string command = fmt::format("tar -xf {} -C {} --no-same-owner --no-same-permissions",
+                                      ShellQuote::quoted(archive), intoDevice(target));
     if (strip > 0) command += fmt::format(" --strip-components={}", strip);
-    if (list) command += " --no-recursion --verbatim-files-from -T " + ShellQuote::quoted(*list);
-    return command;
-}
-
-std::string RestoreCommands::extractMember(const std::string& archive, const std::string& member,
-                                           const std::string& target) {
-    return fmt::format("tar -xf {} {} -C {}", ShellQuote::quoted(archive), ShellQuote::quoted(member),
-                       intoDevice(target));
+    return command + " --no-recursion --no-wildcards --verbatim-files-from -T " + ShellQuote::quoted(list);
 }
 
 std::string RestoreCommands::giveToMobile(const std::vector<std::string>& devicePaths) {

@@ -21,12 +21,12 @@ public:
     // Joins the parts NAME-000, NAME-001... in FOLDER onto Name.tbz and removes the parts
     // and the index. NAME is a kind's name, never a value from outside.
     static std::string joinParts(const std::string& folder, const std::string& name, const std::string& capitalized);
-    // Unpacks ARCHIVE into the device folder TARGET; with a LIST file, only the members it
-    // names, one a line; with STRIP, each member without its first STRIP folders.
-    static std::string extract(const std::string& archive, const std::string& target,
-                               const std::optional<std::string>& list = std::nullopt, int strip = 0);
-    // Unpacks one member, named as tar stores it, into the device folder TARGET.
-    static std::string extractMember(const std::string& archive, const std::string& member, const std::string& target);
+    // Unpacks the members of ARCHIVE that the LIST file names, one a line, as they stand,
+    // into the device folder TARGET; with STRIP, each member without its first STRIP
+    // folders. The members become root's, with no set-user or set-group bit, whatever the
+    // archive stored: an archive from outside decides no owner and no privilege.
+    static std::string extract(const std::string& archive, const std::string& target, const std::string& list,
+                               int strip = 0);
     // Gives device paths back to the user "mobile", in one command.
     static std::string giveToMobile(const std::vector<std::string>& devicePaths);
 };

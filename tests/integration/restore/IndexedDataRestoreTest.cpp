@@ -5,7 +5,6 @@
 #include "core/CydiaFileManager.h"
 #include "core/ProcessFlags.h"
 #include "platform/FileManager.h"
-#include "restore/ArchiveMembers.h"
 #include "restore/IndexedDataRestoreOperation.h"
 #include "storage/StorageLayout.h"
 #include "storage/local/LocalStorageHelper.h"
@@ -62,12 +61,13 @@ protected:
 TEST_F(IndexedDataRestoreTest, AKindsFilesComeBackAndWhatWouldLandElsewhereStaysInTheArchive) {
     stage("var/mobile/Library/Notes/notes.sqlite", "my notes");
     stage("var/mobile/Library/Preferences/planted.plist", "not a note");
+    stage("var/mobile/Library/NotesEvil/b.txt", "beside the notes");
     stage("outside.txt", "above the device");
     fs::create_symlink("../../../..", staging_.path() / "var/mobile/Library/Notes/up");
     // Names as a crafted archive would carry them: one under another kind's folder, one
     // absolute, one climbing out, and a link that leads out of the notes.
     storeKind("NOTES", {"var/mobile/Library/Notes/notes.sqlite var/mobile/Library/Notes/up "
-                        "var/mobile/Library/Preferences/planted.plist",
+                        "var/mobile/Library/Preferences/planted.plist var/mobile/Library/NotesEvil/b.txt",
                         "-P --transform='s,^,var/mobile/Library/Notes/../../../../,' outside.txt",
                         "-P --transform='s,^,/,' outside.txt"});
     test::CapturedLog log;
@@ -77,22 +77,12 @@ TEST_F(IndexedDataRestoreTest, AKindsFilesComeBackAndWhatWouldLandElsewhereStays
     EXPECT_EQ(FileManager::contentsOfFile(device_.path("/var/mobile/Library/Notes/notes.sqlite")), "my notes");
     EXPECT_FALSE(fs::exists(fs::symlink_status(device_.path("/var/mobile/Library/Notes/up"))));
     EXPECT_FALSE(fs::exists(device_.path("/var/mobile/Library/Preferences/planted.plist")));
+    EXPECT_FALSE(fs::exists(device_.path("/var/mobile/Library/NotesEvil")));
     EXPECT_FALSE(fs::exists(device_.path("/outside.txt")));
     EXPECT_TRUE(log.contains("Refusing <var/mobile/Library/Notes/up>"));
     // A kind the session holds but the storage lacks is asked for and ends there.
     EXPECT_TRUE(log.contains("No <SAFARI> INDEX FILE found!"));
     EXPECT_TRUE(log.contains("\tSkipping <CALENDAR> data..."));
-}
-
-TEST(ArchiveMembersTest, AMemberLandsWithinOnlyBelowAPlaceItsKindOwns) {
-    const std::vector<std::string> notes = {"/var/mobile/Library/Notes"};
-    EXPECT_TRUE(ArchiveMembers::landsWithin("var/mobile/Library/Notes/", notes));
-    EXPECT_TRUE(ArchiveMembers::landsWithin("var/mobile/Library/Notes/a/./b.txt", notes));
-    EXPECT_FALSE(ArchiveMembers::landsWithin("var/mobile/Library/NotesEvil/b.txt", notes));
-    EXPECT_FALSE(ArchiveMembers::landsWithin("var/mobile/Library/Notes/../Preferences/x", notes));
-    EXPECT_FALSE(ArchiveMembers::landsWithin("/var/mobile/Library/Notes/x", notes));
-    EXPECT_FALSE(ArchiveMembers::landsWithin("var/mobile/Library", notes));
-    EXPECT_FALSE(ArchiveMembers::landsWithin("", notes));
 }
 
 }  // namespace

@@ -13,18 +13,17 @@ TEST(RestoreCommandsTest, ArchivesUnpackIntoTheRootOfTheDeviceTheyRestore) {
         test::DeviceRootScope device("/");
         EXPECT_EQ(RestoreCommands::joinParts("/var/tmp/stowhaven", "NOTES", "Notes"),
                   R"(cd "/var/tmp/stowhaven"; cat NOTES-??? >> Notes.tbz; rm -f NOTES-??? NOTES.idx)");
-        EXPECT_EQ(RestoreCommands::extract("/var/tmp/stowhaven/Notes.tbz", "/"),
-                  R"(tar -xf "/var/tmp/stowhaven/Notes.tbz" -C "//")");
-        EXPECT_EQ(RestoreCommands::extractMember("/var/tmp/stowhaven/Preferences.tbz",
-                                                 "var/mobile/Library/Preferences/a.plist", "/"),
-                  R"(tar -xf "/var/tmp/stowhaven/Preferences.tbz" "var/mobile/Library/Preferences/a.plist" -C "//")");
+        EXPECT_EQ(RestoreCommands::extract("/var/tmp/stowhaven/Notes.tbz", "/", "/var/tmp/stowhaven/list"),
+                  R"(tar -xf "/var/tmp/stowhaven/Notes.tbz" -C "//" --no-same-owner --no-same-permissions )"
+                  R"(--no-recursion --no-wildcards --verbatim-files-from -T "/var/tmp/stowhaven/list")");
     }
     test::DeviceRootScope sandbox("/srv/devices/phone");
     EXPECT_EQ(RestoreCommands::extract("/srv/devices/phone/var/tmp/stowhaven/Tidewatch.tbz",
                                        "/var/mobile/Containers/Data/Application/C39F", "/srv/list.txt", 6),
               R"(tar -xf "/srv/devices/phone/var/tmp/stowhaven/Tidewatch.tbz" )"
-              R"(-C "/srv/devices/phone//var/mobile/Containers/Data/Application/C39F" --strip-components=6 )"
-              R"(--no-recursion --verbatim-files-from -T "/srv/list.txt")");
+              R"(-C "/srv/devices/phone//var/mobile/Containers/Data/Application/C39F" --no-same-owner )"
+              R"(--no-same-permissions --strip-components=6 --no-recursion --no-wildcards --verbatim-files-from )"
+              R"(-T "/srv/list.txt")");
     // A folder's path comes from a session: it stays one quoted word.
     EXPECT_EQ(RestoreCommands::giveToMobile({"/var/mobile/Media/DCIM", "/Library/Themes/$(reboot)\""}),
               R"(chown -R mobile:mobile "/srv/devices/phone/var/mobile/Media/DCIM" )"

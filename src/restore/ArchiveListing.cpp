@@ -1,0 +1,76 @@
+#include "restore/ArchiveListing.h"
+
+#include "archive/ArchiveKind.h"
+#include "core/Supervisor.h"
+#include "platform/FileManager.h"
+#include "platform/Log.h"
+#include "platform/ShellQuote.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace stowhaven {
+
+namespace {
+
+// What follows tar's listing only when tar read the whole archive and the list was written.
+constexpr std::string_view kListedMark = "\nListed\n";
+
+std::optional<std::vector<TarListing::Member>> readMembers(const std::string& archive, std::string& error) {
+    switch (archiveKindOf(archive)) {
+        case ArchiveKind::PlainTar:
+            return TarListing::read(archive, &error);
+        case ArchiveKind::Bzip2: {
+            Supervisor& supervisor = Supervisor::shared();
+            const std::string plain = supervisor.getTemporaryFileName(true) + ".tar";
+            supervisor.systemExecute(
+                fmt::format("bzip2 -dc {} > {}", ShellQuote::quoted(archive), ShellQuote::quoted(plain)));
+            auto members = TarListing::read(plain, &error);
+            FileManager::removeItem(plain);
+            return members;
+        }
+        case ArchiveKind::Unknown:
+            break;
+    }
+    error = "neither a tar archive nor a bzip2 stream";
+    return std::nullopt;
+}
+
+// How many members tar itself reads, one a line (names with a line break are escaped).
+std::optional<std::size_t> countedByTar(const std::string& archive) {
+    Supervisor& supervisor = Supervisor::shared();
+    const std::string list = supervisor.getTemporaryFileName(true) + ".list";
+    supervisor.systemExecute(fmt::format("tar -tf {0} --quoting-style=escape > {1} && echo Listed >> {1}",
+                                         ShellQuote::quoted(archive), ShellQuote::quoted(list)));
+    const auto text = FileManager::contentsOfFile(list);
+    FileManager::removeItem(list);
+    if (!text) return std::nullopt;
+    if (*text == kListedMark.substr(1)) return 0;
+    if (!text->ends_with(kListedMark)) return std::nullopt;
+    return static_cast<std::size_t>(std::count(text->begin(), text->end(), '\n')) - 1;
+}
+
+}  // namespace
+
+std::optional<std::vector<TarListing::Member>> listArchiveMembers(const std::string& archive) {
+    std::string error;
+    const auto members = readMembers(archive, error);
+    if (!members) {
+        SH_LOG("Couldn't read <{}>: {}. Nothing is restored from it", archive, error);
+        return std::nullopt;
+    }
+    const auto counted = countedByTar(archive);
+    if (!counted) {
+        SH_LOG("tar couldn't list <{}> in full. Nothing is restored from it", archive);
+        return std::nullopt;
+    }
+    if (*counted != members->size()) {
+        SH_LOG("tar reads {} member(s) in <{}> where its listing holds {}. Nothing is restored from it", *counted,
+               archive, members->size());
+        return std::nullopt;
+    }
+    return members;
+}
+
+}  // namespace stowhaven

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "archive/TarListing.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace stowhaven {
+
+// The members of an archive exactly as the device's tar will read them when it unpacks it,
+// or nothing, with a log line. The kind is decided from what the archive is; a bzip2
+// archive is listed from a plain copy; and the listing must count as many members as tar
+// itself reads from the archive. A listing that fails, for whatever reason (a damaged
+// archive, a full temporary folder), never lets anything through.
+std::optional<std::vector<TarListing::Member>> listArchiveMembers(const std::string& archive);
+
+}  // namespace stowhaven
