@@ -18,6 +18,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -203,6 +204,29 @@ TEST_F(HostileSessionProgramTest, AStoredSetUserIdFileComesBackAsAPlainFileOfThe
     EXPECT_TRUE(FileManager::contentsOfFile(place + "/call_history.db") == "calls");
     EXPECT_EQ(restored.mode & 07000U, 0U) << "no set-user, set-group or sticky bit";
     EXPECT_EQ(restored.owner, 25U);
+}
+
+TEST_F(HostileSessionProgramTest, AListingCutShortByAFullTemporaryFolderUnpacksNothing) {
+    // The first member fills the plain copy of the bzip2 archive exactly up to what the
+    // temporary folder can hold: the copy ends between two members, as a whole archive would.
+    const std::string temporary = device_.path("/var/tmp/stowhaven");
+    fs::create_directories(temporary);
+    if (std::system(("mount -t tmpfs -o size=304k,mode=0700 tmpfs '" + temporary + "'").c_str()) != 0) {
+        GTEST_SKIP() << "no tmpfs can be mounted here";
+    }
+    stage("var/mobile/Library/Notes/a", std::string(300 * 1024 - 512, 'a'));
+    stage("etc/planted", "not a note");
+    const std::string archive = makeTar("full.tar", "var/mobile/Library/Notes/a etc/planted");
+    test::runCommand("bzip2 '" + archive + "'");
+    storeKind("NOTES", archive + ".bz2");
+
+    const auto outcome = restore();
+    std::system(("umount -l '" + temporary + "'").c_str());
+
+    EXPECT_FALSE(fs::exists(device_.path("/etc/planted")));
+    EXPECT_FALSE(fs::exists(device_.path("/var/mobile/Library/Notes/a")));
+    EXPECT_NE(outcome.errors.find("where its listing holds 1. Nothing is restored from it"), std::string::npos)
+        << outcome.errors;
 }
 
 }  // namespace
