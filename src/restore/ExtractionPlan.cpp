@@ -51,7 +51,9 @@ ExtractionPlan::ExtractionPlan(const std::vector<std::string>& owned, const std:
         // The place itself is taken as named: a link standing there leads elsewhere.
         const auto parts = partsOf(devicePath);
         if (parts.empty()) continue;
-        const auto folder = resolve(DeviceRoot::path(parentOf("/" + devicePath)), true);
+        std::string parent;
+        for (std::size_t index = 0; index + 1 < parts.size(); ++index) parent += "/" + parts[index];
+        const auto folder = resolve(DeviceRoot::path(parent.empty() ? "/" : parent), true);
         if (!folder) continue;
         Place place{(*folder == "/" ? "" : *folder) + "/" + parts.back()};
         for (std::string existing = place.path;; existing = parentOf(existing)) {

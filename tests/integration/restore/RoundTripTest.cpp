@@ -69,6 +69,9 @@ protected:
         work_ = new test::TestFolder;
         original_ = new test::SandboxDevice("demo");
         FileManager::writeFile(keyFile(), "correct horse\n");
+        // A theme of the owner's own, which no package brings back.
+        fs::create_directories(original_->path("/Library/Themes/Handmade.theme"));
+        FileManager::writeFile(original_->path("/Library/Themes/Handmade.theme/Info.plist"), "<plist/>");
         turnOn(*original_, {"AutoScanPkgEnabled", "AutoScanStockAppsEnabled", "AutoScanAppStoreAppsEnabled",
                             "AutoScanOtherOptionsEnabled", "BackupDebsEnabled", "EncryptBackupEnabled"});
         const auto backup = run(*original_, "backup --yes --title 'Before the wipe' --key-file " + keyFile());
