@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <exception>
+#include <limits>
 #include <string_view>
 #include <utility>
 
@@ -31,6 +32,7 @@ struct Field {
 
 constexpr Field kName{0, 100};
 constexpr Field kSize{124, 12};
+constexpr Field kModificationTime{136, 12};
 constexpr Field kChecksum{148, 8};
 constexpr std::size_t kTypeFlag = 156;
 constexpr Field kLinkName{157, 100};
@@ -175,7 +177,49 @@ std::optional<std::uint64_t> decimal(std::string_view digits) {
     return value;
 }
 
-class ArchiveFile {
+std::optional<std::int64_t> asSigned(std::uint64_t value) {
+    if (value > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) return std::nullopt;
+    return static_cast<std::int64_t>(value);
+}
+
+// A pax time: decimal seconds, maybe negative, maybe with a fraction, which is dropped.
+std::optional<std::int64_t> paxSeconds(std::string_view value) {
+    const bool negative = value.starts_with('-');
+    if (negative) value.remove_prefix(1);
+    value = value.substr(0, value.find('.'));
+    const auto seconds = decimal(value);
+    const auto magnitude = seconds ? asSigned(*seconds) : std::nullopt;
+    if (!magnitude) return std::nullopt;
+    return negative ? -*magnitude : *magnitude;
+}
+
+// Where the archive's bytes come from.
+class ByteSource {
+public:
+    virtual ~ByteSource() = default;
+    // False when the bytes end (a file may have shrunk since it was measured) or can't be
+    // read; `failure` tells which, empty for the end.
+    virtual bool readAt(std::uint64_t offset, char* into, std::size_t count, std::string& failure) const = 0;
+};
+
+class MemoryBytes final : public ByteSource {
+public:
+    explicit MemoryBytes(std::string_view bytes) : bytes_(bytes) {}
+
+    bool readAt(std::uint64_t offset, char* into, std::size_t count, std::string& failure) const override {
+        if (offset > bytes_.size() || count > bytes_.size() - offset) {
+            failure.clear();
+            return false;
+        }
+        std::copy_n(bytes_.data() + offset, count, into);
+        return true;
+    }
+
+private:
+    std::string_view bytes_;
+};
+
+class ArchiveFile final : public ByteSource {
 public:
     explicit ArchiveFile(const std::string& path) {
         // Not blocking on a fifo; plain files read as usual.
@@ -191,9 +235,7 @@ public:
 
     int descriptor() const { return descriptor_; }
 
-    // False when the file ends (it may have shrunk since it was measured) or can't be read;
-    // `failure` tells which.
-    bool readAt(std::uint64_t offset, char* into, std::size_t count, std::string& failure) const {
+    bool readAt(std::uint64_t offset, char* into, std::size_t count, std::string& failure) const override {
         while (count > 0) {
             const ssize_t got = ::pread(descriptor_, into, count, static_cast<off_t>(offset));
             if (got < 0 && errno == EINTR) continue;
@@ -221,13 +263,14 @@ struct Extensions {
     std::optional<std::string> paxLinkPath;
     std::optional<std::string> paxSparseName;
     std::optional<std::uint64_t> paxSize;
+    std::optional<std::int64_t> paxModificationTime;
 
     bool any() const { return longName || longLink || pax; }
 };
 
 class MemberReader {
 public:
-    MemberReader(const ArchiveFile& file, std::uint64_t fileSize) : file_(file), fileSize_(fileSize) {}
+    MemberReader(const ByteSource& file, std::uint64_t fileSize) : file_(file), fileSize_(fileSize) {}
 
     std::optional<std::vector<TarListing::Member>> readAll() {
         std::vector<TarListing::Member> members;
@@ -256,6 +299,7 @@ public:
             extensions = Extensions{};
             std::uint64_t start = dataStart;
             if (flag == 'S' && !skipSparseMap(block, start)) return std::nullopt;
+            member.dataOffset = start;
             const auto next = skipData(start, member.size, offset);
             if (!next) return std::nullopt;
             offset = *next;
@@ -340,6 +384,8 @@ private:
         if (extensions.pax) return fail("second pax header for one member" + at(offset));
         extensions.pax = true;
         for (const PaxRecord& record : *records) {
+            // Only the date of the member; a time tar couldn't read leaves the header's.
+            if (record.keyword == "mtime") extensions.paxModificationTime = paxSeconds(record.value);
             if (!isPlacingKeyword(record.keyword)) continue;
             const std::string keyword(record.keyword);
             if (record.value.empty() || record.value.find('\0') != std::string_view::npos) {
@@ -393,6 +439,9 @@ private:
             }
         }
         member.size = extensions.paxSize.value_or(headerSize);
+        const auto headerTime = number(block, kModificationTime);
+        member.modificationTime = extensions.paxModificationTime.value_or(
+            headerTime ? asSigned(*headerTime).value_or(0) : 0);
         if (member.size != 0 && carriesNoData(flag, member.type)) {
             error_ = "data on a member that has none" + at(offset);
             return false;
@@ -400,10 +449,18 @@ private:
         return true;
     }
 
-    const ArchiveFile& file_;
+    const ByteSource& file_;
     const std::uint64_t fileSize_;
     std::string error_;
 };
+
+std::optional<std::vector<TarListing::Member>> listMembers(const ByteSource& source, std::uint64_t size,
+                                                          std::string& error) {
+    MemberReader reader(source, size);
+    auto members = reader.readAll();
+    if (!members) error = reader.error();
+    return members;
+}
 
 std::optional<std::vector<TarListing::Member>> listMembers(const std::string& path, std::string& error) {
     const ArchiveFile file(path);
@@ -420,10 +477,7 @@ std::optional<std::vector<TarListing::Member>> listMembers(const std::string& pa
         error = path + " is not a plain file";
         return std::nullopt;
     }
-    MemberReader reader(file, static_cast<std::uint64_t>(status.st_size));
-    auto members = reader.readAll();
-    if (!members) error = reader.error();
-    return members;
+    return listMembers(file, static_cast<std::uint64_t>(status.st_size), error);
 }
 
 }  // namespace
@@ -443,6 +497,18 @@ std::optional<std::vector<TarListing::Member>> TarListing::read(const std::strin
     } catch (const std::exception& exception) {
         // Only memory can run short: every size is checked against the file first.
         failure = std::string("couldn't list ") + path + ": " + exception.what();
+    }
+    if (error != nullptr) *error = failure;
+    return std::nullopt;
+}
+
+std::optional<std::vector<TarListing::Member>> TarListing::readBytes(std::string_view archive, std::string* error) {
+    std::string failure;
+    try {
+        auto members = listMembers(MemoryBytes(archive), archive.size(), failure);
+        if (members) return members;
+    } catch (const std::exception& exception) {
+        failure = std::string("couldn't list the archive: ") + exception.what();
     }
     if (error != nullptr) *error = failure;
     return std::nullopt;

@@ -10,7 +10,8 @@ namespace stowhaven {
 
 // The members of a plain (uncompressed) tar archive, read header by header without
 // reading the data, so that a restore can judge every name before the system's tar
-// extracts anything. Archives come from storage and may be crafted: whatever the
+// extracts anything, and so that a small archive held in memory can be read without
+// extracting it at all. Archives come from storage and may be crafted: whatever the
 // system's tar could read differently from this listing is refused rather than guessed.
 class TarListing {
 public:
@@ -28,6 +29,11 @@ public:
         // The bytes of data the member carries in the archive (for a sparse file, the
         // stored parts only).
         std::uint64_t size = 0;
+        // Where those bytes start in the archive.
+        std::uint64_t dataOffset = 0;
+        // Seconds since 1970 as stored (the pax "mtime" where there is one, whole seconds);
+        // 0 when the field can't be read, which tar only warns about.
+        std::int64_t modificationTime = 0;
     };
 
     // Reads ustar, pax, GNU and old (v7) headers. The listing ends at the first zero block,
@@ -38,6 +44,8 @@ public:
     // belongs to no member, a pax global header that would rename members, or data on a
     // directory, link or device (tars disagree on whether that data is skipped).
     static std::optional<std::vector<Member>> read(const std::string& path, std::string* error = nullptr);
+    // The same for an archive in memory; "can't be read" doesn't arise.
+    static std::optional<std::vector<Member>> readBytes(std::string_view archive, std::string* error = nullptr);
 
     // Whether BLOCK, the first 512 bytes of a file, is a tar header with a valid checksum,
     // or the zero block of an empty archive: how tar itself tells a plain archive from a

@@ -15,10 +15,13 @@ namespace {
 constexpr std::size_t kInflateStep = 256 * 1024;
 // zlib counts in unsigned int; longer input is handed over in parts.
 constexpr std::size_t kLargestPart = std::numeric_limits<uInt>::max();
+// Window bits for inflateInit2: the zlib wrapper, or (16 more) the gzip one.
+constexpr int kZlibWindow = MAX_WBITS;
+constexpr int kGzipWindow = 16 + MAX_WBITS;
 
 class InflateStream {
 public:
-    InflateStream() { ok_ = inflateInit(&stream_) == Z_OK; }
+    explicit InflateStream(int windowBits) { ok_ = inflateInit2(&stream_, windowBits) == Z_OK; }
     ~InflateStream() {
         if (ok_) inflateEnd(&stream_);
     }
@@ -33,21 +36,9 @@ private:
     bool ok_ = false;
 };
 
-}  // namespace
-
-std::string Zlib::deflate(std::string_view bytes) {
-    uLongf length = compressBound(bytes.size());
-    std::string stream(length, '\0');
-    const int status = compress2(reinterpret_cast<Bytef*>(stream.data()), &length,
-                                 reinterpret_cast<const Bytef*>(bytes.data()), bytes.size(), Z_DEFAULT_COMPRESSION);
-    // With room for compressBound() bytes only memory can be short.
-    if (status != Z_OK) throw std::bad_alloc();
-    stream.resize(length);
-    return stream;
-}
-
-std::optional<std::string> Zlib::inflate(std::string_view stream, std::size_t maximumSize) {
-    InflateStream inflater;
+std::optional<std::string> inflateStream(std::string_view stream, std::size_t maximumSize, int windowBits) {
+    const char* kind = windowBits == kGzipWindow ? "gzip" : "zlib";
+    InflateStream inflater(windowBits);
     if (!inflater.ok()) {
         SH_LOG("Couldn't start inflating");
         return std::nullopt;
@@ -64,7 +55,7 @@ std::optional<std::string> Zlib::inflate(std::string_view stream, std::size_t ma
             consumed += part;
         }
         if (bytes.size() > maximumSize) {
-            SH_LOG("Refused a zlib stream that inflates beyond {} bytes", maximumSize);
+            SH_LOG("Refused a {} stream that inflates beyond {} bytes", kind, maximumSize);
             return std::nullopt;
         }
         const std::size_t before = bytes.size();
@@ -76,19 +67,40 @@ std::optional<std::string> Zlib::inflate(std::string_view stream, std::size_t ma
         bytes.resize(before + step - z.avail_out);
         const bool starved = status == Z_BUF_ERROR && z.avail_in == 0 && consumed == stream.size();
         if ((status != Z_OK && status != Z_STREAM_END && status != Z_BUF_ERROR) || starved) {
-            SH_LOG("Refused a damaged zlib stream: {}", z.msg != nullptr ? z.msg : starved ? "truncated" : "error");
+            SH_LOG("Refused a damaged {} stream: {}", kind, z.msg != nullptr ? z.msg : starved ? "truncated" : "error");
             return std::nullopt;
         }
     }
     if (bytes.size() > maximumSize) {
-        SH_LOG("Refused a zlib stream that inflates beyond {} bytes", maximumSize);
+        SH_LOG("Refused a {} stream that inflates beyond {} bytes", kind, maximumSize);
         return std::nullopt;
     }
     if (z.avail_in != 0 || consumed != stream.size()) {
-        SH_LOG("Refused a zlib stream followed by {} more bytes", stream.size() - consumed + z.avail_in);
+        SH_LOG("Refused a {} stream followed by {} more bytes", kind, stream.size() - consumed + z.avail_in);
         return std::nullopt;
     }
     return bytes;
+}
+
+}  // namespace
+
+std::string Zlib::deflate(std::string_view bytes) {
+    uLongf length = compressBound(bytes.size());
+    std::string stream(length, '\0');
+    const int status = compress2(reinterpret_cast<Bytef*>(stream.data()), &length,
+                                 reinterpret_cast<const Bytef*>(bytes.data()), bytes.size(), Z_DEFAULT_COMPRESSION);
+    // With room for compressBound() bytes only memory can be short.
+    if (status != Z_OK) throw std::bad_alloc();
+    stream.resize(length);
+    return stream;
+}
+
+std::optional<std::string> Zlib::inflate(std::string_view stream, std::size_t maximumSize) {
+    return inflateStream(stream, maximumSize, kZlibWindow);
+}
+
+std::optional<std::string> Zlib::gunzip(std::string_view stream, std::size_t maximumSize) {
+    return inflateStream(stream, maximumSize, kGzipWindow);
 }
 
 }  // namespace stowhaven

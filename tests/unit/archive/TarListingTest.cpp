@@ -216,9 +216,20 @@ const std::string kEnd(1024, '\0');
 
 class HandMadeArchive {
 public:
+    // From a file; the same bytes in memory must list alike, or be refused for the same reason.
     std::optional<std::vector<Member>> read(const std::string& bytes, std::string* error = nullptr) {
         writeFile(path_, bytes);
-        return TarListing::read(path_, error);
+        std::string fileError;
+        std::string memoryError;
+        auto members = TarListing::read(path_, &fileError);
+        const auto inMemory = TarListing::readBytes(bytes, &memoryError);
+        EXPECT_EQ(inMemory.has_value(), members.has_value());
+        if (inMemory && members) {
+            EXPECT_EQ(namesOf(*inMemory), namesOf(*members));
+        }
+        EXPECT_EQ(memoryError, fileError);
+        if (error != nullptr) *error = fileError;
+        return members;
     }
 
     std::optional<std::vector<std::string>> names(const std::string& bytes) {
@@ -250,6 +261,8 @@ TEST(TarListingTest, ReadsTheHeadersOfOlderAndOtherWriters) {
     EXPECT_EQ((*members)[0].type, Type::Directory);
     EXPECT_EQ((*members)[1].type, Type::File);
     EXPECT_EQ((*members)[1].size, 3u);
+    EXPECT_EQ((*members)[1].dataOffset, 1024u);
+    EXPECT_EQ((*members)[1].modificationTime, 014345413125);
 
     // A checksum of signed chars, over a name in UTF-8.
     std::string accented = headerBlock(Header("var/mobile/caf\xc3\xa9.txt"));
@@ -285,6 +298,7 @@ TEST(TarListingTest, ReadsTheHeadersOfOlderAndOtherWriters) {
     EXPECT_EQ((*members)[0].name, "var/mobile/real-name");
     EXPECT_EQ((*members)[0].type, Type::SymbolicLink);
     EXPECT_EQ((*members)[0].linkTarget, "var/mobile/real-target");
+    EXPECT_EQ((*members)[0].modificationTime, 1) << "the pax time, in whole seconds";
 
     // Devices and fifos are Other.
     members = archive.read(member(Header("dev/null").typed('3')) + member(Header("var/fifo").typed('6')) + kEnd);
