@@ -1,18 +1,19 @@
 #include "core/AddressBookNote.h"
 
+#include "archive/Base64.h"
 #include "archive/FileCipher.h"
+#include "archive/TarListing.h"
+#include "archive/Zlib.h"
 #include "core/Supervisor.h"
 #include "core/Text.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
-#include "platform/ShellQuote.h"
 #include "platform/TemporaryDirectory.h"
 #include "platform/plist/PlistCodec.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cctype>
 
 namespace stowhaven {
@@ -22,14 +23,13 @@ namespace {
 constexpr std::string_view kOldFormatMark = "begin-base64 644 ";
 // "Salted__" in Base64, the start of what the file cipher writes.
 constexpr std::string_view kEncipheredMark = "U2FsdGVkX1";
-// The old note's working names in the temporary folder; the archive is named relative
-// to the folder the commands start in, which is that folder.
+// The working name of a note being deciphered, in the temporary folder.
 constexpr const char* kEncodedNote = "cydiaApps.uue";
-constexpr const char* kOldArchive = "cydiaApps.tbz";
-constexpr const char* kOldPackageList = "/var/mobile/cydiaApps.txt";
-constexpr const char* kOldSpringboardSettings = "/tmp/com.apple.springboard.plist";
-// The folders an old archive unpacks into.
-constexpr std::array<const char*, 3> kOldArchiveFolders = {"Applications", "tmp", "var"};
+// The members of an old note's archive that are read; nothing else in it is looked at.
+constexpr std::string_view kOldPackageList = "var/mobile/cydiaApps.txt";
+constexpr std::string_view kOldSpringboardSettings = "tmp/com.apple.springboard.plist";
+// Far beyond any real package list: an old archive that unpacks to more is refused.
+constexpr std::size_t kLargestOldArchive = 64 * 1024 * 1024;
 
 std::string temporaryPath(std::string_view name) { return TemporaryDirectory::path() + "/" + std::string(name); }
 
@@ -46,6 +46,33 @@ bool isNoteProperty(std::string_view line) {
     const bool named = std::equal(line.begin(), line.begin() + 4, "NOTE",
                                   [](char a, char b) { return std::toupper(static_cast<unsigned char>(a)) == b; });
     return named && (line[4] == ':' || line[4] == ';');
+}
+
+// The Base64 body of a "begin-base64" text: the lines after the first, up to "====".
+std::optional<std::string> base64Body(std::string_view note, std::string& error) {
+    const std::size_t body = note.find('\n');
+    for (std::size_t start = body; start != std::string_view::npos; start = note.find('\n', start + 1)) {
+        if (textutil::trimmed(note.substr(start + 1, note.find('\n', start + 1) - start - 1)) != "====") continue;
+        auto bytes = Base64::decode(note.substr(body, start - body));
+        if (!bytes) error = "the note's Base64 is damaged";
+        return bytes;
+    }
+    error = "the note has no end line";
+    return std::nullopt;
+}
+
+// A member's name as tar extracts it: a leading "./" makes no difference.
+bool isMemberNamed(const TarListing::Member& member, std::string_view name) {
+    std::string_view stored = member.name;
+    if (stored.starts_with("./")) stored.remove_prefix(2);
+    return member.type == TarListing::Type::File && stored == name;
+}
+
+// The last plain file of that name, as the one tar would leave.
+const TarListing::Member* memberNamed(const std::vector<TarListing::Member>& members, std::string_view name) {
+    const auto found = std::find_if(members.rbegin(), members.rend(),
+                                    [&](const TarListing::Member& member) { return isMemberNamed(member, name); });
+    return found == members.rend() ? nullptr : &*found;
 }
 
 }  // namespace
@@ -77,31 +104,32 @@ std::optional<std::string> AddressBookNote::historyText(const std::string& note)
     return isEnciphered(note) ? deciphered(note) : note;
 }
 
+// Read in memory from end to end: the archive is a stranger's, and none of it is written
+// to disk, where its members could land on the folders the program runs its tools from.
 std::optional<AddressBookNote::OldFormatContents> AddressBookNote::expandOldFormat(const std::string& note) {
-    const std::string folder = TemporaryDirectory::path();
-    const std::string encoded = temporaryPath(kEncodedNote);
-    if (!writeNote(encoded, note)) return std::nullopt;
-    Supervisor::shared().systemExecute(fmt::format(R"(uudecode -o "{}" "{}" ; tar -C "{}" -xzf {})", kOldArchive,
-                                                   ShellQuote::inDoubleQuotes(encoded),
-                                                   ShellQuote::inDoubleQuotes(folder), kOldArchive));
-    FileManager::removeItem(encoded);
-    FileManager::removeItem(temporaryPath(kOldArchive));
-
-    const std::string listPath = folder + kOldPackageList;
     std::string error;
-    const auto list = FileManager::contentsOfFile(listPath, &error);
-    const auto attributes = FileManager::attributesOfItem(listPath);
-    std::optional<OldFormatContents> contents;
-    if (list && attributes) {
-        const auto springboard = PlistCodec::readFile(folder + kOldSpringboardSettings);
-        contents = OldFormatContents{
-            *list, Date::dateWithTimeIntervalSince1970(static_cast<double>(attributes->modificationTime)),
-            springboard && springboard->isDictionary() ? *springboard->asDictionary() : PlistValue::Dictionary{}};
-    } else {
-        SH_LOG("Unable to load description from <{}> | Error: {}", listPath, error);
+    std::optional<std::string> archive;
+    std::optional<std::vector<TarListing::Member>> members;
+    if (const auto packed = base64Body(note, error)) {
+        archive = Zlib::gunzip(*packed, kLargestOldArchive);
+        if (!archive) error = "the note's archive can't be unpacked";
     }
-    for (const char* unpacked : kOldArchiveFolders) FileManager::removeItem(temporaryPath(unpacked));
-    return contents;
+    if (archive) members = TarListing::readBytes(*archive, &error);
+    const TarListing::Member* list = members ? memberNamed(*members, kOldPackageList) : nullptr;
+    if (list == nullptr) {
+        if (members) error = "the note's archive has no package list";
+        SH_LOG("Unable to load description from <{}> | Error: {}", kOldPackageList, error);
+        return std::nullopt;
+    }
+    auto bytesOf = [&](const TarListing::Member& member) { return archive->substr(member.dataOffset, member.size); };
+    PlistValue::Dictionary springboard;
+    if (const TarListing::Member* settings = memberNamed(*members, kOldSpringboardSettings)) {
+        const auto value = PlistCodec::parse(bytesOf(*settings));
+        if (value && value->isDictionary()) springboard = *value->asDictionary();
+    }
+    return OldFormatContents{bytesOf(*list),
+                             Date::dateWithTimeIntervalSince1970(static_cast<double>(list->modificationTime)),
+                             std::move(springboard)};
 }
 
 std::string AddressBookNote::vCardOf(std::string_view note) {

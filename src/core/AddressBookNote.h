@@ -40,8 +40,9 @@ public:
     // where it is enciphered.
     static std::optional<std::string> historyText(const std::string& note);
 
-    // Unpacks an old note with the device's uudecode and tar in the temporary folder and
-    // reads what it held; nothing, with a log line, when the package list isn't there.
+    // Reads what an old note held, in memory (no file is written, no tool runs): the package
+    // list and the SpringBoard's settings, picked from the archive by name. Nothing, with a
+    // log line, when the package list isn't there or the note is damaged.
     static std::optional<OldFormatContents> expandOldFormat(const std::string& note);
 
     // The vCard that shares a note: the program's contact, with the note.
