@@ -9,6 +9,7 @@
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "platform/ProcessControl.h"
+#include "platform/TemporaryDirectory.h"
 #include "platform/UserDefaults.h"
 #include "platform/dispatch/GlobalQueue.h"
 #include "platform/dispatch/MainQueue.h"
@@ -81,6 +82,9 @@ void storeDropboxStoragePathIfAbsent(Supervisor& supervisor) {
 
 void StowhavenAppDelegate::initialize() {
     SH_LOG("Initialize....");
+    // Before the supervisor sweeps it and before any tool runs in it: a temporary folder that
+    // another user or a link put in place is moved aside and made again.
+    TemporaryDirectory::prepare();
     // Its reset ends the process the way every other end does.
     Supervisor::shared().setExitHandler(ProcessControl::exit);
     removeSymlinks();

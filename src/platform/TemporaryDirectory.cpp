@@ -1,23 +1,32 @@
 #include "platform/TemporaryDirectory.h"
 
 #include "platform/DeviceRoot.h"
-#include "platform/Log.h"
+#include "platform/PrivateFolder.h"
 
-#include <sys/stat.h>
-
-#include <filesystem>
+#include <mutex>
 
 namespace stowhaven {
 
+namespace {
+
+constexpr const char* kFolderName = "stowhaven";
+
+std::string deviceTemporaryFolder() { return DeviceRoot::var() + "/tmp"; }
+
+}  // namespace
+
 std::string TemporaryDirectory::path() {
-    const std::string folder = DeviceRoot::var() + "/tmp/stowhaven";
-    std::error_code error;
-    if (std::filesystem::create_directories(folder, error)) {
-        chmod(folder.c_str(), 0700);
-    } else if (error) {
-        SH_LOG("Couldn't create <{}>: {}", folder, error.message());
-    }
+    const std::string folder = deviceTemporaryFolder() + "/" + kFolderName;
+    if (!PrivateFolder::isPrivate(folder)) prepare();
     return folder;
+}
+
+bool TemporaryDirectory::prepare() {
+    // Threads that find the folder missing at once make it once, and move nothing aside
+    // that another of them has just made.
+    static std::mutex mutex;
+    std::lock_guard lock(mutex);
+    return PrivateFolder::make(deviceTemporaryFolder(), {kFolderName});
 }
 
 }  // namespace stowhaven

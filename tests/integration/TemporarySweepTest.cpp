@@ -38,7 +38,7 @@ TEST_F(TemporarySweepTest, DeletesTheWorkingFilesAndKeepsTheRest) {
     std::vector<std::string> left;
     for (const auto& entry : fs::directory_iterator(temporary_)) left.push_back(entry.path().filename().string());
     std::sort(left.begin(), left.end());
-    EXPECT_EQ(left, (std::vector<std::string>{"debs", "notes.log", "settings.plist", "tools"}));
+    EXPECT_EQ(left, (std::vector<std::string>{"debs", "notes.log", "settings.plist"}));
 }
 
 TEST_F(TemporarySweepTest, NeverTouchesAnythingOutsideTheProgramsOwnFolder) {

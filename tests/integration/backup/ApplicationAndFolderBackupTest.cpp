@@ -9,6 +9,7 @@
 #include "core/ProcessFlags.h"
 #include "items/Application.h"
 #include "items/ArchivableFolder.h"
+#include "platform/DeviceRoot.h"
 #include "platform/FileManager.h"
 #include "platform/TemporaryDirectory.h"
 #include "storage/StorageLayout.h"
@@ -184,7 +185,7 @@ TEST_F(ApplicationAndFolderBackupTest, AnItemsNameIsArchivedAsItIsWithoutTheShel
     EXPECT_EQ(innerMembers(*place), std::set<std::string>{"Library/Ringtones/" + hostile});
     // The commands in the name would have left their marks in the shell's home folder, or
     // where it starts.
-    for (const std::string& folder : {TemporaryDirectory::path() + "/tools/home", TemporaryDirectory::path()}) {
+    for (const std::string& folder : {DeviceRoot::var() + "/lib/stowhaven/tools/home", TemporaryDirectory::path()}) {
         EXPECT_FALSE(FileManager::fileExists(folder + "/substituted")) << folder;
         EXPECT_FALSE(FileManager::fileExists(folder + "/quoted")) << folder;
     }
