@@ -17,6 +17,7 @@
 #include "platform/DeviceFacts.h"
 #include "platform/DeviceRoot.h"
 #include "platform/FileManager.h"
+#include "platform/FileModes.h"
 #include "platform/LifeCycleSignals.h"
 #include "platform/Log.h"
 #include "platform/SystemLocale.h"
@@ -68,6 +69,9 @@ void addAnswerOptions(CLI::App* command, JobRequest& request) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // Sessions hold the user's key and data: what the program makes is root's alone unless
+    // it says otherwise. The device's tools get the device's usual umask back (Shell).
+    FileModes::keepNewItemsPrivate();
     MainQueue::shared().bindToCurrentThread();
 
     CLI::App app{

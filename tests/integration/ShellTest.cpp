@@ -1,3 +1,4 @@
+#include "platform/FileManager.h"
 #include "platform/HostShell.h"
 #include "platform/ShellQuote.h"
 #include "platform/TemporaryDirectory.h"
@@ -5,6 +6,7 @@
 #include "support/TestFolder.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -57,7 +59,16 @@ protected:
 };
 
 TEST_F(ShellTest, WrapsTheLineAsTheDeviceDoes) {
-    EXPECT_EQ(Shell::wrap("ls /"), "export PATH=/usr/bin:$PATH; (ls /) > /dev/null 2>&1; echo Done");
+    EXPECT_EQ(Shell::wrap("ls /"), "umask 022; export PATH=/usr/bin:$PATH; (ls /) > /dev/null 2>&1; echo Done");
+}
+
+// The program keeps its own files private; the device's files keep their usual modes.
+TEST_F(ShellTest, TheDevicesToolsWriteWithTheDevicesUsualModesWhateverTheProgramsUmask) {
+    const mode_t saved = umask(077);
+    shell_.systemExecute("echo status > " + (folder_ / "status") + "; mkdir " + (folder_ / "lists"));
+    umask(saved);
+    EXPECT_EQ(FileManager::attributesOfItem(folder_ / "status")->permissions & 0777, 0644u);
+    EXPECT_EQ(FileManager::attributesOfItem(folder_ / "lists")->permissions & 0777, 0755u);
 }
 
 TEST_F(ShellTest, ACommandLeavesItsFilesAndNothingElseComesBack) {
