@@ -18,7 +18,10 @@
 #include "platform/dispatch/MainQueue.h"
 #include "platform/dispatch/NotificationCenter.h"
 #include "platform/dispatch/OperationQueue.h"
+#include "storage/AbstractStorageHelper.h"
+#include "storage/StorageLayout.h"
 
+#include <algorithm>
 #include <mutex>
 
 namespace stowhaven {
@@ -32,6 +35,13 @@ double now() { return Platform::current().clock().date().timeIntervalSinceRefere
 
 void postBackupDone() {
     MainQueue::shared().async([] { NotificationCenter::defaultCenter().post("BACKUP_DONE"); });
+}
+
+// The requests of the current engine that have failed so far; every file and folder of a
+// session is one. Nothing for an engine that keeps no count (the address book).
+AbstractStorageHelper::FailedRequests failedStorageRequests() {
+    const auto engine = std::dynamic_pointer_cast<AbstractStorageHelper>(Supervisor::shared().currentStorageEngine());
+    return engine ? engine->failedRequests() : AbstractStorageHelper::FailedRequests{};
 }
 
 }  // namespace
@@ -91,21 +101,31 @@ void BackupOperation::main() {
     // The record goes to the storage before any bulk data does.
     manager.resetOldData();
     session_ = manager.createBackupSession(true);
+    const std::uint64_t failedBefore = failedStorageRequests().count;
     manager.storeBackupData();
     timing_ = now() - timing_;
     SH_LOG("Took: {:f}s", timing_);
 
+    // A record the storage refused ends the run here, with its message left for the alert:
+    // on the address book the record is the whole backup, and on a file engine no data
+    // goes after a history that isn't there.
+    if (!manager.hasSuccessfullySaveData()) {
+        backupFailed();
+        return;
+    }
     if (supervisor.isCloudStorage()) {
-        if (!runDataOperations()) {
+        const bool ran = runDataOperations();
+        // A part, an index or a folder that the engine couldn't store fails the backup: a
+        // session missing some of its data is no backup to keep, nor to roll over for.
+        const auto failed = failedStorageRequests();
+        if (failed.count > failedBefore) {
+            manager.setErrorMsg(failed.lastError.value_or("Some of the data couldn't be stored!"));
+        }
+        if (!ran || failed.count > failedBefore) {
             backupFailed();
             return;
         }
         supervisor.notifyProgress(1.0, Strings::localized("CLOUD_BACKUP_UPLOADED"));
-    } else if (!manager.hasSuccessfullySaveData()) {
-        // On the address book the record is the whole backup: a refused save has taken its
-        // session away again and left its message for the alert.
-        backupFailed();
-        return;
     }
     backupSucceeded();
     postBackupDone();
@@ -145,9 +165,27 @@ bool BackupOperation::runDataOperations() {
     return !failed;
 }
 
+bool BackupOperation::sessionIsStored() const {
+    const auto sessions = CydiaFileManager::shared().backupSessions();
+    if (!session_ || std::find(sessions.begin(), sessions.end(), session_) == sessions.end()) return false;
+    Supervisor& supervisor = Supervisor::shared();
+    const auto engine = supervisor.currentStorageEngine();
+    if (supervisor.isStorageAddressbook() || !engine) return true;
+    const auto listed = engine->existingFiles();
+    const auto date = session_->sessionDate();
+    return date && std::find(listed.begin(), listed.end(), StorageLayout::historyFileName(*date)) != listed.end();
+}
+
+// Only a run whose session stands stored closes with success: after a failed store the
+// rollover would count the sessions to keep without the new one and delete a good one.
 void BackupOperation::backupSucceeded() {
     Supervisor& supervisor = Supervisor::shared();
     CydiaFileManager& manager = CydiaFileManager::shared();
+    if (!sessionIsStored()) {
+        SH_LOG("The session isn't stored: no rollover.");
+        return;
+    }
+    succeeded_ = true;
     manager.setFSaveDataOk(true);
     SH_LOG("Upload succeeded!");
     supervisor.logMemoryUsage();
@@ -178,10 +216,11 @@ void BackupOperation::backupFailed() {
     supervisor.logMemoryUsage();
     if (gIsBackupMode) {
         if (auto* details = answersTo<DefaultBackupDetailsLoading>(engine)) details->loadDefaultBackupDetails();
-        // Only this run's own record goes, and only while it is the newest: a second closing,
-        // or a later run's notice, must not take an older backup with it.
+        // Only this run's own record goes, and only while it is the newest and the run hasn't
+        // closed with success: a second closing, or a later run's notice, must not take an
+        // older backup with it.
         const auto sessions = manager.backupSessions();
-        if (supervisor.isStorageSameAsDefault() && !sessions.empty() && sessions.back() == session_) {
+        if (!succeeded_ && supervisor.isStorageSameAsDefault() && !sessions.empty() && sessions.back() == session_) {
             manager.deleteBackupSession(session_);
             if (supervisor.isCloudStorage() && engine) engine->deleteBackupSession(session_);
         }

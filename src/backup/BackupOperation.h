@@ -2,6 +2,7 @@
 
 #include "platform/dispatch/Operation.h"
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -44,8 +45,12 @@ private:
     void observeClosingNotices();
     // The data operations on an inner serial queue; false when one of them failed.
     bool runDataOperations();
+    // This run's session is in the history and, on a file engine, its history file listed.
+    bool sessionIsStored() const;
 
     double timing_ = 0;
+    // This run has closed with success: no later failure notice takes its session away.
+    std::atomic<bool> succeeded_{false};
     // The session this run made; a failure removes it, and nothing older.
     std::shared_ptr<BackupSession> session_;
 };

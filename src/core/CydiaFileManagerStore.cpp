@@ -38,6 +38,20 @@ constexpr FileEngineRoute kFileEngineRoutes[] = {
 
 void postBackupFailed() { NotificationCenter::defaultCenter().post("BACKUP_FAILED"); }
 
+// The stamp, to the second, names both the history file and the session folder, so two
+// sessions of one second would share them and the later would overwrite the earlier. The
+// new session's date moves on by whole seconds until its stamp is free: neither a history
+// file the engine lists nor another session known here has it. The stamp keeps its form.
+Date firstFreeSessionDate(Date date, const std::vector<std::string>& listed, const std::vector<Date>& known) {
+    const auto taken = [&](Date candidate) {
+        const std::string stamp = StorageLayout::stamp(candidate);
+        return std::find(listed.begin(), listed.end(), StorageLayout::historyFileName(candidate)) != listed.end() ||
+               std::any_of(known.begin(), known.end(), [&](Date other) { return StorageLayout::stamp(other) == stamp; });
+    };
+    while (taken(date)) date = date.dateByAddingTimeInterval(1);
+    return date;
+}
+
 }  // namespace
 
 std::shared_ptr<BackupSession> CydiaFileManager::createBackupSession(bool permanent) {
@@ -59,6 +73,13 @@ std::shared_ptr<BackupSession> CydiaFileManager::createBackupSession(bool perman
     backupOptionsIn(*session);
     backupSessions_.with([&](Sessions& sessions) { sessions.push_back(session); });
     if (Supervisor::shared().isStorageAddressbook()) return session;
+    if (const auto engine = Supervisor::shared().currentStorageEngine(); engine && session->sessionDate()) {
+        std::vector<Date> known;
+        for (const auto& other : backupSessions()) {
+            if (other != session && other->sessionDate()) known.push_back(*other->sessionDate());
+        }
+        session->setSessionDate(firstFreeSessionDate(*session->sessionDate(), engine->existingFiles(), known));
+    }
     if (permanent && gAutoScanStockAppsEnabled) takeDataChoicesInto(*session);
     if (permanent) takeItemChoicesInto(*session);
     return backupSessions().back();
@@ -169,6 +190,7 @@ void CydiaFileManager::storeBackupData() {
         storeBackupDataInAddressbook();
         return;
     }
+    fSaveDataOk_ = false;
     const Sessions sessions = backupSessions();
     for (const FileEngineRoute& route : kFileEngineRoutes) {
         if (!(supervisor.*route.isCurrent)()) continue;
@@ -184,8 +206,11 @@ void CydiaFileManager::storeBackupData() {
 }
 
 // The history file is never enciphered on a file engine, an encrypted session's neither.
-// A failed upload posts its failure and goes on all the same, as the pipeline expects.
+// A history the engine couldn't store ends the store there, with the engine's error as the
+// message: no session folder follows it and nothing reports success, so that the job fails
+// and no rollover counts the session as kept.
 void CydiaFileManager::uploadToCloud(const std::shared_ptr<BackupSession>& session) {
+    fSaveDataOk_ = false;
     Supervisor& supervisor = Supervisor::shared();
     supervisor.logMemoryUsage();
     if (supervisor.isCanceled()) {
@@ -206,7 +231,14 @@ void CydiaFileManager::uploadToCloud(const std::shared_ptr<BackupSession>& sessi
     supervisor.notifyProgress(std::nullopt, fmt::format("{} {}…", Strings::localized("CLOUD_UPLOAD_MESSAGE"),
                                                         supervisor.storageEngineName()));
     engine->uploadBackupHistory(*text, *session->sessionDate());
-    if (engine->hasError()) postBackupFailed();
+    if (engine->hasError()) {
+        const std::string error = engine->errorMessage().value_or("");
+        SH_LOG("Couldn't store the history of <{}>: {}", textutil::orNull(session->title()), error);
+        setErrorMsg(error);
+        postBackupFailed();
+        return;
+    }
+    fSaveDataOk_ = true;
     if (hasAnythingSelected() && shouldCreateDatedDirectory()) {
         createDirectoryDated();
     } else {
@@ -340,6 +372,8 @@ void CydiaFileManager::handleDataReceived(const Notification& notification) {
     } else if (const auto engine = supervisor.currentStorageEngine()) {
         engine->setSuccessSelector([](const HookObject&) { Supervisor::shared().backupOrRestoreDone(); }, nullptr);
         uploadToCloud(session);
+        // An import the engine couldn't store is no session of the history either.
+        if (!fSaveDataOk_) backupSessions_.with([&](Sessions& sessions) { std::erase(sessions, session); });
     }
     NotificationCenter::defaultCenter().post("DATA_IMPORTED", session);
     SH_LOG("Imported <{}>!", textutil::orNull(session->title()));

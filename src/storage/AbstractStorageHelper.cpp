@@ -87,10 +87,13 @@ void AbstractStorageHelper::performFailureSelector() {
         return;
     }
     displayError();
+    const auto error = errorMessage();
     {
         std::lock_guard lock(mutex_);
         retryCount_ = 0;
         retrySelector_ = nullptr;
+        ++failedRequests_.count;
+        failedRequests_.lastError = error;
     }
     const Hooks hooks = takeHooks();
     if (!isCanceled() && hooks.onFailure) hooks.onFailure();
@@ -140,6 +143,11 @@ std::int32_t AbstractStorageHelper::retryCount() const {
     return retryCount_;
 }
 
+AbstractStorageHelper::FailedRequests AbstractStorageHelper::failedRequests() const {
+    std::lock_guard lock(mutex_);
+    return failedRequests_;
+}
+
 void AbstractStorageHelper::setRetrySelector(std::function<void()> operation) {
     std::lock_guard lock(mutex_);
     retrySelector_ = std::move(operation);
@@ -176,7 +184,9 @@ void AbstractStorageHelper::dropDamagedHistoryFile(const std::string& name) {
 
 void AbstractStorageHelper::addExistingFile(const std::string& name) {
     std::lock_guard lock(existingFilesMutex_);
-    existingFiles_.push_back(name);
+    if (std::find(existingFiles_.begin(), existingFiles_.end(), name) == existingFiles_.end()) {
+        existingFiles_.push_back(name);
+    }
 }
 
 void AbstractStorageHelper::removeExistingFile(const std::string& name) {

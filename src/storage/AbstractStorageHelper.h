@@ -68,6 +68,15 @@ public:
     std::int32_t retryCount() const;
     void setRetrySelector(std::function<void()> operation);
 
+    // The requests that have ended in failure, retries spent, since the engine was made,
+    // and the error of the last of them, kept when the next request clears the engine's
+    // error: a job that sends many files learns afterwards whether any of them failed.
+    struct FailedRequests {
+        std::uint64_t count = 0;
+        std::optional<std::string> lastError;
+    };
+    FailedRequests failedRequests() const;
+
     // The history files that the receiver doesn't know yet, fetched one by one and handed
     // to it; then "BACKUP_HISTORY_LOADED". Network engines use it as it stands.
     void retrieveRestOfBackupHistory() override;
@@ -94,6 +103,7 @@ protected:
     void setExistingFiles(std::vector<std::string> names);
     // Empties the list and forgets what was dropped from it.
     void clearExistingFiles();
+    // A name listed already is not listed twice.
     void addExistingFile(const std::string& name);
     void removeExistingFile(const std::string& name);
     void setAvailableDeviceBackups(std::vector<std::string> names);
@@ -124,6 +134,7 @@ private:
     Hooks hooks_;
     std::int32_t retryCount_ = 0;
     std::function<void()> retrySelector_;
+    FailedRequests failedRequests_;
 
     // Each list is walked and changed under its own lock, as transfers run beside readers.
     mutable std::recursive_mutex existingFilesMutex_;

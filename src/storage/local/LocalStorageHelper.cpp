@@ -5,6 +5,7 @@
 #include "core/Supervisor.h"
 #include "platform/DeviceRoot.h"
 #include "platform/FileManager.h"
+#include "platform/FileModes.h"
 #include "platform/Log.h"
 #include "platform/ShellQuote.h"
 #include "platform/TemporaryDirectory.h"
@@ -97,7 +98,10 @@ void LocalStorageHelper::createStorageFolder() {
         SH_LOG("Found <{}>!", folder);
         return;
     }
-    if (!folder.empty() && FileManager::createDirectory(folder, true)) {
+    // A folder made here is the program's own; one found in place is left as it is (the
+    // setting may name a folder the user shares), its sessions being private each.
+    if (!folder.empty() && FileManager::createDirectory(folder, true) &&
+        FileModes::setMode(folder, FileModes::kPrivateFolder)) {
         SH_LOG("<{}> created!", folder);
         return;
     }
@@ -173,26 +177,49 @@ void LocalStorageHelper::retrieveRestOfBackupHistory() {
     NotificationCenter::defaultCenter().post("BACKUP_HISTORY_LOADED");
 }
 
-// The result of the write is not looked at: the upload succeeds whatever it wrote.
+// The history file holds the user's key (enciphered with the built-in key) and is for root
+// alone. A write that fails, a full disk say, is no stored session: it stays out of the
+// list and the request fails, so that nothing counts it as a backup to keep. Nor does a
+// session take the place of another of the same stamp: the earlier one stays.
 void LocalStorageHelper::uploadBackupHistory(const std::string& historyText, Date date) {
     setErrorMessage(std::nullopt);
     SH_LOG("Backup data size: {:.2f}Kb", static_cast<double>(historyText.size()) / 1024);
     const std::string name = StorageLayout::historyFileName(date);
-    FileManager::writeFile(storagePath() + "/" + name, historyText);
-    addExistingFile(name);
-    performSuccessSelector();
+    const std::string path = storagePath() + "/" + name;
+    std::string error;
+    if (FileManager::fileExists(path)) {
+        error = fmt::format("<{}> exists already", path);
+    } else if (FileManager::writeFile(path, historyText, &error, FileModes::kPrivateFile)) {
+        addExistingFile(name);
+        performSuccessSelector();
+        return;
+    }
+    SH_LOG("{}", error);
+    setErrorMessage(error + "!");
+    performFailureSelector();
 }
 
+// The session folder and the data folders in it are for root alone, each of them.
 void LocalStorageHelper::createDirectoryForRequest(const std::string& relativePath) {
     setErrorMessage(std::nullopt);
     std::string error;
-    if (FileManager::createDirectory(storagePath() + "/" + relativePath, true, &error)) {
+    if (FileManager::createDirectory(storagePath() + "/" + relativePath, true, &error) &&
+        makePrivate(relativePath, &error)) {
         performSuccessSelector();
         return;
     }
     SH_LOG("{}", error);
     setErrorMessage(fmt::format("Error <{}> while creating file!", error));
     performFailureSelector();
+}
+
+bool LocalStorageHelper::makePrivate(const std::string& relativePath, std::string* error) {
+    std::string path = storagePath();
+    for (const auto& component : std::filesystem::path(relativePath)) {
+        path += "/" + component.string();
+        if (!FileModes::setMode(path, FileModes::kPrivateFolder, error)) return false;
+    }
+    return true;
 }
 
 void LocalStorageHelper::createDirectoryDated(Date date) { createDirectoryForRequest(StorageLayout::stamp(date)); }
@@ -213,16 +240,25 @@ void LocalStorageHelper::uploadFile(const std::string& path, Date date, const st
     const std::string sessionFolder = storagePath() + "/" + StorageLayout::stamp(date);
     const std::string target = directory ? StorageLayout::dataDirectory(sessionFolder, *directory) : sessionFolder;
     SH_LOG("Moving {} -> {}...", path, target);
+    const std::uint64_t size = FileManager::sizeOfItem(path);
     const auto plainSource = ShellQuote::plainPath(path);
     const auto plainTarget = ShellQuote::plainPath(target);
     if (plainSource && plainTarget) {
         Supervisor::shared().systemExecute(fmt::format("mv {} {}/", *plainSource, *plainTarget));
     }
-    if (FileManager::fileExists(target + "/" + lastPathComponent(path))) {
+    // A move onto a full disk may leave part of the file behind: only the whole file counts.
+    // The device's mv keeps the mode the file was made with, by a device tool: the stored
+    // file is made root's alone here.
+    const std::string stored = target + "/" + lastPathComponent(path);
+    std::string error;
+    if (!FileManager::isRegularFile(stored) || FileManager::sizeOfItem(stored) != size) {
+        setErrorMessage(fmt::format("Couldn't move file from <{}> to <{}>!", path, target));
+    } else if (!FileModes::setMode(stored, FileModes::kPrivateFile, &error)) {
+        setErrorMessage(error + "!");
+    } else {
         performSuccessSelector();
         return;
     }
-    setErrorMessage(fmt::format("Couldn't move file from <{}> to <{}>!", path, target));
     performFailureSelector();
 }
 

@@ -63,6 +63,8 @@ private:
     bool copyToTemporaryFolder(const std::string& relativePath);
     // Makes a directory below the storage folder for a request, and reports it.
     void createDirectoryForRequest(const std::string& relativePath);
+    // Each folder of RELATIVEPATH below the storage folder for root alone.
+    static bool makePrivate(const std::string& relativePath, std::string* error);
     static void logMisuse();
 
     mutable std::mutex errorMutex_;

@@ -129,10 +129,17 @@ TEST_F(LocalStorageTest, AFileComesBackTwiceWithTheSameHooks) {
               (std::vector<std::string>{TemporaryDirectory::path() + "/a.deb", TemporaryDirectory::path() + "/b.deb"}));
 }
 
-TEST_F(LocalStorageTest, AHistoryUploadSucceedsWhateverItWrote) {
+// A history that isn't written is no session: the request fails and nothing is listed.
+TEST_F(LocalStorageTest, AHistoryUploadThatWritesNothingFailsAndNeverReplacesAnotherOfItsStamp) {
+    const std::string name = StorageLayout::historyFileName(Date(1));
+    writeInFolder(name, "earlier");
+    EXPECT_TRUE(test::request(engine_, [&] { engine_.uploadBackupHistory("later", Date(1)); }).failed);
+    EXPECT_EQ(FileManager::contentsOfFile(folder() + "/" + name), "earlier");
+
     FileManager::removeItem(folder());
-    EXPECT_TRUE(test::request(engine_, [&] { engine_.uploadBackupHistory("text", Date(1)); }).succeeded);
-    EXPECT_FALSE(engine_.hasError());
+    EXPECT_TRUE(test::request(engine_, [&] { engine_.uploadBackupHistory("text", Date(2)); }).failed);
+    EXPECT_TRUE(engine_.errorMessage().value_or("").starts_with("Couldn't write")) << *engine_.errorMessage();
+    EXPECT_TRUE(engine_.existingFiles().empty());
 }
 
 TEST_F(LocalStorageTest, DeletingASessionThatIsntThereStillSucceeds) {
