@@ -90,6 +90,18 @@ bool FileManager::setOwner(const std::string& path, unsigned ownerId, unsigned g
     return false;
 }
 
+bool FileManager::setPermissions(const std::string& path, unsigned mode, std::string* error) {
+    // Through a descriptor opened without following a link, so that a link put in the
+    // item's place can't turn the change onto another file.
+    const int descriptor = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0) return fail(error, "Couldn't open", path, std::strerror(errno));
+    const bool changed = fchmod(descriptor, static_cast<mode_t>(mode)) == 0;
+    const int reason = errno;
+    close(descriptor);
+    if (!changed) return fail(error, "Couldn't change the mode of", path, std::strerror(reason));
+    return true;
+}
+
 std::optional<FileSystemAttributes> FileManager::attributesOfFileSystem(const std::string& path, std::string* error) {
     struct statvfs info {};
     if (statvfs(path.c_str(), &info) != 0) {

@@ -57,6 +57,9 @@ public:
     // Gives the item to the owner and group, a final symbolic link itself rather than what
     // it leads to.
     static bool setOwner(const std::string& path, unsigned ownerId, unsigned groupId, std::string* error = nullptr);
+    // Gives the file or folder at PATH the permission bits MODE, whatever the process umask;
+    // a symbolic link in its last place is refused, not followed.
+    static bool setPermissions(const std::string& path, unsigned mode, std::string* error = nullptr);
 
     static std::optional<std::string> contentsOfFile(const std::string& path, std::string* error = nullptr);
     // At most the first COUNT bytes of a file; nothing when it can't be read.

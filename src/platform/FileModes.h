@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 namespace stowhaven {
 
 // The modes of what the program keeps for its user alone (root on the device): stored
@@ -11,10 +9,6 @@ class FileModes {
 public:
     static constexpr unsigned kPrivateFile = 0600;
     static constexpr unsigned kPrivateFolder = 0700;
-
-    // Gives the file or folder at PATH that mode, whatever the process umask; a symbolic
-    // link in its last place is refused, not followed.
-    static bool setMode(const std::string& path, unsigned mode, std::string* error = nullptr);
 
     // From now on, what the process makes without a mode of its own is for its user alone
     // (umask 077).

@@ -101,7 +101,7 @@ void LocalStorageHelper::createStorageFolder() {
     // A folder made here is the program's own; one found in place is left as it is (the
     // setting may name a folder the user shares), its sessions being private each.
     if (!folder.empty() && FileManager::createDirectory(folder, true) &&
-        FileModes::setMode(folder, FileModes::kPrivateFolder)) {
+        FileManager::setPermissions(folder, FileModes::kPrivateFolder)) {
         SH_LOG("<{}> created!", folder);
         return;
     }
@@ -217,7 +217,7 @@ bool LocalStorageHelper::makePrivate(const std::string& relativePath, std::strin
     std::string path = storagePath();
     for (const auto& component : std::filesystem::path(relativePath)) {
         path += "/" + component.string();
-        if (!FileModes::setMode(path, FileModes::kPrivateFolder, error)) return false;
+        if (!FileManager::setPermissions(path, FileModes::kPrivateFolder, error)) return false;
     }
     return true;
 }
@@ -253,7 +253,7 @@ void LocalStorageHelper::uploadFile(const std::string& path, Date date, const st
     std::string error;
     if (!FileManager::isRegularFile(stored) || FileManager::sizeOfItem(stored) != size) {
         setErrorMessage(fmt::format("Couldn't move file from <{}> to <{}>!", path, target));
-    } else if (!FileModes::setMode(stored, FileModes::kPrivateFile, &error)) {
+    } else if (!FileManager::setPermissions(stored, FileModes::kPrivateFile, &error)) {
         setErrorMessage(error + "!");
     } else {
         performSuccessSelector();
