@@ -147,6 +147,7 @@ void CydiaFileManager::emailABData(const std::string& historyText) {
     Supervisor::shared().sendEmail(Email{
         .emailBody = Strings::localized("INSTRUCTIONS_TITLE") + "\n" + Strings::localized("INSTRUCTIONS_DETAIL"),
         .subject = Strings::localized("SHARING_DATA_WITH_YOU"),
+        .toRecipients = {},
         .fileAttachments = {MailAttachment{path, "text/x-vcard", kVCardFileName}},
     });
 }
@@ -154,7 +155,10 @@ void CydiaFileManager::emailABData(const std::string& historyText) {
 void CydiaFileManager::emailPackagesAsText() {
     const std::string text = getPackagesAsText();
     if (text.empty()) return;
-    Supervisor::shared().sendEmail(Email{.emailBody = text, .subject = Strings::localized("SHARING_DATA_WITH_YOU")});
+    Supervisor::shared().sendEmail(Email{.emailBody = text,
+                                         .subject = Strings::localized("SHARING_DATA_WITH_YOU"),
+                                         .toRecipients = {},
+                                         .fileAttachments = {}});
 }
 
 std::string CydiaFileManager::twitterFeedData() {
