@@ -12,6 +12,7 @@
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 #include "support/SupervisorScope.h"
+#include "support/TerminalProgram.h"
 #include "support/TestFolder.h"
 
 #include <gtest/gtest.h>
@@ -156,9 +157,10 @@ TEST_F(HostileSessionProgramTest, AFolderPlacedBySessionOutsideItsKindIsNeitherU
     const std::string victim = device_.path("/tmp/victim");
     fs::create_directories(victim);
     FileManager::writeFile(victim + "/file", "root's own");
+    const std::string handedIn = work_ / "crafted.stowhvn";
     {
-        // The history file rewritten by hand: two folders of known kinds that claim the
-        // device's root and a folder of root's.
+        // The session rewritten by hand: two folders of known kinds that claim the device's
+        // root and a folder of root's.
         test::SupervisorScope scope(device_.root());
         const auto text = FileManager::contentsOfFile(historyFile());
         ASSERT_TRUE(text);
@@ -174,16 +176,34 @@ TEST_F(HostileSessionProgramTest, AFolderPlacedBySessionOutsideItsKindIsNeitherU
             folders.push_back(folder);
         }
         sessions[0]->setArchivableFolders(folders);
-        ASSERT_TRUE(FileManager::writeFile(historyFile(), *HistoryText::encode(ArchiveValue(sessions[0]))));
+        const auto crafted = HistoryText::encode(ArchiveValue(sessions[0]));
+        ASSERT_TRUE(crafted);
+        ASSERT_TRUE(FileManager::writeFile(historyFile(), *crafted));
+        ASSERT_TRUE(FileManager::writeFile(handedIn, *crafted));
     }
+    const auto expectNothingGivenAway = [&] {
+        EXPECT_EQ(ownershipOf(device_.root()).owner, 0U);
+        EXPECT_EQ(ownershipOf(victim).owner, 0U);
+        EXPECT_EQ(ownershipOf(victim + "/file").owner, 0U);
+    };
 
+    // Found on the storage, where the restore takes every folder the session holds.
     const auto outcome = restore();
-
-    EXPECT_EQ(ownershipOf(device_.root()).owner, 0U);
-    EXPECT_EQ(ownershipOf(victim).owner, 0U);
-    EXPECT_EQ(ownershipOf(victim + "/file").owner, 0U);
+    expectNothingGivenAway();
     EXPECT_NE(outcome.errors.find("the session places it at </>"), std::string::npos) << outcome.errors;
     EXPECT_NE(outcome.errors.find("the session places it at </tmp/victim>"), std::string::npos);
+
+    // Handed in as another application hands a file, and restored from the main screen.
+    test::TerminalProgram terminal("--root " + device_.root() + " --verbose open --yes " + handedIn);
+    ASSERT_TRUE(terminal.waitFor("0) Quit")) << terminal.screen();
+    terminal.type("1\n");
+    ASSERT_TRUE(terminal.waitFor("1) Dismiss")) << terminal.screen();
+    terminal.type("1\n");
+    ASSERT_TRUE(terminal.waitFor("0) Quit", 2)) << terminal.screen();
+    terminal.type("0\n");
+    EXPECT_EQ(terminal.finish(), 0) << terminal.screen();
+    EXPECT_NE(terminal.screen().find("Imported: Trusted [IMPORTED DATA]!"), std::string::npos);
+    expectNothingGivenAway();
 }
 
 TEST_F(HostileSessionProgramTest, AStoredSetUserIdFileComesBackAsAPlainFileOfThePlacesOwner) {

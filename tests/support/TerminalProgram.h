@@ -1,0 +1,39 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+
+namespace stowhaven::test {
+
+// The built program on a terminal of its own (a pseudo-terminal of 80 columns), as a person
+// at the device runs it: the test reads what the screen shows and types answers.
+class TerminalProgram {
+public:
+    // Starts the program with ARGUMENTS, a command-line text.
+    explicit TerminalProgram(const std::string& arguments);
+    // Ends the program if it still runs.
+    ~TerminalProgram();
+    TerminalProgram(const TerminalProgram&) = delete;
+    TerminalProgram& operator=(const TerminalProgram&) = delete;
+
+    // Reads the screen until TEXT has shown COUNT times in all; false when the program ends
+    // first, or shows nothing new for two minutes.
+    bool waitFor(const std::string& text, int count = 1);
+    void type(const std::string& text) const;
+    // Reads the screen to the program's end and answers its exit status.
+    int finish();
+
+    // Everything the screen showed so far, logs included with --verbose.
+    const std::string& screen() const { return screen_; }
+
+private:
+    // Appends what the terminal has next; false at the program's end or after the wait.
+    bool readMore();
+
+    int terminal_ = -1;
+    pid_t child_ = -1;
+    std::string screen_;
+};
+
+}  // namespace stowhaven::test
