@@ -34,7 +34,6 @@ std::optional<ArchiveMembers> ArchiveMembers::of(const std::string& archive, con
         if (!listed.insert(member.name).second) continue;
         if (refusedNames.contains(member.name)) {
             sorted.landings_.erase(member.name);
-            sorted.refused_.push_back(member.name);
         } else if (sorted.landings_.contains(member.name)) {
             sorted.allowed_.push_back(member.name);
         }

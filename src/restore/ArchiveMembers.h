@@ -32,8 +32,6 @@ public:
     // The names that may be unpacked, each once, in the archive's order. A name stored
     // twice is allowed only when every member of that name is.
     const std::vector<std::string>& allowed() const { return allowed_; }
-    const std::vector<std::string>& refused() const { return refused_; }
-    bool isAllowed(const std::string& name) const { return landings_.contains(name); }
 
     // Gives the unpacked members NAMES the owner of the place each landed in, whatever
     // owner the archive stored.
@@ -41,7 +39,6 @@ public:
 
 private:
     std::vector<std::string> allowed_;
-    std::vector<std::string> refused_;
     std::map<std::string, std::vector<ExtractionPlan::Landing>> landings_;
 };
 
