@@ -12,6 +12,7 @@ namespace stowhaven {
 namespace {
 
 const char* markOf(const CydiaFile& package) {
+    if (package.isMissingAfterRestore()) return "failed";
     if (package.isSuccessfullyInstalled()) return "installed";
     if (package.isAlreadyInstalled()) return "already installed";
     return "failed";

@@ -62,6 +62,10 @@ public:
     bool isTopLevel() const { return topLevel_; }
     const std::optional<std::string>& installLog() const { return installLog_; }
     void setInstallLog(std::optional<std::string> log) { installLog_ = std::move(log); }
+    // Selected for the restore, and not installed on the device once the restore ended,
+    // whatever its install log says.
+    bool isMissingAfterRestore() const { return missingAfterRestore_; }
+    void setMissingAfterRestore(bool missing) { missingAfterRestore_ = missing; }
 
     const std::optional<std::string>& name() const { return name_; }
     const std::optional<std::string>& packageName() const { return packageName_; }
@@ -81,6 +85,7 @@ private:
     mutable bool backupSelected_ = false;
     mutable bool restoreSelected_ = false;
     bool topLevel_ = true;
+    bool missingAfterRestore_ = false;
     std::optional<std::string> installLog_;
     std::optional<std::string> name_;
     std::optional<std::string> packageName_;

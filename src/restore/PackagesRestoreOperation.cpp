@@ -2,6 +2,7 @@
 
 #include "core/CydiaFile.h"
 #include "core/CydiaFileManager.h"
+#include "core/PackageScan.h"
 #include "core/ProcessFlags.h"
 #include "core/Supervisor.h"
 #include "core/Text.h"
@@ -19,6 +20,7 @@
 #include <fmt/format.h>
 
 #include <filesystem>
+#include <set>
 
 namespace stowhaven {
 
@@ -28,6 +30,8 @@ constexpr int kMaximumTries = 5;
 // What apt-get asks for before it installs a package it can't authenticate.
 constexpr const char* kForceYesRequest = "without --force-yes";
 constexpr const char* kDebsDirectory = "DEBS";
+// How dpkg-query reports a package that is in place and configured.
+constexpr const char* kInstalledStatus = "install ok installed";
 
 // A lock left behind by an interrupted run would stop every install.
 void deleteDpkgLock() {
@@ -40,6 +44,14 @@ void deleteDpkgLock() {
 std::string debFileName(const CydiaFile& package) {
     return fmt::format("{}_{}_iphoneos-arm.deb", textutil::lowered(textutil::orNull(package.packageName())),
                        textutil::lowered(textutil::percentEncoded(textutil::orNull(package.version()))));
+}
+
+// The session's package that the fetched file is of.
+std::shared_ptr<CydiaFile> packageOfDeb(const std::string& fileName) {
+    for (const auto& package : CydiaFileManager::shared().oldPackages()) {
+        if (debFileName(*package) == fileName) return package;
+    }
+    return nullptr;
 }
 
 }  // namespace
@@ -66,6 +78,28 @@ void PackagesRestoreOperation::main() {
     }
 }
 
+// The installs' outputs can claim success for a package that is not in place (dpkg left
+// it half-configured) and say nothing of a package whose file the session lacks. Only the
+// device's database tells; when it can't be read, no selected package counts as restored.
+void PackagesRestoreOperation::markPackagesStillMissing() {
+    std::set<std::string> installed;
+    if (const auto lines = PackageScan::lines()) {
+        for (const std::string& line : *lines) {
+            const auto scanned = PackageScan::parse(line);
+            if (scanned && scanned->status == kInstalledStatus) installed.insert(scanned->identifier);
+        }
+    }
+    for (const auto& package : CydiaFileManager::shared().oldPackages()) {
+        if (!package->isRestoreSelected() || installed.contains(textutil::orNull(package->packageName()))) continue;
+        package->setMissingAfterRestore(true);
+        const std::string said = fmt::format("<{}> is not installed on the device after the restore.",
+                                             textutil::orNull(package->packageName()));
+        SH_LOG("{}", said);
+        const std::string log = package->installLog().value_or("");
+        package->setInstallLog(log.empty() ? said : log + "\n" + said);
+    }
+}
+
 bool PackagesRestoreOperation::stopsForCancel() const { return isCanceled() || Supervisor::shared().isCanceled(); }
 
 void PackagesRestoreOperation::restore() {
@@ -78,6 +112,7 @@ void PackagesRestoreOperation::restore() {
     } else {
         restorePackagesFromCydia();
     }
+    if (!stopsForCancel()) markPackagesStillMissing();
 }
 
 void PackagesRestoreOperation::restorePackagesFromCydia() {
@@ -174,6 +209,7 @@ void PackagesRestoreOperation::installLocalDebs() {
         supervisor.systemExecute(RestoreCommands::dpkgInstall(folder + "/" + entry, log));
         const std::string said = FileManager::contentsOfFile(log).value_or("");
         if (!textutil::containsCaseInsensitive(said, "Setting up ")) SH_LOG("{}", said);
+        if (const auto package = packageOfDeb(entry)) package->setInstallLog(said);
     }
     FileManager::removeItem(log);
 }

@@ -14,7 +14,9 @@ class CydiaFile;
 // chosen for restore, up to five times until its output says it is installed or was
 // already, and the package joins the device's list. From the storage (with .deb restore
 // on and a file storage): the .deb files of the session's "DEBS" folder are fetched one
-// by one and installed with dpkg. What apt-get said stays in each package's installLog.
+// by one and installed with dpkg. What apt-get or dpkg said stays in each package's
+// installLog. Last, the device's own package database is read: a selected package that
+// is still not installed is marked missing, whatever its log says.
 //
 // Package identifiers stand unquoted in the command lines: one that is not a package name
 // never reaches a command.
@@ -35,6 +37,7 @@ private:
     // Fetches the next package's file; false once there is nothing more to fetch.
     bool fetchNextDeb();
     void installLocalDebs();
+    void markPackagesStillMissing();
     bool stopsForCancel() const;
 
     std::int64_t nbPackages_ = 0;

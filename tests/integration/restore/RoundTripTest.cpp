@@ -130,12 +130,18 @@ TEST_F(RoundTripTest, WithTheCapturedFilesPackagesComeBackWithoutARepository) {
     // No repository but the session's own files.
     fs::remove(wiped.path("/etc/apt/sources.list.d/sandbox.list"));
 
+    // A package whose file the session lacks stays missing: the restore says so and fails.
     const auto restore = run(wiped, "restore --yes --key-file " + keyFile());
-    EXPECT_NE(restore.output.find("package(s) restored"), std::string::npos) << restore.errors;
+    EXPECT_EQ(restore.status, 1) << restore.output << restore.errors;
     const std::string packages = installedPackages(wiped);
     for (const char* package : {"bash", "com.aerialx.ishshit"}) {
         EXPECT_NE(packages.find(std::string(package) + "\n"), std::string::npos) << package;
     }
+    EXPECT_NE(restore.output.find("installed          Bourne-Again SHell (bash 4.0.44-16)"), std::string::npos);
+    EXPECT_EQ(packages.find("net.tinkerlane.quietbadges\n"), std::string::npos);
+    EXPECT_NE(restore.output.find("failed             Quiet Badges (net.tinkerlane.quietbadges 0.4-2)"),
+              std::string::npos)
+        << restore.output;
 }
 
 }  // namespace
