@@ -92,7 +92,7 @@ TEST_F(PackagesRestoreOperationTest, AMissingPackageIsInstalledFromTheRepository
     const auto dock = oldPackage("net.tinkerlane.fiveicondock");
     ASSERT_TRUE(dock);
     EXPECT_FALSE(dock->installLog()) << "a package the device has in that version is not tried";
-    EXPECT_EQ(scope_.services.shell.commands,
+    EXPECT_EQ(commandsStartingWith("apt-get"),
               (std::vector<std::string>{
                   "apt-get update", "apt-get -y -m install com.example.extra 1>\"" + installLogPath() + "\" 2>&1"}));
     EXPECT_FALSE(FileManager::fileExists(installLogPath()));
@@ -120,7 +120,8 @@ TEST_F(PackagesRestoreOperationTest, IdentifiersThatAreNoPackageNamesNeverReachT
     const auto operation = restore(rawData);
 
     EXPECT_EQ(operation->nbPackages(), static_cast<std::int64_t>(refused.size()));
-    EXPECT_EQ(scope_.services.shell.commands, std::vector<std::string>{"apt-get update"});
+    EXPECT_EQ(commandsStartingWith("apt-get"), std::vector<std::string>{"apt-get update"});
+    for (const std::string& command : scope_.services.shell.commands) EXPECT_EQ(command.find("touch"), std::string::npos);
     for (const char* kind : {"-chained", "-substituted", "-quoted"}) {
         EXPECT_FALSE(FileManager::fileExists(mark + kind)) << kind;
     }
