@@ -14,6 +14,10 @@ public:
 
     static void encryptFileAtPath(const std::string& path, const std::string& temporaryPath);
     static void decryptFileAtPath(const std::string& path, const std::string& temporaryPath);
+
+    // The file still holds what the cipher writes: a decipherment that failed (another
+    // pass phrase, a damaged file) leaves it so.
+    static bool isEnciphered(const std::string& path);
 };
 
 }  // namespace stowhaven

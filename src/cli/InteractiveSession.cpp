@@ -59,7 +59,7 @@ void showOpenedScreens(TerminalFlow& flow) {
                 showSettingsHint(out);
                 break;
             case FlowScreen::RestoreLog:
-                printRestoreLog(CydiaFileManager::shared().selectedRestorePackages(), std::nullopt, out, out);
+                printRestoreLog(std::nullopt, out, out);
                 break;
             default:
                 fmt::print(out,
@@ -82,10 +82,8 @@ std::vector<MenuItem> menuOf(TerminalFlow& flow) {
     } else {
         items.push_back({"Switch to backup", [&controller] { controller.configureUIBackupMode(); }});
         items.push_back({"Backups on this storage", [&controller] { controller.storageButtonClicked(); }});
-        items.push_back({"Log of the last restore", [&flow] {
-                             printRestoreLog(CydiaFileManager::shared().selectedRestorePackages(), std::nullopt,
-                                             flow.out(), flow.out());
-                         }});
+        items.push_back(
+            {"Log of the last restore", [&flow] { printRestoreLog(std::nullopt, flow.out(), flow.out()); }});
     }
     items.push_back({"Storage engine", [&flow] {
                          if (chooseStorageEngine(*flow.prompt(), flow.out())) flow.controller().reloadAll();

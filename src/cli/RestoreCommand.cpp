@@ -65,7 +65,7 @@ int RestoreCommand::run(const Request& request, std::ostream& out, std::ostream&
     flow.controller().doOperation();
     flow.settle();
     if (!restoreRan(flow, before)) return statusWithoutJob(flow, "restore", errors);
-    const bool allIn = printRestoreLog(catalogue.selectedRestorePackages(), request.logOf, out, errors);
+    const bool allIn = printRestoreLog(request.logOf, out, errors);
     if (Supervisor::shared().isCanceled()) {
         fmt::print(errors, "stowhaven: the restore was canceled\n");
         return 130;

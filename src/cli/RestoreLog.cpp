@@ -1,6 +1,8 @@
 #include "cli/RestoreLog.h"
 
+#include "core/CydiaFileManager.h"
 #include "core/Text.h"
+#include "restore/RestoreReport.h"
 
 #include <fmt/format.h>
 #include <fmt/ostream.h>
@@ -20,8 +22,9 @@ const char* markOf(const CydiaFile& package) {
 
 }  // namespace
 
-bool printRestoreLog(const CydiaFileManager::Packages& packages, const std::optional<std::string>& logOf,
-                     std::ostream& out, std::ostream& errors) {
+bool printRestoreLog(const std::optional<std::string>& logOf, std::ostream& out, std::ostream& errors) {
+    const auto packages = CydiaFileManager::shared().selectedRestorePackages();
+    const auto failures = RestoreReport::shared().failures();
     bool allIn = true;
     fmt::print(out, "{} package(s) restored\n", packages.size());
     for (const auto& package : packages) {
@@ -29,6 +32,9 @@ bool printRestoreLog(const CydiaFileManager::Packages& packages, const std::opti
         allIn = allIn && std::string_view(mark) != "failed";
         fmt::print(out, "  {:<17}  {} ({} {})\n", mark, textutil::orNull(package->name()),
                    textutil::orNull(package->packageName()), textutil::orNull(package->version()));
+    }
+    for (const RestoreReport::Failure& failure : failures) {
+        fmt::print(out, "  {:<17}  {}: {}\n", "failed", failure.what, failure.reason);
     }
     if (logOf) {
         const auto found = std::find_if(packages.begin(), packages.end(),
@@ -39,7 +45,7 @@ bool printRestoreLog(const CydiaFileManager::Packages& packages, const std::opti
             fmt::print(out, "\nInstall log of {}:\n{}\n", *logOf, (*found)->installLog().value_or(""));
         }
     }
-    return allIn;
+    return allIn && failures.empty();
 }
 
 }  // namespace stowhaven

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "core/CydiaFileManager.h"
 
 #include <optional>
 #include <ostream>
@@ -8,10 +7,9 @@
 
 namespace stowhaven {
 
-// The log of a restore: a line per package of the session that went through an install,
-// with its mark; then, when asked, the install log of one package. Answers whether every
-// package went in.
-bool printRestoreLog(const CydiaFileManager::Packages& packages, const std::optional<std::string>& logOf,
-                     std::ostream& out, std::ostream& errors);
+// The log of the last restore: a line per package of the session that went through an
+// install, with its mark, and one per other failure of the restore's report; then, when
+// asked, the install log of one package. Answers whether everything went in.
+bool printRestoreLog(const std::optional<std::string>& logOf, std::ostream& out, std::ostream& errors);
 
 }  // namespace stowhaven

@@ -8,6 +8,7 @@
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/Strings.h"
+#include "restore/RestoreReport.h"
 #include "restore/StorageFetch.h"
 
 #include <fmt/format.h>
@@ -77,18 +78,21 @@ void AppStoreAppsRestoreOperation::restoreApplication(const Application& applica
     // The members carry the container's path on the device that made the backup; they go
     // below the container this device has for the bundle, and nowhere else.
     if (const auto container = deviceContainerFor(application)) {
-        unzipApplication(*path, *recorded, *container);
+        if (!unzipApplication(*path, *recorded, *container)) {
+            RestoreReport::shared().add(application.displayName() + " data", RestoreReport::kUntrustedArchive);
+        }
     } else {
         SH_LOG("<{}> is not installed on this device: its data stays in the session", application.displayName());
         FileManager::removeItem(*path);
     }
 }
 
-void AppStoreAppsRestoreOperation::unzipApplication(const std::string& archive, const std::string& recorded,
+bool AppStoreAppsRestoreOperation::unzipApplication(const std::string& archive, const std::string& recorded,
                                                     const std::string& target) {
     if (backupSession()->encryptionKey()) CydiaFileManager::decryptFileAtPath(archive);
-    extractMembers(archive, {{target}, target, componentCount(recorded)});
+    const bool unpacked = extractMembers(archive, {{target}, target, componentCount(recorded)}).has_value();
     if (!FileManager::removeItem(archive)) SH_LOG("Couldn't remove <{}>!", archive);
+    return unpacked;
 }
 
 }  // namespace stowhaven

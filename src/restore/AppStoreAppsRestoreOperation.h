@@ -17,7 +17,8 @@ public:
 private:
     void restoreApplication(const Application& application);
     // Unpacks the archive, whose members lie below the RECORDED container, into TARGET.
-    void unzipApplication(const std::string& archive, const std::string& recorded, const std::string& target);
+    // False when the archive couldn't be trusted and nothing was unpacked.
+    bool unzipApplication(const std::string& archive, const std::string& recorded, const std::string& target);
 };
 
 }  // namespace stowhaven

@@ -10,6 +10,7 @@
 #include "platform/Log.h"
 #include "platform/Strings.h"
 #include "restore/RestoreCommands.h"
+#include "restore/RestoreReport.h"
 #include "restore/StorageFetch.h"
 
 #include <algorithm>
@@ -79,7 +80,10 @@ void ArchivableFolderRestoreOperation::extractCompressedArchive(const std::strin
     const std::string inner = temporaryPath(folder.archiveName() + ".tar");
     std::vector<std::string> outerPlaces = placesOf(folder);
     outerPlaces.push_back(DeviceRoot::devicePathOf(inner));
-    extractMembers(archive, {outerPlaces});
+    if (!extractMembers(archive, {outerPlaces})) {
+        RestoreReport::shared().add(folder.name(), RestoreReport::kUntrustedArchive);
+        return;
+    }
     if (!FileManager::isRegularFile(inner)) return;
 
     std::function<bool(const std::string&)> chosen;
@@ -95,7 +99,9 @@ void ArchivableFolderRestoreOperation::extractCompressedArchive(const std::strin
             });
         };
     }
-    extractMembers(inner, {placesOf(folder)}, chosen);
+    if (!extractMembers(inner, {placesOf(folder)}, chosen)) {
+        RestoreReport::shared().add(folder.name(), RestoreReport::kUntrustedArchive);
+    }
     FileManager::removeItem(inner);
 }
 

@@ -1,5 +1,6 @@
 #include "restore/DataRestoreOperation.h"
 
+#include "archive/FileCipher.h"
 #include "core/BackupSession.h"
 #include "core/CydiaFileManager.h"
 #include "core/FileSizes.h"
@@ -14,6 +15,7 @@
 #include "platform/TemporaryDirectory.h"
 #include "restore/DataCategories.h"
 #include "restore/RestoreCommands.h"
+#include "restore/RestoreReport.h"
 
 #include <fmt/format.h>
 
@@ -65,11 +67,18 @@ std::vector<std::string> DataRestoreOperation::ownedPaths() const {
     return category ? category->ownedPaths : std::vector<std::string>{};
 }
 
-void DataRestoreOperation::mergeAndUnzipData() {
+void DataRestoreOperation::mergeAndUnzipData(std::uint64_t archiveSize) {
     if (!activeDirectory_) return;
     const std::string name = textutil::firstLetterUppered(*activeDirectory_);
+    const std::string archive = temporaryPath(name + ".tbz");
     Supervisor::shared().systemExecute(RestoreCommands::joinParts(TemporaryDirectory::path(), *activeDirectory_, name));
-    unzip(temporaryPath(name + ".tbz"), "/");
+    if (FileManager::sizeOfItem(archive) != archiveSize) {
+        FileManager::removeItem(archive);
+        failActiveKind(fmt::format("its parts couldn't be joined ({} of {} bytes; is the temporary folder full?)",
+                                   FileManager::sizeOfItem(archive), archiveSize));
+        return;
+    }
+    unzip(archive, "/");
 }
 
 void DataRestoreOperation::unzip(const std::string& archive, const std::string& target) {
@@ -79,18 +88,36 @@ void DataRestoreOperation::unzip(const std::string& archive, const std::string& 
     const std::uint64_t size = FileManager::sizeOfItem(archive);
     if (size == 0) {
         SH_LOG("<{}> is empty!", archive);
+        failActiveKind("its archive is empty");
         return;
     }
     SH_LOG("Unzipping <{} [{:.3f}Mb]> into <{}>...", archive, static_cast<double>(size) / FileSizes::kBytesPerMegabyte,
            target);
-    if (backupSession_ && backupSession_->encryptionKey()) CydiaFileManager::decryptFileAtPath(archive);
+    if (backupSession_ && backupSession_->encryptionKey()) {
+        CydiaFileManager::decryptFileAtPath(archive);
+        if (FileCipher::isEnciphered(archive)) {
+            FileManager::removeItem(archive);
+            failActiveKind("its archive couldn't be deciphered (another key, a damaged archive or a full disk)");
+            return;
+        }
+    }
 
+    bool unpacked = false;
     if (activeDirectory_ == "PREFERENCES" || activeDirectory_ == "SPRINGBOARD") {
-        SH_LOG("Restored {} file(s)!", extractSelectedFiles(archive, target));
+        const auto count = extractSelectedFiles(archive, target);
+        if (count) SH_LOG("Restored {} file(s)!", *count);
+        unpacked = count.has_value();
     } else if (extractMembers(archive, {ownedPaths(), target})) {
         restoreAlbums(archive);
+        unpacked = true;
     }
     if (!FileManager::removeItem(archive)) SH_LOG("Couldn't remove <{}>!", archive);
+    if (!unpacked) failActiveKind(RestoreReport::kUntrustedArchive);
+}
+
+void DataRestoreOperation::failActiveKind(const std::string& reason) {
+    RestoreReport::shared().add(textutil::firstLetterUppered(activeDirectory_.value_or("")) + " data", reason);
+    removeTemporaryFiles();
 }
 
 std::optional<std::vector<std::string>> DataRestoreOperation::extractMembers(
@@ -119,7 +146,7 @@ std::optional<std::vector<std::string>> DataRestoreOperation::extractMembers(
     return names;
 }
 
-std::size_t DataRestoreOperation::extractSelectedFiles(const std::string& archive, const std::string& target) {
+std::optional<std::size_t> DataRestoreOperation::extractSelectedFiles(const std::string& archive, const std::string& target) {
     const auto files = activeDirectory_ == "PREFERENCES" ? backupSession_->preferencesFileObjects()
                                                          : backupSession_->springboardDataObjects();
     std::set<std::string> wanted;
@@ -128,7 +155,7 @@ std::size_t DataRestoreOperation::extractSelectedFiles(const std::string& archiv
     }
     const auto unpacked = extractMembers(archive, {ownedPaths(), target},
                                          [&wanted](const std::string& member) { return wanted.contains(member); });
-    if (!unpacked) return 0;
+    if (!unpacked) return std::nullopt;
     for (const std::string& member : wanted) {
         if (std::find(unpacked->begin(), unpacked->end(), member) == unpacked->end()) {
             SH_LOG("Skipping </{}>: not in the archive as a file of its own", member);

@@ -49,11 +49,17 @@ protected:
     void setTotalSteps(double steps) { totalSteps_ = steps; }
     void advanceStep(const std::optional<std::string>& text);
 
-    // Joins the fetched parts of the active kind and unpacks them into the device.
-    void mergeAndUnzipData();
+    // Joins the fetched parts of the active kind, ARCHIVE_SIZE bytes in all, and unpacks
+    // them into the device. A join that comes out short (a full temporary folder) unpacks
+    // nothing.
+    void mergeAndUnzipData(std::uint64_t archiveSize);
     // Deciphers ARCHIVE when the session has a key, unpacks it into the device folder
     // TARGET ("/" for archives whose members carry whole device paths) and removes it.
+    // An archive that is empty, isn't deciphered or can't be trusted as a whole unpacks
+    // nothing and fails the active kind.
     void unzip(const std::string& archive, const std::string& target);
+    // The active kind goes into the restore's report with REASON, and its working files go.
+    void failActiveKind(const std::string& reason);
     // Unpacks into the device the members of ARCHIVE that PLACEMENT allows and, when
     // given, CHOSEN keeps, and gives them the owner of the place they land in; answers the
     // names unpacked, or nothing, with a log line, when the archive can't be trusted.
@@ -71,8 +77,9 @@ protected:
     std::int64_t currentStepIdx_ = 0;
 
 private:
-    // Unpacks the chosen preference or SpringBoard files; answers how many.
-    std::size_t extractSelectedFiles(const std::string& archive, const std::string& target);
+    // Unpacks the chosen preference or SpringBoard files; answers how many, or nothing when
+    // the archive can't be trusted.
+    std::optional<std::size_t> extractSelectedFiles(const std::string& archive, const std::string& target);
     void restoreAlbums(const std::string& archive);
 
     double totalSteps_ = 0;

@@ -75,13 +75,16 @@ void IndexedDataRestoreOperation::processDataIndexFile() {
         SH_LOG("No <{}> INDEX FILE found!", name);
         return;
     }
+    // Every part the index names must be there, whole, before anything is joined: an
+    // archive with a part missing would unpack what precedes the gap.
+    std::uint64_t archiveSize = 0;
     std::size_t position = 0;
     for (const std::string& part : parts) {
         if (supervisor.isCanceled()) return;
         // A part's name comes from storage: only the kind's own part names are fetched.
         if (!part.starts_with(name + "-") || !ShellQuote::plainPath(part)) {
-            SH_LOG("Skipping part <{}> of <{}>", part, name);
-            continue;
+            failActiveKind(fmt::format("its index names <{}>, which is no part of it", part));
+            return;
         }
         ++position;
         supervisor.notifyProgress(
@@ -89,9 +92,15 @@ void IndexedDataRestoreOperation::processDataIndexFile() {
                                       textutil::firstLetterUppered(name), parts.size(),
                                       CydiaFileManager::shared().splitSizeInMegaBytes(), position, parts.size()));
         engine()->loadFile(part, *sessionDate(), name);
+        const std::uint64_t size = FileManager::sizeOfItem(temporaryPath(part));
+        if (!FileManager::isRegularFile(temporaryPath(part)) || size == 0) {
+            failActiveKind(fmt::format("its part <{}> couldn't be fetched", part));
+            return;
+        }
+        archiveSize += size;
     }
     SH_LOG("\tProcessing <{}> data...", name);
-    mergeAndUnzipData();
+    mergeAndUnzipData(archiveSize);
     supervisor.removeTemporaryFiles();
     supervisor.removeTemporaryFolders();
 }

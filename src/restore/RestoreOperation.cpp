@@ -14,6 +14,7 @@
 #include "restore/IndexedDataRestoreOperation.h"
 #include "restore/PackagesRestoreOperation.h"
 #include "restore/RestoreCommands.h"
+#include "restore/RestoreReport.h"
 #include "restore/SourcesRestoreOperation.h"
 
 #include <fmt/format.h>
@@ -66,6 +67,7 @@ void RestoreOperation::main() {
     fIsFinished_ = false;
     timing_ = now();
     supervisor.resetCancelStatus();
+    RestoreReport::shared().clear();
     supervisor.notifyProgress(0.0, std::string());
     const auto engine = supervisor.currentStorageEngine();
 

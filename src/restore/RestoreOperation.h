@@ -14,7 +14,7 @@ class DataRestoreOperation;
 // One whole restore of the current session: sources first, then packages, then on file
 // engines the indexed data, the applications and the tweak places, one at a time on a
 // serial queue of its own. It has no outcome of its own: what failed shows in each
-// package's install log and in the log. It always ends with "DONE_MESSAGE" and
+// package's install log, in the restore's report and in the log. It always ends with "DONE_MESSAGE" and
 // "RESTORE_DONE", after giving the data folders back to the user "mobile".
 class RestoreOperation final : public Operation {
 public:
