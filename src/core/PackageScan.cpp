@@ -26,15 +26,20 @@ std::optional<std::vector<std::string>> PackageScan::lines() {
         SH_LOG("Unable to load description from <{}>", file);
         return std::nullopt;
     }
+    auto result = linesOf(*text);
+    SH_LOG("# current pkg(s): {}", result.size());
+    return result;
+}
+
+std::vector<std::string> PackageScan::linesOf(std::string_view output) {
     std::vector<std::string> result;
     std::size_t start = 0;
-    while (start < text->size()) {
-        const auto end = text->find('\n', start);
-        const auto stop = end == std::string::npos ? text->size() : end;
-        if (stop > start) result.push_back(text->substr(start, stop - start));
+    while (start < output.size()) {
+        const auto end = output.find('\n', start);
+        const auto stop = end == std::string_view::npos ? output.size() : end;
+        if (stop > start) result.emplace_back(output.substr(start, stop - start));
         start = stop + 1;
     }
-    SH_LOG("# current pkg(s): {}", result.size());
     return result;
 }
 

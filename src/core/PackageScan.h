@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace stowhaven {
@@ -27,6 +28,8 @@ public:
 
     // The raw lines, or nothing (with a log line) when the scan left no file.
     static std::optional<std::vector<std::string>> lines();
+    // The non-empty lines of the scan's output.
+    static std::vector<std::string> linesOf(std::string_view output);
 
     // Splits a line at its tabs; a line with fewer than seven fields gives nothing.
     static std::optional<ScanLine> parse(const std::string& line);

@@ -82,8 +82,12 @@ DeviceItems::Sources DeviceItems::repositorySources() {
         SH_LOG("Couldn't read current user repos @ <{}>!", kCydiaPreferencesPath);
         return {};
     }
+    return sourcesIn(*sources->asDictionary());
+}
+
+DeviceItems::Sources DeviceItems::sourcesIn(const PlistValue::Dictionary& cydiaSources) {
     Sources found;
-    for (const auto& [key, value] : *sources->asDictionary()) {
+    for (const auto& [key, value] : cydiaSources) {
         const auto* source = value.asDictionary();
         if (source == nullptr) continue;
         const std::string* distribution = stringForKey(*source, "Distribution");

@@ -26,6 +26,9 @@ public:
     static PreferenceFiles springboardFiles();
     // The package manager's sources, but the "stable" one of the system's own source.
     static Sources repositorySources();
+    // The sources of the package manager's "CydiaSources" setting, as repositorySources()
+    // takes them.
+    static Sources sourcesIn(const PlistValue::Dictionary& cydiaSources);
     // The package manager's sections, as its settings keep them; null without any.
     static PlistValue cydiaSections();
 };

@@ -37,7 +37,7 @@ std::optional<std::vector<TarListing::Member>> readMembers(const std::string& ar
     return std::nullopt;
 }
 
-// How many members tar itself reads, one a line (names with a line break are escaped).
+// How many members tar itself reads.
 std::optional<std::size_t> countedByTar(const std::string& archive) {
     Supervisor& supervisor = Supervisor::shared();
     const std::string list = supervisor.getTemporaryFileName(true) + ".list";
@@ -45,13 +45,16 @@ std::optional<std::size_t> countedByTar(const std::string& archive) {
                                          ShellQuote::quoted(archive), ShellQuote::quoted(list)));
     const auto text = FileManager::contentsOfFile(list);
     FileManager::removeItem(list);
-    if (!text) return std::nullopt;
-    if (*text == kListedMark.substr(1)) return 0;
-    if (!text->ends_with(kListedMark)) return std::nullopt;
-    return static_cast<std::size_t>(std::count(text->begin(), text->end(), '\n')) - 1;
+    return text ? membersInTarOutput(*text) : std::nullopt;
 }
 
 }  // namespace
+
+std::optional<std::size_t> membersInTarOutput(std::string_view output) {
+    if (output == kListedMark.substr(1)) return 0;
+    if (!output.ends_with(kListedMark)) return std::nullopt;
+    return static_cast<std::size_t>(std::count(output.begin(), output.end(), '\n')) - 1;
+}
 
 std::optional<std::vector<TarListing::Member>> listArchiveMembers(const std::string& archive) {
     std::string error;

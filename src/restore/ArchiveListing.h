@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace stowhaven {
@@ -14,5 +15,10 @@ namespace stowhaven {
 // itself reads from the archive. A listing that fails, for whatever reason (a damaged
 // archive, a full temporary folder), never lets anything through.
 std::optional<std::vector<TarListing::Member>> listArchiveMembers(const std::string& archive);
+
+// How many members tar read, from what `tar -tf --quoting-style=escape` printed followed by
+// the line "Listed": one a line, since that style escapes a line break inside a name.
+// Nothing when the mark isn't there, for tar stopped before the end of the archive.
+std::optional<std::size_t> membersInTarOutput(std::string_view output);
 
 }  // namespace stowhaven

@@ -13,6 +13,7 @@
 #include "platform/Log.h"
 #include "platform/Strings.h"
 #include "platform/plist/PlistCodec.h"
+#include "restore/AptSourceList.h"
 #include "restore/RestoreCommands.h"
 
 #include <fmt/format.h>
@@ -80,18 +81,15 @@ void addLineNamedSource(const std::string& name, PlistValue::Dictionary& cydiaSo
 // Adds the line to the apt list unless a line of it says the same.
 void appendToList(const std::string& line) {
     const std::string path = DeviceRoot::path(kCydiaListPath);
-    std::string text = FileManager::contentsOfFile(path).value_or("");
-    for (const std::string& present : textutil::split(text, '\n')) {
-        if (textutil::trimmed(present) == textutil::trimmed(line)) {
-            SH_LOG("<{}> already holds <{}>", path, line);
-            return;
-        }
+    const std::string text = FileManager::contentsOfFile(path).value_or("");
+    if (AptSourceList::holds(text, line)) {
+        SH_LOG("<{}> already holds <{}>", path, line);
+        return;
     }
-    if (!text.empty() && !text.ends_with('\n')) text += '\n';
-    text += line + "\n";
     const auto ownership = FileOwnership::read(path);
     std::string error;
-    if (!FileManager::writeFile(path, text, &error, ownership ? ownership->permissions : 0644)) {
+    if (!FileManager::writeFile(path, AptSourceList::withLine(text, line), &error,
+                                ownership ? ownership->permissions : 0644)) {
         SH_LOG("Couldn't add <{}> to <{}>: {}", line, path, error);
         return;
     }
