@@ -30,6 +30,8 @@ Node checked(plist_t node) {
     return checked(Node(node));
 }
 
+// Both ways: libplist keeps C strings and writes UTF-8 as UTF-16, so text that breaks
+// either rule can't be written, and text read with it would make the whole value unwritable.
 const char* checkedText(const std::string& text) {
     if (text.find('\0') != std::string::npos) throw Refusal{"text with a NUL"};
     if (!isValidUtf8(text)) throw Refusal{"text that isn't UTF-8"};
@@ -97,7 +99,9 @@ PlistValue decodeInteger(plist_t node) {
 PlistValue decodeText(plist_t node) {
     std::uint64_t length = 0;
     const char* text = plist_get_string_ptr(node, &length);
-    return std::string(text == nullptr ? "" : text, text == nullptr ? 0 : length);
+    const std::string value(text == nullptr ? "" : text, text == nullptr ? 0 : length);
+    checkedText(value);
+    return value;
 }
 
 PlistValue decodeData(plist_t node) {
@@ -139,7 +143,9 @@ PlistValue decodeDictionary(plist_t node) {
         const Malloced<char> key(rawKey);
         if (element == nullptr) break;
         if (!key) throw Refusal{"a dictionary entry without a key"};
-        dictionary.insert_or_assign(std::string(key.get()), decode(element));
+        std::string name(key.get());
+        checkedText(name);
+        dictionary.insert_or_assign(std::move(name), decode(element));
     }
     if (dictionary.size() == 1 && dictionary.begin()->first == kUidKey) {
         if (const auto uid = dictionary.begin()->second.asUnsignedInteger()) return PlistValue::uid(*uid);

@@ -17,6 +17,8 @@ namespace stowhaven::libplist {
 Node nodeFromValue(const PlistValue& value, std::size_t maximumDepth, std::string& reason);
 
 // A dictionary whose one key is "CF$UID", the XML spelling of a UID, becomes a UID.
+// Nothing, with the reason, for what nodeFromValue() would refuse to write back: a string
+// or key that isn't UTF-8 or holds a NUL.
 std::optional<PlistValue> valueFromNode(plist_t node, std::string& reason);
 
 }  // namespace stowhaven::libplist

@@ -93,6 +93,16 @@ TEST(PlistHostileInputTest, RefusesObjectTablesThatPointAstray) {
     expectRefused(topAstray, "a top object beyond the objects");
 }
 
+TEST(PlistHostileInputTest, RefusesTextItCouldNotWriteBack) {
+    // Read, such text would leave a value that no writer takes: settings that hold it could
+    // never be changed again.
+    expectRefused("<plist><dict><key>Dropbox\xff\xff\xff+</key><integer>1</integer></dict></plist>",
+                  "an XML key that isn't UTF-8");
+    expectRefused("<plist><array><string>\xc3</string></array></plist>", "an XML string cut inside a character");
+    expectRefused(binaryPlist({"\xd1\x01\x02", "\x51\xff", "\x10\x05"}), "a binary key beyond ASCII");
+    expectRefused(binaryPlist({"\x51\xff"}), "an ASCII string beyond ASCII");
+}
+
 TEST(PlistHostileInputTest, RefusesDeepNestingBeforeLibplistRecursesIntoIt) {
     // Deep enough to overflow the stack of libplist's reader and of its free().
     expectRefused(chainOfArrays(100000), "100000 nested binary arrays");
