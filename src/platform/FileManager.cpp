@@ -1,11 +1,16 @@
 #include "platform/FileManager.h"
 
+#include "platform/FileDescriptor.h"
+#include "platform/Log.h"
+
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -32,6 +37,43 @@ FileType typeOf(mode_t mode) {
     if (S_ISDIR(mode)) return FileType::Directory;
     if (S_ISLNK(mode)) return FileType::SymbolicLink;
     return FileType::Other;
+}
+
+constexpr std::string_view kUnfinishedWriteMark = ".partial-";
+// The six letters or digits that mkstemp puts in place of "XXXXXX".
+constexpr std::size_t kUniqueLength = 6;
+
+bool isUniquePart(std::string_view text) {
+    return text.size() == kUniqueLength &&
+           std::all_of(text.begin(), text.end(), [](char c) { return std::isalnum(static_cast<unsigned char>(c)); });
+}
+
+// The target of a temporary file named ".<target>.partial-XXXXXX"; nothing for any other name.
+std::optional<std::string> targetOfUnfinishedWrite(std::string_view name) {
+    const std::size_t mark = name.rfind(kUnfinishedWriteMark);
+    if (!name.starts_with('.') || mark == std::string_view::npos || mark < 2) return std::nullopt;
+    if (!isUniquePart(name.substr(mark + kUnfinishedWriteMark.size()))) return std::nullopt;
+    return std::string(name.substr(1, mark - 1));
+}
+
+bool writeAll(int descriptor, const std::string& bytes) {
+    std::size_t written = 0;
+    while (written < bytes.size()) {
+        const ssize_t count = ::write(descriptor, bytes.data() + written, bytes.size() - written);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return false;
+        if (count == 0) {
+            errno = ENOSPC;
+            return false;
+        }
+        written += static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+bool syncFolder(const std::string& folder) {
+    const FileDescriptor descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return descriptor.isOpen() && fsync(descriptor.get()) == 0;
 }
 
 }  // namespace
@@ -194,26 +236,45 @@ std::optional<std::string> FileManager::headOfFile(const std::string& path, std:
 }
 
 bool FileManager::writeFile(const std::string& path, const std::string& bytes, std::string* error, unsigned mode) {
-    std::string temporary = path + ".XXXXXX";
-    const int descriptor = mkstemp(temporary.data());
-    if (descriptor < 0) return fail(error, "Couldn't write", path, std::strerror(errno));
-    fchmod(descriptor, mode);
-    std::size_t written = 0;
-    while (written < bytes.size()) {
-        const ssize_t count = ::write(descriptor, bytes.data() + written, bytes.size() - written);
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) break;
-        written += static_cast<std::size_t>(count);
-    }
-    const bool complete = written == bytes.size() && fsync(descriptor) == 0;
-    const int savedErrno = errno;
-    close(descriptor);
-    if (!complete || rename(temporary.c_str(), path.c_str()) != 0) {
-        const int reason = complete ? errno : savedErrno;
+    const fs::path target(path);
+    const std::string folder = target.has_parent_path() ? target.parent_path().string() : ".";
+    // Another program's sweep may take the temporary file in the instant between its making
+    // and its lock; the rename then finds nothing, and the write is made once more.
+    for (int attempt = 1;; ++attempt) {
+        std::string temporary = folder + "/." + target.filename().string() + std::string(kUnfinishedWriteMark) + "XXXXXX";
+        const FileDescriptor file(mkostemp(temporary.data(), O_CLOEXEC));
+        if (!file.isOpen()) return fail(error, "Couldn't write", path, std::strerror(errno));
+        flock(file.get(), LOCK_EX);
+        if (fchmod(file.get(), static_cast<mode_t>(mode)) != 0 || !writeAll(file.get(), bytes) ||
+            fsync(file.get()) != 0) {
+            const int reason = errno;
+            unlink(temporary.c_str());
+            return fail(error, "Couldn't write", path, std::strerror(reason));
+        }
+        if (rename(temporary.c_str(), path.c_str()) == 0) break;
+        const int reason = errno;
         unlink(temporary.c_str());
-        return fail(error, "Couldn't write", path, std::strerror(reason));
+        if (reason != ENOENT || attempt == 2) return fail(error, "Couldn't write", path, std::strerror(reason));
     }
+    // The new name lasts through a power loss only once the folder is on disk too.
+    if (!syncFolder(folder)) return fail(error, "Couldn't flush the folder of", path, std::strerror(errno));
     return true;
+}
+
+void FileManager::removeUnfinishedWrites(const std::string& folder,
+                                         const std::function<bool(const std::string& target)>& of) {
+    for (const std::string& name : contentsOfDirectory(folder).value_or(std::vector<std::string>{})) {
+        const auto target = targetOfUnfinishedWrite(name);
+        if (!target || !of(*target)) continue;
+        const std::string path = folder + "/" + name;
+        // Opened without following a link, and removed only while its lock is ours: a writer
+        // that still runs holds that lock until its rename.
+        const FileDescriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        struct stat info {};
+        if (!file.isOpen() || fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode)) continue;
+        if (flock(file.get(), LOCK_EX | LOCK_NB) != 0) continue;
+        if (unlink(path.c_str()) == 0) SH_LOG("Removed <{}>, left by a write that didn't end", path);
+    }
 }
 
 }  // namespace stowhaven

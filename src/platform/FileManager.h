@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -64,9 +65,18 @@ public:
     static std::optional<std::string> contentsOfFile(const std::string& path, std::string* error = nullptr);
     // At most the first COUNT bytes of a file; nothing when it can't be read.
     static std::optional<std::string> headOfFile(const std::string& path, std::size_t count);
-    // Atomically: into a temporary file beside the target, then renamed over it.
+    // Replaces the file at PATH so that a crash or a kill at any moment leaves either the old
+    // file or the new one whole: the bytes go into a temporary file beside the target, named
+    // ".<name>.partial-XXXXXX", which is given MODE, flushed to disk and renamed over the
+    // target; then the folder is flushed. The temporary file is locked (flock) while the
+    // write is under way, so that removeUnfinishedWrites of another process leaves it alone.
     static bool writeFile(const std::string& path, const std::string& bytes, std::string* error = nullptr,
                           unsigned mode = 0644);
+    // Removes from FOLDER, with a log line each, the temporary files of writes whose process
+    // died before the rename, for the target names that OF accepts. Only plain files named
+    // exactly as writeFile names them go; a write still under way is left alone.
+    static void removeUnfinishedWrites(const std::string& folder,
+                                       const std::function<bool(const std::string& target)>& of);
 };
 
 }  // namespace stowhaven

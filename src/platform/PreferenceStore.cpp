@@ -154,6 +154,12 @@ const PlistValue* PreferenceStore::lookup(std::string_view key) const {
 void PreferenceStore::load() {
     stored_.clear();
     unwritten_ = false;
+    // A write that a kill cut short leaves its temporary file beside the settings, which
+    // are whole: the old or the new.
+    const std::filesystem::path settings(path_);
+    FileManager::removeUnfinishedWrites(settings.parent_path().string(), [&settings](const std::string& target) {
+        return target == settings.filename().string();
+    });
     if (!FileManager::fileExists(path_)) return;
     tightenMode(path_);
     auto contents = PlistCodec::readFile(path_);

@@ -1,5 +1,6 @@
 #include "platform/PrivateFolder.h"
 
+#include "platform/FileDescriptor.h"
 #include "platform/Log.h"
 
 #include <fcntl.h>
@@ -20,26 +21,6 @@ constexpr mode_t kPrivateMode = 0700;
 // being fought over, and is given up.
 constexpr int kAttempts = 3;
 constexpr int kAsideNames = 100;
-
-class Descriptor {
-public:
-    explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
-    ~Descriptor() {
-        if (descriptor_ >= 0) ::close(descriptor_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    Descriptor(Descriptor&& other) noexcept : descriptor_(other.descriptor_) { other.descriptor_ = -1; }
-    Descriptor& operator=(Descriptor&& other) noexcept {
-        std::swap(descriptor_, other.descriptor_);
-        return *this;
-    }
-
-    int get() const { return descriptor_; }
-
-private:
-    int descriptor_ = -1;
-};
 
 bool isOwn(const struct stat& status) {
     return S_ISDIR(status.st_mode) && status.st_uid == ::geteuid() && (status.st_mode & 07777) == kPrivateMode;
@@ -92,19 +73,19 @@ bool moveAside(int parent, const std::string& name, const std::string& path) {
 }
 
 // The folder NAME in PARENT, the program's own, opened; -1 with a log line when it can't be.
-Descriptor openOwnFolder(int parent, const std::string& name, const std::string& path) {
+FileDescriptor openOwnFolder(int parent, const std::string& name, const std::string& path) {
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         if (::mkdirat(parent, name.c_str(), kPrivateMode) != 0 && errno != EEXIST) {
             SH_LOG("Couldn't create <{}>: {}", path, std::strerror(errno));
-            return Descriptor(-1);
+            return FileDescriptor();
         }
-        Descriptor folder(::openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+        FileDescriptor folder(::openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
         struct stat status {};
         if (folder.get() >= 0 && ::fstat(folder.get(), &status) == 0 && isOwn(status)) return folder;
-        if (!moveAside(parent, name, path)) return Descriptor(-1);
+        if (!moveAside(parent, name, path)) return FileDescriptor();
     }
     SH_LOG("Couldn't make <{}> the program's own folder", path);
-    return Descriptor(-1);
+    return FileDescriptor();
 }
 
 }  // namespace
@@ -112,7 +93,7 @@ Descriptor openOwnFolder(int parent, const std::string& name, const std::string&
 bool PrivateFolder::make(const std::string& base, const std::vector<std::string>& names) {
     std::error_code error;
     std::filesystem::create_directories(base, error);
-    Descriptor folder(::open(base.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    FileDescriptor folder(::open(base.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (folder.get() < 0) {
         SH_LOG("Couldn't open <{}>: {}", base, std::strerror(errno));
         return false;

@@ -38,6 +38,13 @@ void collectHistoryFiles(const std::string& folder, const std::string& relative,
     }
 }
 
+// A history write that a kill cut short leaves its temporary file beside the history files;
+// the folder may be one the user shares, so only those go.
+void removeUnfinishedHistoryWrites(const std::string& folder) {
+    FileManager::removeUnfinishedWrites(
+        folder, [](const std::string& target) { return target.ends_with(StorageLayout::kHistoryFileSuffix); });
+}
+
 }  // namespace
 
 std::shared_ptr<LocalStorageHelper> LocalStorageHelper::createLocalStorageHelper() {
@@ -96,6 +103,7 @@ void LocalStorageHelper::createStorageFolder() {
     const std::string folder = storagePath();
     if (FileManager::fileExists(folder)) {
         SH_LOG("Found <{}>!", folder);
+        removeUnfinishedHistoryWrites(folder);
         return;
     }
     // A folder made here is the program's own; one found in place is left as it is (the

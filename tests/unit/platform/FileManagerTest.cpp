@@ -1,7 +1,11 @@
 #include "platform/FileManager.h"
 #include "support/TestFolder.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/mount.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -72,6 +76,50 @@ TEST_F(FileManagerTest, AFailedWriteLeavesWhatStoodThereAndNoLitter) {
     EXPECT_EQ(*FileManager::contentsOfFile(folder_ / "occupied/inside"), "old");
     EXPECT_FALSE(FileManager::writeFile(folder_ / "missing/file", "new"));
     EXPECT_EQ(FileManager::contentsOfDirectory(folder_.path()), (std::vector<std::string>{"occupied"}));
+}
+
+TEST_F(FileManagerTest, AWriteThatFillsTheDiskLeavesTheOldFileWholeAndNoLitter) {
+    if (geteuid() != 0) GTEST_SKIP() << "mounting a file system needs root";
+    const std::string disk = folder_ / "disk";
+    fs::create_directory(disk);
+    if (mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=64k") != 0) GTEST_SKIP() << "mounting isn't allowed here";
+    struct Unmount {
+        std::string path;
+        ~Unmount() { umount(path.c_str()); }
+    } unmount{disk};
+    const std::string old(16 * 1024, 'o');
+    ASSERT_TRUE(FileManager::writeFile(disk + "/settings.plist", old, nullptr, 0600));
+
+    std::string error;
+    EXPECT_FALSE(FileManager::writeFile(disk + "/settings.plist", std::string(128 * 1024, 'n'), &error, 0600));
+    EXPECT_NE(error.find("No space left"), std::string::npos) << error;
+    EXPECT_EQ(FileManager::contentsOfFile(disk + "/settings.plist"), old);
+    EXPECT_EQ(FileManager::contentsOfDirectory(disk), (std::vector<std::string>{"settings.plist"}));
+}
+
+// What a write that a kill cut short leaves, beside what only looks like it.
+TEST_F(FileManagerTest, OnlyTheTemporaryFilesOfDeadWritesToTheTargetsAskedForAreRemoved) {
+    for (const char* name : {".settings.plist.partial-AbC123", ".settings.plist.partial-LiVe12",
+                             ".other.plist.partial-AbC123", "settings.plist.partial-AbC123",
+                             ".settings.plist.partial-AbC12", ".settings.plist.partial-AbC12!", "elsewhere"}) {
+        write(name, "half");
+    }
+    fs::create_directory(folder_ / ".settings.plist.partial-Dir123");
+    fs::create_symlink(folder_ / "elsewhere", folder_ / ".settings.plist.partial-Lnk123");
+    // A write still under way holds the lock on its temporary file.
+    const int live = open((folder_ / ".settings.plist.partial-LiVe12").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(flock(live, LOCK_EX), 0);
+
+    FileManager::removeUnfinishedWrites(folder_.path(),
+                                        [](const std::string& target) { return target == "settings.plist"; });
+    close(live);
+
+    EXPECT_EQ(FileManager::contentsOfDirectory(folder_.path()),
+              (std::vector<std::string>{".other.plist.partial-AbC123", ".settings.plist.partial-AbC12",
+                                        ".settings.plist.partial-AbC12!", ".settings.plist.partial-Dir123",
+                                        ".settings.plist.partial-LiVe12", ".settings.plist.partial-Lnk123",
+                                        "elsewhere", "settings.plist.partial-AbC123"}));
+    EXPECT_EQ(FileManager::contentsOfFile(folder_ / "elsewhere"), "half");
 }
 
 TEST_F(FileManagerTest, ReadingAFolderOrNothingFailsCleanly) {
