@@ -1,6 +1,7 @@
 #include "core/TemporarySweep.h"
 
 #include "platform/FileManager.h"
+#include "platform/JobLock.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "platform/ShellQuote.h"
@@ -17,6 +18,30 @@ namespace {
 std::string_view extensionOf(std::string_view name) {
     const auto dot = name.rfind('.');
     return dot == std::string_view::npos || dot == 0 ? std::string_view() : name.substr(dot + 1);
+}
+
+bool removeMatching(const std::function<bool(const std::string& name)>& matches) {
+    const std::string folder = TemporaryDirectory::path();
+    std::string error;
+    const auto names = FileManager::contentsOfDirectory(folder, &error);
+    if (!names) {
+        SH_LOG("{}", error);
+        return false;
+    }
+    for (const std::string& name : *names) {
+        if (!matches(name)) continue;
+        const std::string path = folder + "/" + name;
+        if (!FileManager::removeItem(path)) SH_LOG("Can't delete <{}>", path);
+    }
+    return true;
+}
+
+// The temporary folder holds the working files of a job that another program may be running
+// now: while one runs, the folder is left as it is.
+void unlessAnotherProgramsJobRuns(const std::function<void()>& sweep) {
+    if (const auto running = JobLock::unlessAnotherProcessRunsAJob(sweep)) {
+        SH_LOG("Leaving <{}> as it is: {}", TemporaryDirectory::path(), *running);
+    }
 }
 
 }  // namespace
@@ -37,37 +62,31 @@ std::string TemporarySweep::shellSweepCommand(const std::string& folder) {
 }
 
 bool TemporarySweep::removeTemporaryFilesMatching(const std::function<bool(const std::string& name)>& matches) {
-    const std::string folder = TemporaryDirectory::path();
-    std::string error;
-    const auto names = FileManager::contentsOfDirectory(folder, &error);
-    if (!names) {
-        SH_LOG("{}", error);
-        return false;
-    }
-    for (const std::string& name : *names) {
-        if (!matches(name)) continue;
-        const std::string path = folder + "/" + name;
-        if (!FileManager::removeItem(path)) SH_LOG("Can't delete <{}>", path);
-    }
-    return true;
+    bool listed = false;
+    unlessAnotherProgramsJobRuns([&] { listed = removeMatching(matches); });
+    return listed;
 }
 
 void TemporarySweep::removeTemporaryFiles() {
-    if (removeTemporaryFilesMatching(isSweptName)) {
-        Platform::current().shell().systemExecute(shellSweepCommand(TemporaryDirectory::path()));
-    }
+    unlessAnotherProgramsJobRuns([] {
+        if (removeMatching(isSweptName)) {
+            Platform::current().shell().systemExecute(shellSweepCommand(TemporaryDirectory::path()));
+        }
+    });
 }
 
 void TemporarySweep::removeTemporaryFolders() {
-    const std::string folder = TemporaryDirectory::path();
-    for (const char* name : {"debs", "Photos", "Videos"}) {
-        const std::string path = folder + "/" + name;
-        if (!FileManager::fileExists(path)) {
-            SH_LOG("Can't find <{}>", path);
-        } else if (!FileManager::removeItem(path)) {
-            SH_LOG("Can't delete <{}>", path);
+    unlessAnotherProgramsJobRuns([] {
+        const std::string folder = TemporaryDirectory::path();
+        for (const char* name : {"debs", "Photos", "Videos"}) {
+            const std::string path = folder + "/" + name;
+            if (!FileManager::fileExists(path)) {
+                SH_LOG("Can't find <{}>", path);
+            } else if (!FileManager::removeItem(path)) {
+                SH_LOG("Can't delete <{}>", path);
+            }
         }
-    }
+    });
 }
 
 }  // namespace stowhaven

@@ -6,7 +6,8 @@
 namespace stowhaven {
 
 // The sweep of the program's temporary folder, at start, on cancel and when the program
-// leaves. It deletes broadly inside that folder, and never outside it.
+// leaves. It deletes broadly inside that folder, and never outside it; and not at all while
+// another program runs a backup or a restore, whose working files the folder holds.
 class TemporarySweep {
 public:
     // Deletes the entries that the system's working files are named like, then runs the

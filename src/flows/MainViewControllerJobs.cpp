@@ -6,6 +6,7 @@
 #include "core/Supervisor.h"
 #include "flows/MainAlerts.h"
 #include "flows/OperationRestrictions.h"
+#include "platform/JobLock.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "platform/Strings.h"
@@ -16,8 +17,20 @@
 
 namespace stowhaven {
 
+namespace {
+
+void stopObserving(std::optional<NotificationCenter::ObserverToken>& observer) {
+    if (!observer) return;
+    NotificationCenter::defaultCenter().removeObserver(*observer);
+    observer.reset();
+}
+
+}  // namespace
+
+// A job that another program runs on the device is said before any question is asked.
 bool MainViewController::hasOperationRestrictions() {
-    const auto restriction = operationRestriction();
+    auto restriction = operationRestriction();
+    if (!restriction) restriction = JobLock::jobOfAnotherProcess();
     if (!restriction) return false;
     Supervisor::showAlert(Strings::localized("OPERATION_UNAVAILABLE_TITLE"), *restriction);
     return true;
@@ -61,7 +74,19 @@ void MainViewController::doRestore() {
     startJob(std::make_shared<RestoreOperation>());
 }
 
+// Only one backup or restore runs on a device at a time, across programs: the job holds the
+// lock from here to its end, which the job's queue marks by running one last operation
+// that lets go of it.
 void MainViewController::startJob(std::shared_ptr<Operation> job) {
+    const char* kind = std::dynamic_pointer_cast<BackupOperation>(job) ? "backup" : "restore";
+    std::string refusal;
+    std::shared_ptr<JobLock> lock = JobLock::take(kind, Platform::current().clock().date(), refusal);
+    if (!lock) {
+        SH_LOG("No {} started: {}", kind, refusal);
+        stopObserving(backupDoneObserver_);
+        Supervisor::showAlert(Strings::localized("OPERATION_UNAVAILABLE_TITLE"), refusal);
+        return;
+    }
     working_ = true;
     screen_->showWorking(true);
     screen_->setJobButtonsEnabled(false);
@@ -69,6 +94,7 @@ void MainViewController::startJob(std::shared_ptr<Operation> job) {
     if (Supervisor::shared().isNetworkStorage()) screen_->showNetworkActivity(true);
     jobQueue_ = std::make_unique<OperationQueue>();
     jobQueue_->addOperation(std::move(job));
+    jobQueue_->addOperation([lock]() mutable { lock.reset(); });
 }
 
 void MainViewController::resetOperationStatus() {
@@ -83,10 +109,7 @@ void MainViewController::handleBackupDone() {
     screen_->showNetworkActivity(false);
     resetOperationStatus();
     updateLabels();
-    if (backupDoneObserver_) {
-        NotificationCenter::defaultCenter().removeObserver(*backupDoneObserver_);
-        backupDoneObserver_.reset();
-    }
+    stopObserving(backupDoneObserver_);
     if (const auto engine = supervisor.currentStorageEngine()) engine->hideProgress();
     if (supervisor.isCanceled()) {
         ask(MainAlerts::fixed(MainAlerts::kOperationCanceled));

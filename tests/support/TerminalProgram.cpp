@@ -37,7 +37,7 @@ TerminalProgram::TerminalProgram(const std::string& arguments) {
 
 TerminalProgram::~TerminalProgram() {
     if (child_ > 0) {
-        kill(child_, SIGKILL);
+        signal(SIGKILL);
         waitpid(child_, nullptr, 0);
     }
     if (terminal_ >= 0) close(terminal_);
@@ -66,6 +66,12 @@ void TerminalProgram::type(const std::string& text) const {
         if (count <= 0) return;
         written += static_cast<std::size_t>(count);
     }
+}
+
+// The shell that runs the program leads a session of its own on the terminal: its process
+// group holds the program and every tool the program starts.
+void TerminalProgram::signal(int number) const {
+    if (child_ > 0) kill(-child_, number);
 }
 
 int TerminalProgram::finish() {

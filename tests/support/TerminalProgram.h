@@ -12,7 +12,7 @@ class TerminalProgram {
 public:
     // Starts the program with ARGUMENTS, a command-line text.
     explicit TerminalProgram(const std::string& arguments);
-    // Ends the program if it still runs.
+    // Ends the program, and the tools it runs, if it still runs.
     ~TerminalProgram();
     TerminalProgram(const TerminalProgram&) = delete;
     TerminalProgram& operator=(const TerminalProgram&) = delete;
@@ -21,8 +21,12 @@ public:
     // first, or shows nothing new for two minutes.
     bool waitFor(const std::string& text, int count = 1);
     void type(const std::string& text) const;
-    // Reads the screen to the program's end and answers its exit status.
+    // Reads the screen to the program's end and answers its exit status; -1 when a signal
+    // ended it.
     int finish();
+    // Sends the signal to the program and to the tools it runs, all at once: SIGSTOP holds
+    // them where they are, SIGKILL ends them as a crash would.
+    void signal(int number) const;
 
     // Everything the screen showed so far, logs included with --verbose.
     const std::string& screen() const { return screen_; }
