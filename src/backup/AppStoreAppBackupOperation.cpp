@@ -55,8 +55,11 @@ bool AppStoreAppBackupOperation::zipApplication(Application& application, const 
     // Both data folders go in, whatever the application's choice of them says.
     supervisor.systemExecute(BackupCommands::applicationArchive(target, application.documentPath().value_or(""),
                                                                 application.libraryPath().value_or("")));
-    encrypt(application.displayName(), target);
-    return FileManager::isRegularFile(target);
+    if (!FileManager::isRegularFile(target)) {
+        fail("tar", "archive", application.displayName());
+        return false;
+    }
+    return sealArchive(application.displayName(), target);
 }
 
 }  // namespace stowhaven

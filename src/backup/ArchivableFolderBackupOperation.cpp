@@ -87,7 +87,7 @@ std::optional<std::string> ArchivableFolderBackupOperation::zipSelectedContent(c
     const std::string archive = temporaryPath(folder.archiveName() + ".tbz");
     supervisor.deleteFileAtPath(archive);
     supervisor.systemExecute(BackupCommands::nestedArchive(inner, archive));
-    encrypt(folder.name(), archive);
+    if (!sealArchive(folder.name(), archive)) return std::nullopt;
     return archive;
 }
 
@@ -106,8 +106,11 @@ bool ArchivableFolderBackupOperation::zipArchivableFolder(const ArchivableFolder
     } else if (folder.folderType() == ArchivableFolder::kCopicType) {
         supervisor.systemExecute(BackupCommands::updateArchive(target, {kCopicDatabase, kCopicMail}));
     }
-    encrypt(folder.name(), target);
-    return FileManager::isRegularFile(target);
+    if (!FileManager::isRegularFile(target)) {
+        fail("tar", "archive", folder.name());
+        return false;
+    }
+    return sealArchive(folder.name(), target);
 }
 
 }  // namespace stowhaven

@@ -51,6 +51,10 @@ std::string BackupCommands::mediaArchive(const std::string& archive, bool compre
                        photoOnly ? "MOV" : "JPG", ShellQuote::quoted(archive), files(kMediaFolders));
 }
 
+std::string BackupCommands::markWholeArchive(const std::string& archive, const std::string& mark) {
+    return fmt::format("tar -tf {} > /dev/null && : > {}", ShellQuote::quoted(archive), ShellQuote::quoted(mark));
+}
+
 std::string BackupCommands::split(const std::string& folder, std::uint64_t sizeInMegaBytes, const std::string& archive,
                                   const std::string& name) {
     // The backslash keeps an alias of ls out of the listing.

@@ -29,6 +29,13 @@ public:
     // The photo (or video) archive of the two media folders, without caches and the other
     // kind of file.
     static std::string mediaArchive(const std::string& archive, bool compressed, bool photoOnly);
+    // The mark left beside an archive that tar read to its end; the hyphen puts it among
+    // the names the start-up sweep deletes.
+    static constexpr const char* kWholeArchiveSuffix = "-whole";
+    // Reads the archive (plain or bzip2) to its end and, only if tar could, leaves the
+    // empty file MARK, which needs no free space but an entry.
+    static std::string markWholeArchive(const std::string& archive, const std::string& mark);
+
     // Cuts the archive into NAME-000, NAME-001... of SIZE megabytes in FOLDER, lists the parts
     // into NAME.idx and deletes the archive.
     static std::string split(const std::string& folder, std::uint64_t sizeInMegaBytes, const std::string& archive,

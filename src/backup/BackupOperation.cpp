@@ -141,28 +141,23 @@ bool BackupOperation::runDataOperations() {
         "OPERATION_CANCELED", &MainQueue::shared(), [&queue](const Notification&) { queue.cancelAllOperations(); });
 
     const auto sessions = CydiaFileManager::shared().backupSessions();
-    std::vector<std::shared_ptr<Operation>> operations;
-    if (!sessions.empty()) {
-        for (auto& operation : dataOperationsFor(*sessions.back())) operations.push_back(std::move(operation));
-    }
-    queue.addOperations(operations, true);
+    const auto dataOperations =
+        sessions.empty() ? std::vector<std::shared_ptr<DataBackupOperation>>{} : dataOperationsFor(*sessions.back());
+    queue.addOperations({dataOperations.begin(), dataOperations.end()}, true);
     supervisor.removeTemporaryFiles();
     supervisor.removeTemporaryFolders();
+    NotificationCenter::defaultCenter().removeObserver(canceled);
 
-    // Finished operations have left the queue by now, so their texts are not read: the
-    // package capture writes what apt-get said of every package there.
-    bool failed = false;
-    for (const auto& operation : queue.operations()) {
-        const auto* data = dynamic_cast<const DataBackupOperation*>(operation.get());
-        const std::string error = data ? textutil::trimmed(data->errorMsg()) : "";
-        if (!error.empty()) {
-            SH_LOG("{}.error: <{}>", data->directoryName(), error);
-            failed = true;
-            break;
+    // A kind whose tool left less than a whole result fails the backup with its word. (What
+    // the operations write in their texts is not read: the package capture writes there
+    // what apt-get said of every package.)
+    for (const auto& operation : dataOperations) {
+        if (const auto failure = operation->failure()) {
+            CydiaFileManager::shared().setErrorMsg(*failure);
+            return false;
         }
     }
-    NotificationCenter::defaultCenter().removeObserver(canceled);
-    return !failed;
+    return true;
 }
 
 bool BackupOperation::sessionIsStored() const {

@@ -1,5 +1,6 @@
 #include "backup/DataBackupOperation.h"
 
+#include "archive/FileCipher.h"
 #include "backup/BackupCommands.h"
 #include "core/BackupSession.h"
 #include "core/CydiaFileManager.h"
@@ -112,20 +113,49 @@ bool DataBackupOperation::zipDataWithCompression(bool compressed) {
     supervisor.notifyProgress(std::nullopt, fmt::format("{}: {}...", Strings::localized("ZIPPING_MESSAGE"), zipDir_));
     // A host's tar makes an empty archive of a missing folder, which would stand in for the
     // data as if there were none to take.
-    if (FileManager::fileExists(DeviceRoot::path(zipDir_))) {
-        supervisor.systemExecute(BackupCommands::createArchive(archivePath(), compressed, zipDir_));
+    if (!FileManager::fileExists(DeviceRoot::path(zipDir_))) return finishArchive();
+    supervisor.systemExecute(BackupCommands::createArchive(archivePath(), compressed, zipDir_));
+    if (!FileManager::isRegularFile(archivePath())) {
+        fail("tar", "archive", capitalizedName());
+        return false;
     }
     return finishArchive();
 }
 
 bool DataBackupOperation::finishArchive() {
-    encrypt(zipDir_, archivePath());
-    if (FileManager::isRegularFile(archivePath())) {
-        splitArchiveWithIndex(archivePath());
-        return true;
+    if (!FileManager::isRegularFile(archivePath())) {
+        SH_LOG("Couldn't create {} from {}", archivePath(), zipDir_);
+        return false;
     }
-    SH_LOG("Couldn't create {} from {}", archivePath(), zipDir_);
-    return false;
+    return sealArchive(zipDir_, archivePath()) && splitArchiveWithIndex(archivePath());
+}
+
+bool DataBackupOperation::sealArchive(const std::string& source, const std::string& archive) {
+    const std::string subject = std::filesystem::path(archive).filename().string();
+    const std::string whole = archive + BackupCommands::kWholeArchiveSuffix;
+    Supervisor::shared().systemExecute(BackupCommands::markWholeArchive(archive, whole));
+    const bool isWhole = FileManager::fileExists(whole);
+    FileManager::removeItem(whole);
+    if (!isWhole) {
+        fail("tar", "archive", subject);
+        return false;
+    }
+    encrypt(source, archive);
+    if (gEncryptBackupEnabled && backupSession_ && backupSession_->encryptionKey() &&
+        !FileCipher::isEnciphered(archive)) {
+        fail("openssl", "encipher", subject);
+        return false;
+    }
+    return true;
+}
+
+void DataBackupOperation::fail(const std::string& tool, const std::string& step, const std::string& subject) {
+    std::string message = fmt::format("{} couldn't {} <{}>", tool, step, subject);
+    const auto space = FileManager::attributesOfFileSystem(TemporaryDirectory::path());
+    if (space) message += fmt::format(" ({:.3f}Mb free in the temporary folder)", megaBytes(space->freeSize));
+    SH_LOG("{}", message);
+    failure_.set(message);
+    operationResult_ = 1;
 }
 
 void DataBackupOperation::encrypt(const std::string& source, const std::string& path) {
@@ -136,10 +166,19 @@ void DataBackupOperation::encrypt(const std::string& source, const std::string& 
     CydiaFileManager::encryptFileAtPath(path);
 }
 
-void DataBackupOperation::splitArchiveWithIndex(const std::string& archive) {
+bool DataBackupOperation::splitArchiveWithIndex(const std::string& archive) {
     const std::string upperName = textutil::uppered(std::filesystem::path(archive).stem().string());
+    const std::uint64_t size = FileManager::sizeOfItem(archive);
     Supervisor::shared().systemExecute(
         BackupCommands::split(TemporaryDirectory::path(), splitSizeInMegaBytes_, archive, upperName));
+    std::uint64_t listed = 0;
+    for (const std::string& part : textutil::split(
+             FileManager::contentsOfFile(temporaryPath(upperName + ".idx")).value_or(""), '\n')) {
+        if (!part.empty()) listed += FileManager::sizeOfItem(temporaryPath(part));
+    }
+    if (listed == size) return true;
+    fail("split", "cut into parts", std::filesystem::path(archive).filename().string());
+    return false;
 }
 
 void DataBackupOperation::uploadDataIndexToCloud() {

@@ -22,7 +22,10 @@ class StorageHelperProtocol;
 // the path and override the steps their kind needs.
 //
 // Every step checks the result and the cancel first; a result of 1 stops the steps that
-// follow, and nothing else: the next operation of the backup still runs.
+// follow, and nothing else: the next operation of the backup still runs. The tools say
+// nothing of how they went, so each result is checked: an archive tar can't read whole,
+// a file left plain by the cipher or parts that don't add up to the archive (a full
+// temporary folder, a missing tool) fail the kind, and with it the backup.
 class DataBackupOperation : public Operation {
 public:
     static constexpr std::uint64_t kDefaultSplitSizeInMegaBytes = 20;
@@ -37,6 +40,8 @@ public:
     const std::string& directoryName() const { return directoryName_; }
     const std::string& zipDir() const { return zipDir_; }
     std::string errorMsg() const { return errorMsg_.copy(); }
+    // What failed, naming the tool and the step; nothing while all went well.
+    std::optional<std::string> failure() const { return failure_.copy(); }
     const std::shared_ptr<BackupSession>& backupSession() const { return backupSession_; }
     const std::vector<std::string>& filesInIndex() const { return filesInIndex_; }
     std::uint64_t splitSizeInMegaBytes() const { return splitSizeInMegaBytes_; }
@@ -75,16 +80,23 @@ protected:
     // Enciphers the file at PATH in place when the setting is on and the session has a key;
     // SOURCE names it in the progress text.
     void encrypt(const std::string& source, const std::string& path);
-    void splitArchiveWithIndex(const std::string& archive);
-    // Enciphers, checks that the archive is a file and splits it; false with a log line
-    // when there is no archive.
+    // Checks that tar reads ARCHIVE whole, then enciphers it as encrypt() does and checks
+    // that it is; false, with the kind failed, when a step left less than its whole result.
+    bool sealArchive(const std::string& source, const std::string& archive);
+    // Cuts the archive into parts listed in the index; false, with the kind failed, when the
+    // parts listed don't add up to the archive.
+    bool splitArchiveWithIndex(const std::string& archive);
+    // Seals the archive and splits it; false with a log line when there is no archive.
     bool finishArchive();
+    // The kind fails: TOOL couldn't do STEP (such as "archive") for SUBJECT.
+    void fail(const std::string& tool, const std::string& step, const std::string& subject);
 
 private:
     std::int64_t operationResult_ = 0;
     std::string directoryName_;
     std::string zipDir_;
     Monitored<std::string> errorMsg_;
+    Monitored<std::optional<std::string>> failure_;
     std::shared_ptr<BackupSession> backupSession_;
     std::vector<std::string> filesInIndex_;
     std::uint64_t splitSizeInMegaBytes_ = kDefaultSplitSizeInMegaBytes;

@@ -70,7 +70,9 @@ int RestoreCommand::run(const Request& request, std::ostream& out, std::ostream&
         fmt::print(errors, "stowhaven: the restore was canceled\n");
         return 130;
     }
-    return allIn ? 0 : 1;
+    if (allIn) return 0;
+    fmt::print(errors, "stowhaven: the restore failed for what the log marks \"failed\"\n");
+    return 1;
 }
 
 }  // namespace stowhaven
