@@ -241,7 +241,8 @@ bool FileManager::writeFile(const std::string& path, const std::string& bytes, s
     // Another program's sweep may take the temporary file in the instant between its making
     // and its lock; the rename then finds nothing, and the write is made once more.
     for (int attempt = 1;; ++attempt) {
-        std::string temporary = folder + "/." + target.filename().string() + std::string(kUnfinishedWriteMark) + "XXXXXX";
+        std::string temporary =
+            folder + "/." + target.filename().string() + std::string(kUnfinishedWriteMark) + "XXXXXX";
         const FileDescriptor file(mkostemp(temporary.data(), O_CLOEXEC));
         if (!file.isOpen()) return fail(error, "Couldn't write", path, std::strerror(errno));
         flock(file.get(), LOCK_EX);

@@ -46,6 +46,10 @@ bool lock(const FileDescriptor& file, int operation) {
     return true;
 }
 
+std::string lockError(const char* name) {
+    return fmt::format("Couldn't lock <{}/{}>: {}", lockFolder(), name, std::strerror(errno));
+}
+
 std::string contentsOf(const FileDescriptor& file) {
     std::string text(256, '\0');
     const ssize_t count = ::pread(file.get(), text.data(), text.size(), 0);
@@ -68,15 +72,15 @@ std::string runningJob(const FileDescriptor& file) {
 
 std::unique_ptr<JobLock> JobLock::take(const std::string& kind, Date started, std::string& refusal) {
     const FileDescriptor start = openLockFile(kStartFile, refusal);
-    if (!start.isOpen() || !lock(start, LOCK_EX)) {
-        if (refusal.empty()) refusal = fmt::format("Couldn't lock <{}/{}>: {}", lockFolder(), kStartFile, std::strerror(errno));
+    if (!start.isOpen()) return nullptr;
+    if (!lock(start, LOCK_EX)) {
+        refusal = lockError(kStartFile);
         return nullptr;
     }
     FileDescriptor job = openLockFile(kJobFile, refusal);
     if (!job.isOpen()) return nullptr;
     if (!lock(job, LOCK_EX | LOCK_NB)) {
-        refusal = errno == EWOULDBLOCK ? runningJob(job)
-                                       : fmt::format("Couldn't lock <{}/{}>: {}", lockFolder(), kJobFile, std::strerror(errno));
+        refusal = errno == EWOULDBLOCK ? runningJob(job) : lockError(kJobFile);
         return nullptr;
     }
     const std::string holder =
@@ -95,7 +99,8 @@ std::optional<std::string> JobLock::unlessAnotherProcessRunsAJob(const std::func
     }
     std::string error;
     const FileDescriptor start = openLockFile(kStartFile, error);
-    const FileDescriptor job = start.isOpen() && lock(start, LOCK_EX) ? openLockFile(kJobFile, error) : FileDescriptor();
+    const FileDescriptor job =
+        start.isOpen() && lock(start, LOCK_EX) ? openLockFile(kJobFile, error) : FileDescriptor();
     if (job.isOpen() && !lock(job, LOCK_SH | LOCK_NB) && errno == EWOULDBLOCK) return runningJob(job);
     // Without its lock files no job can run either.
     if (!error.empty()) SH_LOG("{}", error);
@@ -110,7 +115,9 @@ std::optional<std::string> JobLock::jobOfAnotherProcess() {
 JobLock::JobLock(FileDescriptor file) : file_(std::move(file)) {}
 
 JobLock::~JobLock() {
-    if (::ftruncate(file_.get(), 0) != 0) SH_LOG("Couldn't clear <{}/{}>: {}", lockFolder(), kJobFile, std::strerror(errno));
+    if (::ftruncate(file_.get(), 0) != 0) {
+        SH_LOG("Couldn't clear <{}/{}>: {}", lockFolder(), kJobFile, std::strerror(errno));
+    }
     gHeldHere = false;
 }
 

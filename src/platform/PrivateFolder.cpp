@@ -67,8 +67,7 @@ bool moveAside(int parent, const std::string& name, const std::string& path) {
         }
         if (errno != EEXIST) break;
     }
-    SH_LOG("<{}> is {}, not the program's own folder, and can't be moved aside: {}", path, what,
-           std::strerror(errno));
+    SH_LOG("<{}> is {}, not the program's own folder, and can't be moved aside: {}", path, what, std::strerror(errno));
     return false;
 }
 

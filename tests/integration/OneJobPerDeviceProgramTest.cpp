@@ -44,8 +44,8 @@ TEST_F(OneJobPerDeviceProgramTest, ASecondProgramRefusesAJobWhileOneRunsAndLeave
         const auto second = run(job);
         EXPECT_EQ(second.status, 1) << job;
         std::smatch running;
-        ASSERT_TRUE(std::regex_search(second.errors, running,
-                                      std::regex("A backup started on .* by process ([0-9]+) is running on this device")))
+        ASSERT_TRUE(std::regex_search(
+            second.errors, running, std::regex("A backup started on .* by process ([0-9]+) is running on this device")))
             << job << ": " << second.errors;
         EXPECT_EQ(fs::read_symlink("/proc/" + running[1].str() + "/exe"), fs::path(STOWHAVEN_PROGRAM))
             << "the process named is the first program";

@@ -68,7 +68,8 @@ protected:
     }
 
     void expectEveryHistoryFileReads() const {
-        for (const std::string& name : FileManager::contentsOfDirectory(storage_).value_or(std::vector<std::string>{})) {
+        for (const std::string& name :
+             FileManager::contentsOfDirectory(storage_).value_or(std::vector<std::string>{})) {
             if (!name.ends_with(".stowhvn")) continue;
             const auto outcome = run("inspect '" + storage_ + "/" + name + "'");
             EXPECT_EQ(outcome.status, 0) << name << ": " << outcome.errors;

@@ -117,8 +117,8 @@ TEST_F(FileManagerTest, OnlyTheTemporaryFilesOfDeadWritesToTheTargetsAskedForAre
     EXPECT_EQ(FileManager::contentsOfDirectory(folder_.path()),
               (std::vector<std::string>{".other.plist.partial-AbC123", ".settings.plist.partial-AbC12",
                                         ".settings.plist.partial-AbC12!", ".settings.plist.partial-Dir123",
-                                        ".settings.plist.partial-LiVe12", ".settings.plist.partial-Lnk123",
-                                        "elsewhere", "settings.plist.partial-AbC123"}));
+                                        ".settings.plist.partial-LiVe12", ".settings.plist.partial-Lnk123", "elsewhere",
+                                        "settings.plist.partial-AbC123"}));
     EXPECT_EQ(FileManager::contentsOfFile(folder_ / "elsewhere"), "half");
 }
 
