@@ -59,9 +59,9 @@ CydiaFile::CydiaFile(const std::string& line) {
         return;
     }
     if (fields.size() < 6) return;
-    // On a scan line the last field is dpkg's status: a removed package that left its
-    // configuration files behind is no package to keep.
-    if (fields.back().starts_with("deinstall")) {
+    // A scan line ends with dpkg's status, a stored line with the dependencies: a removed
+    // package that left its configuration files behind is no package to keep.
+    if (fields.size() >= 7 && fields.back().starts_with("deinstall")) {
         name_.reset();
         packageName_.reset();
         note_.reset();

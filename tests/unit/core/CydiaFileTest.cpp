@@ -121,6 +121,15 @@ TEST(CydiaFileTest, TheStoredLineReadsBackAsTheSameRecordWithoutTheFirmware) {
     EXPECT_FALSE(stored.firmwareSpecs());
 }
 
+TEST(CydiaFileTest, AStoredLineEndsWithTheDependenciesAndNeverWithAStatus) {
+    const CydiaFile package = scanned("com.foo", "deinstaller-kit (>= 1.0)");
+    ASSERT_EQ(package.backupData(), "Name\tcom.foo\t1.0\tme\tTweaks\tdeinstaller-kit");
+
+    const CydiaFile stored(package.backupData());
+    EXPECT_EQ(stored.packageName(), "com.foo") << "a dependency is no removed package's status";
+    EXPECT_EQ(stored.backupData(), package.backupData());
+}
+
 TEST(CydiaFileTest, AStoredLineWithoutDependenciesDependsOnAPackageNamedNull) {
     const CydiaFile package = scanned("com.foo");
     ASSERT_EQ(package.backupData(), "Name\tcom.foo\t1.0\tme\tTweaks\t(null)");
