@@ -5,6 +5,7 @@
 #include "platform/plist/LibplistConversion.h"
 #include "platform/plist/NestingGuard.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -22,6 +23,26 @@ libplist::Node parseBinary(std::string_view bytes) {
     plist_t node = nullptr;
     plist_from_bin(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &node);
     return libplist::Node(node);
+}
+
+// XML writes a date as its year, month, day and time; libplist writes an empty date for
+// one it can't break down, and years beyond four digits so that they read back as others.
+// From 0001-01-01 up to 10000-01-01, in seconds since the reference date.
+constexpr double kFirstXmlDate = -63113904000.0;
+constexpr double kEndOfXmlDates = 252423993600.0;
+
+// The value has been checked to nest no deeper than kMaximumNesting.
+bool datesFitXml(const PlistValue& value) {
+    if (const auto date = value.asDate()) {
+        const double seconds = date->timeIntervalSinceReferenceDate();
+        return seconds >= kFirstXmlDate && seconds < kEndOfXmlDates;
+    }
+    if (const auto* array = value.asArray()) return std::all_of(array->begin(), array->end(), datesFitXml);
+    if (const auto* dictionary = value.asDictionary()) {
+        return std::all_of(dictionary->begin(), dictionary->end(),
+                           [](const auto& entry) { return datesFitXml(entry.second); });
+    }
+    return true;
 }
 
 libplist::Node parseXml(std::string_view bytes) {
@@ -60,6 +81,10 @@ std::optional<std::string> PlistCodec::serialize(const PlistValue& value, PlistF
     const libplist::Node node = libplist::nodeFromValue(value, kMaximumNesting, reason);
     if (!node) {
         SH_LOG("Can't write a property list holding {}", reason);
+        return std::nullopt;
+    }
+    if (format == PlistFormat::Xml && !datesFitXml(value)) {
+        SH_LOG("Can't write a property list holding a date XML can't hold, before year 1 or after year 9999");
         return std::nullopt;
     }
     char* raw = nullptr;

@@ -25,7 +25,8 @@ public:
     // settings read from a file can always be written again.
     static std::optional<PlistValue> parse(std::string_view bytes);
     // Nothing when the value can't be a property list: a null inside, a string or key that
-    // isn't UTF-8 or holds a NUL, nesting too deep. Dates in XML keep whole seconds only.
+    // isn't UTF-8 or holds a NUL, nesting too deep. Dates in XML keep whole seconds only,
+    // and XML holds none before year 1 or after year 9999 (nor one that is no number).
     static std::optional<std::string> serialize(const PlistValue& value, PlistFormat format);
 
     static std::optional<PlistValue> readFile(const std::string& path);

@@ -79,6 +79,17 @@ TEST(PlistCodecTest, BinaryKeepsDatesToTheLastBitAndXmlToTheSecond) {
     EXPECT_EQ(PlistCodec::parse(*xml), PlistValue(Date(12)));
 }
 
+TEST(PlistCodecTest, XmlHoldsNoDateBeyondItsFourDigitYears) {
+    const Array held = {Date(-63113904000.0), Date(252423993599.0)};
+    EXPECT_EQ(PlistCodec::parse(*PlistCodec::serialize(held, PlistFormat::Xml)), PlistValue(held))
+        << "years 1 and 9999";
+    for (const double seconds : {252423993600.0, 1e15, -1e15, std::numeric_limits<double>::quiet_NaN()}) {
+        const Array beyond = {Date(seconds)};
+        EXPECT_EQ(PlistCodec::serialize(beyond, PlistFormat::Xml), std::nullopt) << seconds;
+        EXPECT_TRUE(PlistCodec::serialize(beyond, PlistFormat::Binary)) << seconds;
+    }
+}
+
 TEST(PlistCodecTest, WritesNumbersDatesAndUidsAsTheFormatDefinesThem) {
     const auto binary = *PlistCodec::serialize(Array{-1, std::numeric_limits<std::uint64_t>::max(), Date(0.5),
                                                      PlistValue::uid(7)},
