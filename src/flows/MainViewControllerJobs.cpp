@@ -78,6 +78,9 @@ void MainViewController::doRestore() {
 // lock from here to its end, which the job's queue marks by running one last operation
 // that lets go of it.
 void MainViewController::startJob(std::shared_ptr<Operation> job) {
+    // The job before has told its end, and may still be clearing up after it under the lock:
+    // it takes a moment, and needs nothing of this thread.
+    if (jobQueue_) jobQueue_->waitUntilAllOperationsAreFinished();
     const char* kind = std::dynamic_pointer_cast<BackupOperation>(job) ? "backup" : "restore";
     std::string refusal;
     std::shared_ptr<JobLock> lock = JobLock::take(kind, Platform::current().clock().date(), refusal);
