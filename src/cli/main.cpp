@@ -12,7 +12,9 @@
 #include "cli/StorageCommand.h"
 #include "cli/TerminalAlerts.h"
 #include "cli/TerminalFlow.h"
+#include "core/DeviceToolCheck.h"
 #include "core/LanguageOrder.h"
+#include "core/Text.h"
 #include "core/StowhavenAppDelegate.h"
 #include "platform/DeviceFacts.h"
 #include "platform/DeviceRoot.h"
@@ -189,6 +191,10 @@ int main(int argc, char** argv) {
     // The command is what the program shows once it is up; when it is done, the user leaves.
     MainQueue::shared().async([&] {
         StowhavenAppDelegate::startupSweep().wait();
+        if (const auto missing = missingDeviceTools(); !missing.empty()) {
+            std::cerr << "stowhaven: the device has no " << textutil::joined(missing, ", ")
+                      << ": the backups and restores that run them will fail\n";
+        }
         int status = 0;
         if (app.get_subcommands().empty()) status = InteractiveSession::start(std::cout);
         if (packages->parsed()) status = PackagesCommand::run(packagesAsJson, std::cout, std::cerr);

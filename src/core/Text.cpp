@@ -51,6 +51,15 @@ std::vector<std::string> split(std::string_view text, char separator) {
     return pieces;
 }
 
+std::string joined(const std::vector<std::string>& pieces, std::string_view separator) {
+    std::string text;
+    for (const std::string& piece : pieces) {
+        if (!text.empty()) text += separator;
+        text += piece;
+    }
+    return text;
+}
+
 std::weak_ordering caseInsensitiveOrder(std::string_view left, std::string_view right) {
     // Compared as unsigned bytes, so that text beyond ASCII sorts after it.
     const std::string a = lowered(left), b = lowered(right);

@@ -16,6 +16,8 @@ std::string trimmed(std::string_view text);
 
 // The pieces between the separators, empty ones included: "a,,b" gives "a", "", "b".
 std::vector<std::string> split(std::string_view text, char separator);
+// The pieces with SEPARATOR between them.
+std::string joined(const std::vector<std::string>& pieces, std::string_view separator);
 
 // ASCII letters in lower case, every other byte as it is.
 std::string lowered(std::string_view text);

@@ -26,12 +26,6 @@ std::size_t countSelected(const Items& items) {
         std::count_if(items.begin(), items.end(), [](const auto& item) { return item->isSelected(); }));
 }
 
-std::string joined(const std::vector<std::string>& names) {
-    std::string text;
-    for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
-    return text;
-}
-
 }  // namespace
 
 void IndexedDataRestoreOperation::main() {
@@ -70,7 +64,7 @@ void IndexedDataRestoreOperation::processDataIndexFile() {
     std::vector<std::string> parts =
         textutil::split(FileManager::contentsOfFile(temporaryPath(name + ".idx")).value_or(""), '\n');
     std::erase(parts, "");
-    SH_LOG("filesInIndex: {}", joined(parts));
+    SH_LOG("filesInIndex: {}", textutil::joined(parts, ", "));
     if (parts.empty()) {
         SH_LOG("No <{}> INDEX FILE found!", name);
         return;
