@@ -68,4 +68,14 @@ std::optional<PlistValue> SettingInput::parse(SettingKind kind, std::string_view
     return value;
 }
 
+std::optional<PlistValue> SettingInput::parse(const SettingKey& key, std::string_view text, std::string& problem) {
+    auto value = parse(key.kind, text, problem);
+    if (!value || !key.range) return value;
+    const IntegerRange range = *key.range;
+    const std::int64_t number = *value->asInteger();
+    if (range.contains(number) && (range.lowest < 0 || !text.starts_with('-'))) return value;
+    problem = fmt::format("<{}> is outside {} to {}", text, range.lowest, range.highest);
+    return std::nullopt;
+}
+
 }  // namespace stowhaven

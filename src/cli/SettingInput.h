@@ -16,6 +16,9 @@ public:
     // in 64 bits; floats are finite decimal numbers; strings are taken as they stand. Dates and
     // arrays are not typed in. Nothing, with the reason in `problem`, for text that doesn't fit.
     static std::optional<PlistValue> parse(SettingKind kind, std::string_view text, std::string& problem);
+    // As above for the key's kind; an integer must also lie in the key's range, and an
+    // integer that can't be below 0 is typed as digits only.
+    static std::optional<PlistValue> parse(const SettingKey& key, std::string_view text, std::string& problem);
 };
 
 }  // namespace stowhaven

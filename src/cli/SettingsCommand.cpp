@@ -77,7 +77,7 @@ int print(const SettingKey& key, const SettingsCommand::Request& request, std::o
 
 int store(const SettingKey& key, const std::string& text, std::ostream& errors) {
     std::string problem;
-    auto value = SettingInput::parse(key.kind, text, problem);
+    auto value = SettingInput::parse(key, text, problem);
     if (!value) {
         fmt::print(errors, "stowhaven: {}: {}\n", key.name, problem);
         return 2;

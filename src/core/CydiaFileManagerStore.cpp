@@ -72,6 +72,10 @@ std::shared_ptr<BackupSession> CydiaFileManager::createBackupSession(bool perman
     backupSelectedPackagesIn(*session);
     backupOptionsIn(*session);
     backupSessions_.with([&](Sessions& sessions) { sessions.push_back(session); });
+    if (permanent) {
+        std::lock_guard lock(mutex_);
+        backupSessionInProgress_ = session;
+    }
     if (Supervisor::shared().isStorageAddressbook()) return session;
     if (const auto engine = Supervisor::shared().currentStorageEngine(); engine && session->sessionDate()) {
         std::vector<Date> known;
@@ -283,11 +287,17 @@ void CydiaFileManager::createDirectoryDated() {
 }
 
 // The oldest sessions go: on a file engine the first history files, whose stamps sort by
-// date; on the address book the first sessions of the note.
+// date; on the address book the first sessions of the note. Never more than the count
+// beyond those to keep, and never the session of the job that has just been stored, even
+// when a clock set back gives it the oldest stamp.
 void CydiaFileManager::rolloverBackups() {
     Supervisor& supervisor = Supervisor::shared();
     const std::int32_t keep = supervisor.maximumBackupsToKeep();
     if (keep == 0) return;
+    if (keep < 0) {
+        SH_LOG("No rollover with {} backups to keep", keep);
+        return;
+    }
     supervisor.notifyProgress(std::nullopt, Strings::localized("DOING_BACKUP_ROLLOVER") + "...");
     const bool addressBook = supervisor.isStorageAddressbook();
     const auto engine = supervisor.currentStorageEngine();
@@ -295,6 +305,7 @@ void CydiaFileManager::rolloverBackups() {
     const auto toRemove = static_cast<long long>(count) - keep;
     SH_LOG("nbExistingBackup: {} | nbBackupToKeep: {} | nbBackupToRemove: {}", count, keep, toRemove);
     if (toRemove <= 0) return;
+    const auto justStored = backupSessionInProgress();
     const std::vector<Date> dates = rolloverDates(static_cast<std::size_t>(toRemove));
     for (const Date date : dates) {
         supervisor.notifyProgress(std::nullopt, Strings::format("REMOVING_BACKUP_DATE", date.description()));
@@ -305,21 +316,32 @@ void CydiaFileManager::rolloverBackups() {
             engine->deleteBackupSession(stored);
         }
         // The oldest in memory goes with it, by position: the lists are in the same order.
-        if (const Sessions sessions = backupSessions(); !sessions.empty()) deleteBackupSession(sessions.front());
+        const Sessions sessions = backupSessions();
+        const auto oldest = std::find_if(sessions.begin(), sessions.end(),
+                                         [&](const auto& session) { return session != justStored; });
+        if (oldest != sessions.end()) deleteBackupSession(*oldest);
     }
 }
 
+// The session just stored is never among them.
 std::vector<Date> CydiaFileManager::rolloverDates(std::size_t count) {
+    const auto justStored = backupSessionInProgress();
+    const auto justStoredDate = justStored ? justStored->sessionDate() : std::nullopt;
+    const auto isJustStored = [&](Date date) {
+        return justStoredDate && StorageLayout::stamp(date) == StorageLayout::stamp(*justStoredDate);
+    };
     std::vector<Date> dates;
     if (Supervisor::shared().isStorageAddressbook()) {
         const Sessions sessions = backupSessions();
         for (std::size_t index = 0; index < count && index < sessions.size(); ++index) {
-            if (const auto date = sessions[index]->sessionDate()) dates.push_back(*date);
+            const auto date = sessions[index]->sessionDate();
+            if (date && sessions[index] != justStored) dates.push_back(*date);
         }
     } else if (const auto engine = Supervisor::shared().currentStorageEngine()) {
         const std::vector<std::string> names = engine->existingFiles();
         for (std::size_t index = 0; index < count && index < names.size(); ++index) {
-            if (const auto date = StorageLayout::dateOfHistoryFile(names[index])) dates.push_back(*date);
+            const auto date = StorageLayout::dateOfHistoryFile(names[index]);
+            if (date && !isJustStored(*date)) dates.push_back(*date);
         }
     }
     std::string listed;

@@ -1,37 +1,62 @@
 #include "core/SettingsKeys.h"
 
 #include "core/ProcessFlags.h"
+#include "platform/Log.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace stowhaven {
 
 namespace {
 
+constexpr std::int64_t kInt32Max = std::numeric_limits<std::int32_t>::max();
+
+// The storage types by number, the address book to ownCloud.
+constexpr IntegerRange kStorageTypes{0, 8};
+// No code reads the schedule; -1 is none.
+constexpr IntegerRange kRepeatSchedules{-1, kInt32Max};
+// -1 for none, else a day of the week, 1 (Sunday) to 7, as the device's calendar counts.
+constexpr IntegerRange kWeekdays{-1, 7};
+// Backups to keep, 0 for all; each engine's count is a 32-bit number. The settings screen
+// takes digits only, so no count is ever below 0.
+constexpr IntegerRange kBackupCounts{0, kInt32Max};
+// Megabytes per part: split takes sizes up to 2^43 - 1 megabytes, the catalogue keeps the
+// size in 32 bits.
+constexpr IntegerRange kSplitSizes{1, kInt32Max};
+
 SettingKey registered(std::string name, SettingKind kind, PlistValue defaultValue, std::atomic<bool>* flag = nullptr) {
-    return {std::move(name), kind, std::move(defaultValue), flag};
+    return {std::move(name), kind, std::move(defaultValue), flag, false, std::nullopt};
+}
+
+SettingKey registeredInteger(std::string name, std::int64_t defaultValue, IntegerRange range) {
+    return {std::move(name), SettingKind::Integer, PlistValue(defaultValue), nullptr, false, range};
 }
 
 SettingKey unregistered(std::string name, SettingKind kind, bool secret = false) {
-    return {std::move(name), kind, PlistValue(), nullptr, secret};
+    return {std::move(name), kind, PlistValue(), nullptr, secret, std::nullopt};
+}
+
+SettingKey unregisteredInteger(std::string name, IntegerRange range) {
+    return {std::move(name), SettingKind::Integer, PlistValue(), nullptr, false, range};
 }
 
 std::vector<SettingKey> makeTable() {
     using enum SettingKind;
     std::vector<SettingKey> table = {
-        registered("CurrentStorageType", Integer, 5),
-        registered("RepeatSchedule", Integer, -1),
-        registered("Weekday", Integer, -1),
+        registeredInteger("CurrentStorageType", 5, kStorageTypes),
+        registeredInteger("RepeatSchedule", -1, kRepeatSchedules),
+        registeredInteger("Weekday", -1, kWeekdays),
         // Its flag is a float with a range of its own: refreshPreferences reads it.
         registered("MinDeviceBatteryLevel", Float, 0.0),
-        registered("MaximumBackupsInAddressbook", Integer, 0),
-        registered("MaximumBackupsInBox", Integer, 0),
-        registered("MaximumBackupsInDropbox", Integer, 0),
-        registered("MaximumBackupsInFTP", Integer, 0),
-        registered("MaximumBackupsInGDrive", Integer, 0),
-        registered("MaximumBackupsInLocal", Integer, 0),
-        registered("MaximumBackupsInSkyDrive", Integer, 0),
-        registered("MaximumBackupsInSugarSync", Integer, 0),
+        registeredInteger("MaximumBackupsInAddressbook", 0, kBackupCounts),
+        registeredInteger("MaximumBackupsInBox", 0, kBackupCounts),
+        registeredInteger("MaximumBackupsInDropbox", 0, kBackupCounts),
+        registeredInteger("MaximumBackupsInFTP", 0, kBackupCounts),
+        registeredInteger("MaximumBackupsInGDrive", 0, kBackupCounts),
+        registeredInteger("MaximumBackupsInLocal", 0, kBackupCounts),
+        registeredInteger("MaximumBackupsInSkyDrive", 0, kBackupCounts),
+        registeredInteger("MaximumBackupsInSugarSync", 0, kBackupCounts),
         registered("BackupMemoEnabled", Boolean, true),
         registered("SoundEnabled", Boolean, true, &gSoundEnabled),
         registered("ConfirmBackup", Boolean, true, &gConfirmBackup),
@@ -58,10 +83,10 @@ std::vector<SettingKey> makeTable() {
         registered("BackupDescriptionEnabled", Boolean, true, &gBackupDescriptionEnabled),
         registered("BackupTitleEnabled", Boolean, true, &gBackupTitleEnabled),
 
-        unregistered("MaximumBackupsInOwnCloud", Integer),
+        unregisteredInteger("MaximumBackupsInOwnCloud", kBackupCounts),
         unregistered("DropboxStoragePath", String),
         unregistered("LocalStoragePath", String),
-        unregistered("SplitSizeInMegaBytes", Integer),
+        unregisteredInteger("SplitSizeInMegaBytes", kSplitSizes),
         unregistered("Backup_EncryptionKey", String, true),
         unregistered("ResetSettings", Boolean),
         unregistered("ResetCloudServices", Boolean),
@@ -142,6 +167,14 @@ const SettingKey* SettingsKeys::find(std::string_view name) {
     const auto key =
         std::find_if(table.begin(), table.end(), [&](const SettingKey& entry) { return entry.name == name; });
     return key == table.end() ? nullptr : &*key;
+}
+
+std::int64_t SettingsKeys::withinRange(std::string_view name, std::int64_t stored) {
+    const SettingKey* key = find(name);
+    if (key == nullptr || !key->range || key->range->contains(stored)) return stored;
+    const std::int64_t nearest = key->range->nearest(stored);
+    SH_LOG("{} holds {}, outside {} to {}: read as {}", name, stored, key->range->lowest, key->range->highest, nearest);
+    return nearest;
 }
 
 PlistValue::Dictionary SettingsKeys::registeredDefaults() {

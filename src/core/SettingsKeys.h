@@ -3,6 +3,8 @@
 #include "platform/plist/PlistValue.h"
 
 #include <atomic>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,6 +16,15 @@ enum class SettingKind { Boolean, Integer, Float, String, Date, Array };
 // "boolean", "integer", "float", "string", "date", "array".
 std::string_view nameOf(SettingKind kind);
 
+// The values an integer setting may take, both ends included.
+struct IntegerRange {
+    std::int64_t lowest;
+    std::int64_t highest;
+
+    bool contains(std::int64_t value) const { return value >= lowest && value <= highest; }
+    std::int64_t nearest(std::int64_t value) const { return value < lowest ? lowest : value > highest ? highest : value; }
+};
+
 struct SettingKey {
     std::string name;
     SettingKind kind;
@@ -23,6 +34,8 @@ struct SettingKey {
     std::atomic<bool>* flag = nullptr;
     // A password, a token or a key: shown masked.
     bool secret = false;
+    // Every integer setting has one.
+    std::optional<IntegerRange> range;
 
     bool isRegistered() const { return !defaultValue.isNull(); }
 };
@@ -37,6 +50,11 @@ public:
     static const SettingKey* find(std::string_view name);
     // What registerDefaults takes at start.
     static PlistValue::Dictionary registeredDefaults();
+
+    // A stored value of the integer setting NAME as the program may use it: one outside the
+    // setting's range (written by hand or by an older program) reads as the nearest end of
+    // the range, with a log line.
+    static std::int64_t withinRange(std::string_view name, std::int64_t stored);
 };
 
 }  // namespace stowhaven

@@ -1,5 +1,6 @@
 #include "core/SplitSize.h"
 
+#include "core/SettingsKeys.h"
 #include "core/Supervisor.h"
 
 namespace stowhaven {
@@ -15,7 +16,7 @@ std::uint64_t settledSplitSizeInMegaBytes() {
     Supervisor& supervisor = Supervisor::shared();
     const auto stored = supervisor.lowLevelGetNumberPreferencesDataForKey(kSplitSizeKey);
     const std::int64_t size = stored ? stored->numberAsInteger().value_or(0) : 0;
-    if (size > 0) return static_cast<std::uint64_t>(size);
+    if (size != 0) return static_cast<std::uint64_t>(SettingsKeys::withinRange(kSplitSizeKey, size));
     supervisor.lowLevelStorePreferencesData(PlistValue(kDefaultSplitSize), kSplitSizeKey);
     return kDefaultSplitSize;
 }

@@ -1,5 +1,6 @@
 #include "core/Supervisor.h"
 
+#include "core/SettingsKeys.h"
 #include "platform/Log.h"
 #include "storage/StorageEngines.h"
 
@@ -105,10 +106,14 @@ void Supervisor::cloudStorageFlushCache() {
     }
 }
 
+// A count that no settings screen could have written (-1, or one past 32 bits, which the
+// rollover would take as "remove everything") reads as the nearest count there is.
 void Supervisor::loadMaximumBackups() {
     for (std::size_t index = 0; index < kStorageTypes.size(); ++index) {
-        const auto number = lowLevelGetNumberPreferencesDataForKey(kStorageTypes[index].maximumBackupsKey);
-        maximumBackups_[index] = static_cast<std::int32_t>(number ? number->numberAsInteger().value_or(0) : 0);
+        const char* key = kStorageTypes[index].maximumBackupsKey;
+        const auto number = lowLevelGetNumberPreferencesDataForKey(key);
+        const std::int64_t stored = number ? number->numberAsInteger().value_or(0) : 0;
+        maximumBackups_[index] = static_cast<std::int32_t>(SettingsKeys::withinRange(key, stored));
     }
 }
 

@@ -7,6 +7,8 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 
 namespace stowhaven {
 namespace {
@@ -85,9 +87,13 @@ TEST_F(SettingsProgramTest, SettingAValueChecksItsKindAndWritesNothingOnARefusal
     const auto before = settingsBytes();
     ASSERT_TRUE(before);
 
+    // A count that could pass for "remove everything" past 32 bits, or as less than nothing.
     for (const char* refused :
          {"CurrentStorageType abc", "CurrentStorageType 1.5", "MinDeviceBatteryLevel low", "SoundEnabled maybe",
-          "LAST_RESTORE_DATE 2015-01-01", "NoSuchSetting 1", "NoSuchSetting"}) {
+          "LAST_RESTORE_DATE 2015-01-01", "NoSuchSetting 1", "NoSuchSetting", "MaximumBackupsInLocal -1",
+          "MaximumBackupsInLocal 4294967295", "MaximumBackupsInLocal 2147483648", "MaximumBackupsInLocal -0",
+          "MaximumBackupsInOwnCloud 18446744073709551615", "SplitSizeInMegaBytes 0", "SplitSizeInMegaBytes -20",
+          "CurrentStorageType 9", "CurrentStorageType -1", "Weekday 8", "RepeatSchedule -2"}) {
         SCOPED_TRACE(refused);
         const Outcome outcome = run(std::string("settings ") + refused);
         EXPECT_EQ(outcome.status, 2);
@@ -98,12 +104,71 @@ TEST_F(SettingsProgramTest, SettingAValueChecksItsKindAndWritesNothingOnARefusal
     }
 
     output("settings MinDeviceBatteryLevel 1.5");
-    output("settings RepeatSchedule -3");
+    output("settings RepeatSchedule -1");
+    output("settings MaximumBackupsInLocal 2147483647");
     output("settings SoundEnabled NO");
     EXPECT_EQ(output("settings MinDeviceBatteryLevel"), "1.5\n");
-    EXPECT_EQ(output("settings RepeatSchedule"), "-3\n");
+    EXPECT_EQ(output("settings RepeatSchedule"), "-1\n");
+    EXPECT_EQ(output("settings MaximumBackupsInLocal"), "2147483647\n");
     EXPECT_EQ(entry(listing(), "SoundEnabled"),
               nlohmann::json({{"key", "SoundEnabled"}, {"kind", "boolean"}, {"value", false}, {"default", false}}));
+}
+
+// As an older program or a hand may have left them: a count below 0 or past 32 bits.
+TEST_F(SettingsProgramTest, StoredCountsAndSizesOutsideTheirRangeReadAsTheNearestSafeOnes) {
+    PreferenceStore stored(settingsFile());
+    ASSERT_TRUE(stored.set("MaximumBackupsInLocal", -1));
+    ASSERT_TRUE(stored.set("MaximumBackupsInFTP", std::numeric_limits<std::uint64_t>::max()));
+    ASSERT_TRUE(stored.set("SplitSizeInMegaBytes", -5));
+
+    const Outcome outcome = run("--verbose status");
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    EXPECT_NE(output("storage").find("Backups kept: all\n"), std::string::npos);
+    for (const char* line : {"MaximumBackupsInLocal holds -1, outside 0 to 2147483647: read as 0",
+                             "MaximumBackupsInFTP holds 9223372036854775807, outside 0 to 2147483647: read as "
+                             "2147483647",
+                             "SplitSizeInMegaBytes holds -5, outside 1 to 2147483647: read as 1"}) {
+        EXPECT_NE(outcome.errors.find(line), std::string::npos) << line;
+    }
+}
+
+// The rollover after each backup, with the real local storage: the oldest go, never more
+// than the count beyond those to keep, and never the session just stored, even beside a
+// session dated ahead of the clock.
+TEST_F(SettingsProgramTest, ThreeBackupsWithTwoToKeepLeaveTheTwoNewestAndNeverTheOneJustStored) {
+    output("settings AutoScanPkgEnabled true");
+    const std::string storage = device_.path("/var/mobile/Library/Preferences/Stowhaven");
+    // The history files on the storage, oldest first: their names are the sessions' stamps.
+    const auto historyFiles = [&] {
+        auto names = FileManager::contentsOfDirectory(storage).value_or(std::vector<std::string>{});
+        std::erase_if(names, [](const std::string& name) { return !name.ends_with(".stowhvn"); });
+        std::sort(names.begin(), names.end());
+        return names;
+    };
+    const auto backUp = [&](const std::string& title) {
+        const Outcome outcome = run("backup --yes --title " + title);
+        EXPECT_EQ(outcome.status, 0) << title << ": " << outcome.errors;
+        return historyFiles();
+    };
+
+    // A count below 0 once meant one session more than there are to remove.
+    ASSERT_TRUE(PreferenceStore(settingsFile()).set("MaximumBackupsInLocal", -1));
+    backUp("First");
+    const auto two = backUp("Second");
+    ASSERT_EQ(two.size(), 2u);
+
+    output("settings MaximumBackupsInLocal 2");
+    const auto three = backUp("Third");
+    ASSERT_EQ(three.size(), 2u);
+    EXPECT_EQ(three[0], two[1]);
+    EXPECT_GT(three[1], two[1]);
+
+    const std::string ahead = "2099-01-01_00~00~00.stowhvn";
+    ASSERT_TRUE(FileManager::writeFile(storage + "/" + ahead, *FileManager::contentsOfFile(storage + "/" + three[1])));
+    output("settings MaximumBackupsInLocal 1");
+    const auto four = backUp("Fourth");
+    ASSERT_EQ(four.size(), 1u) << "all but one go";
+    EXPECT_GT(four[0], three[1]) << "the session just stored stays";
 }
 
 TEST_F(SettingsProgramTest, OpenRunsTheAutomaticBackupForThisRunOnlyAndOffersAFileForImport) {
