@@ -1,12 +1,12 @@
 #include "cli/CatalogueLoad.h"
 
+#include "core/AlertPresenter.h"
 #include "core/CydiaFileManager.h"
-#include "core/Supervisor.h"
+#include "core/StorageEngineStart.h"
 #include "items/ArchivableFolders.h"
+#include "platform/Strings.h"
 #include "platform/dispatch/GlobalQueue.h"
 #include "platform/dispatch/MainQueue.h"
-#include "storage/StorageEngineFactory.h"
-#include "storage/addressbook/ABAddressBookHelper.h"
 
 #include <atomic>
 #include <chrono>
@@ -21,12 +21,15 @@ constexpr std::chrono::hours kLoadTimeout{1};
 
 }  // namespace
 
-bool loadCatalogue() {
-    Supervisor& supervisor = Supervisor::shared();
-    // The address book is no engine of the storage contract; without access storage falls to
-    // local, and the local engine is made.
-    if (supervisor.isStorageAddressbook()) ABAddressBookHelper::createABAddressBookHelper();
-    if (!supervisor.isStorageAddressbook() && !createStorageEngine(supervisor.currentStorageType())) return false;
+void startStorageEngine() {
+    if (const auto fallback = StorageEngineStart::start()) {
+        AlertPresenter::shared()->showAlert(Strings::localized("WARNING"), *fallback, {Strings::localized("OK_BUTTON")},
+                                            {});
+    }
+}
+
+void loadCatalogue() {
+    startStorageEngine();
     CydiaFileManager& catalogue = CydiaFileManager::shared();
     catalogue.resetAllData();
     const auto done = std::make_shared<std::atomic<bool>>(false);
@@ -37,7 +40,6 @@ bool loadCatalogue() {
     MainQueue::shared().runUntil([done] { return done->load(); }, kLoadTimeout);
     // As the main screen does once the first load is in.
     ArchivableFolders::resetFolder();
-    return true;
 }
 
 }  // namespace stowhaven

@@ -13,11 +13,7 @@
 namespace stowhaven {
 
 int ShareCommand::runVCard(const std::string& file, std::ostream& out, std::ostream& errors) {
-    Supervisor& supervisor = Supervisor::shared();
-    if (!loadCatalogue()) {
-        fmt::print(errors, "stowhaven: the {} engine is not available in this build\n", supervisor.storageEngineName());
-        return 1;
-    }
+    loadCatalogue();
     CydiaFileManager& catalogue = CydiaFileManager::shared();
     const auto note = catalogue.getABVCardCurrentBackupSessionDataFormat();
     if (!note || note->empty()) {

@@ -1,9 +1,9 @@
 #include "cli/StorageCommand.h"
 
+#include "cli/CatalogueLoad.h"
 #include "cli/EngineChoice.h"
 #include "core/ProcessFlags.h"
 #include "core/Supervisor.h"
-#include "storage/StorageEngineFactory.h"
 #include "storage/addressbook/ABAddressBookHelper.h"
 
 #include <fmt/format.h>
@@ -58,16 +58,21 @@ int showAddressBook(const Supervisor& supervisor, std::ostream& out, std::ostrea
     return 0;
 }
 
-int show(std::ostream& out, std::ostream& errors) {
-    Supervisor& supervisor = Supervisor::shared();
+void printStorage(const Supervisor& supervisor, std::ostream& out) {
     fmt::print(out, "Storage: {} (type {})\n", supervisor.storageEngineName(),
                static_cast<std::int64_t>(supervisor.currentStorageType()));
-    if (supervisor.isStorageAddressbook()) return showAddressBook(supervisor, out, errors);
-    const auto engine = createStorageEngine(supervisor.currentStorageType());
-    if (!engine) {
-        fmt::print(errors, "stowhaven: this engine is not available in this build\n");
-        return 1;
+}
+
+// The engine that a job would work with: one that can't start has given way to local storage.
+int show(std::ostream& out, std::ostream& errors) {
+    Supervisor& supervisor = Supervisor::shared();
+    if (supervisor.isStorageAddressbook()) {
+        printStorage(supervisor, out);
+        return showAddressBook(supervisor, out, errors);
     }
+    startStorageEngine();
+    printStorage(supervisor, out);
+    const auto engine = supervisor.currentStorageEngine();
     engine->refreshFreeSpace();
     fmt::print(out, "Free space: {:.3f} Mb\n", engine->freeSpace());
     if (supervisor.isStorageLocal()) fmt::print(out, "Folder: {}\n", localStoragePath());

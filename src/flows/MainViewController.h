@@ -87,6 +87,7 @@ private:
     void showLoadingWindow();
     void loadInitialData();
     void fallBackToLocalStorage(const std::string& message);
+    void tellStorageFallback(const std::string& message);
     void startAutomaticBackup();
 
     // Questions and the chains that follow their answers.

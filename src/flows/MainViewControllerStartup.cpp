@@ -3,6 +3,7 @@
 #include "core/CydiaFileManager.h"
 #include "core/DataToImport.h"
 #include "core/ProcessFlags.h"
+#include "core/StorageEngineStart.h"
 #include "core/Supervisor.h"
 #include "core/Text.h"
 #include "flows/MainAlerts.h"
@@ -15,18 +16,14 @@
 #include "platform/dispatch/DispatchTimer.h"
 #include "platform/dispatch/GlobalQueue.h"
 #include "platform/dispatch/MainQueue.h"
-#include "storage/StorageEngineFactory.h"
-#include "storage/addressbook/ABAddressBookHelper.h"
 
 #include <chrono>
-#include <thread>
 
 namespace stowhaven {
 
 namespace {
 
 constexpr std::chrono::milliseconds kAutobackupDelay{300};
-constexpr std::chrono::seconds kInitializationPoll{1};
 
 ConnectionOrientedStorageHelperProtocol* connectionOf(const std::shared_ptr<StorageHelperProtocol>& engine) {
     return answersTo<ConnectionOrientedStorageHelperProtocol>(engine);
@@ -47,15 +44,6 @@ void logStorageStates() {
         supervisor.isStorageFTP(), supervisor.isStorageGDrive(), supervisor.isStorageLocal(),
         supervisor.isStorageOwnCloud(), supervisor.isStorageSkyDrive(), supervisor.isStorageSugarSync(),
         isLoggedIn(supervisor.currentStorageEngine()));
-}
-
-// An engine that connects in the background is waited for, until it is ready or failed.
-void waitForInitialization(const std::shared_ptr<StorageHelperProtocol>& engine) {
-    BackgroundInitialization* initialization = answersTo<BackgroundInitialization>(engine);
-    if (initialization == nullptr) return;
-    while (!initialization->isInitialized() && !engine->errorMessage())
-        std::this_thread::sleep_for(kInitializationPoll);
-    if (const auto error = engine->errorMessage()) SH_LOG("FTP Connection error: {}", *error);
 }
 
 void rereadAutobackupSetting() {
@@ -80,19 +68,8 @@ void MainViewController::viewDidLoad() {
 }
 
 void MainViewController::initializeStorageEngine() {
-    Supervisor& supervisor = Supervisor::shared();
-    // Without access to the contacts the address book falls to local storage as it opens.
-    if (supervisor.isStorageAddressbook()) ABAddressBookHelper::createABAddressBookHelper();
-    if (!supervisor.isStorageAddressbook()) {
-        const auto engine = createStorageEngine(supervisor.currentStorageType());
-        if (engine) {
-            waitForInitialization(engine);
-        } else {
-            SH_LOG("No {} engine in this build", supervisor.storageEngineName());
-            fallBackToLocalStorage(Strings::format("STORAGE_NOT_AVAILABLE_MESSAGE", supervisor.storageEngineName()));
-        }
-    }
-    supervisor.setCaller(AlertPresenter::shared());
+    if (const auto fallback = StorageEngineStart::start()) tellStorageFallback(*fallback);
+    Supervisor::shared().setCaller(AlertPresenter::shared());
 }
 
 void MainViewController::showLoadingWindow() {
@@ -161,10 +138,12 @@ void MainViewController::loadInitialData() {
 }
 
 void MainViewController::fallBackToLocalStorage(const std::string& message) {
-    Supervisor& supervisor = Supervisor::shared();
-    if (const auto engine = supervisor.currentStorageEngine()) engine->hideProgress();
-    supervisor.setStorageToLocal();
-    if (!supervisor.currentStorageEngine()) createStorageEngine(StorageType::Local);
+    if (const auto engine = Supervisor::shared().currentStorageEngine()) engine->hideProgress();
+    StorageEngineStart::fallBackToLocalStorage();
+    tellStorageFallback(message);
+}
+
+void MainViewController::tellStorageFallback(const std::string& message) {
     updateStorageIcon();
     ask({.title = Strings::localized("WARNING"), .message = message, .buttons = {Strings::localized("OK_BUTTON")}});
 }

@@ -78,5 +78,37 @@ TEST_F(StatusAndHistoryProgramTest, TheHistoryListsEverySessionNewestFirst) {
         << text.output;
 }
 
+// A stored engine that can't start (this build has no Dropbox engine) gives way to local
+// storage for the run, as a backup does, and the user is told; the stored choice stays.
+TEST_F(StatusAndHistoryProgramTest, WithAStoredEngineThatCantStartTheCommandsWorkOnLocalStorage) {
+    store(700000000, "First");
+    store(700086400, "Second");
+    ASSERT_EQ(run("settings CurrentStorageType 1").status, 0);
+    const std::string warning = "Dropbox™ storage is not available in this build: local storage is used";
+    const auto told = [&](const test::ProgramOutcome& outcome) {
+        return outcome.errors.find(warning) != std::string::npos;
+    };
+
+    const auto status = run("status --json");
+    ASSERT_EQ(status.status, 0) << status.errors;
+    EXPECT_TRUE(told(status)) << status.errors;
+    const auto shown = nlohmann::json::parse(status.output);
+    EXPECT_EQ(shown["storage"]["type"], 5);
+    EXPECT_EQ(shown["session"]["title"], "Second");
+
+    const auto history = run("history --json");
+    ASSERT_EQ(history.status, 0) << history.errors;
+    EXPECT_TRUE(told(history)) << history.errors;
+    EXPECT_EQ(nlohmann::json::parse(history.output).size(), 2u);
+
+    const std::string card = device_.path("/var/mobile/Second.vcf");
+    const auto share = run("share vcard " + card);
+    ASSERT_EQ(share.status, 0) << share.errors;
+    EXPECT_TRUE(told(share)) << share.errors;
+    EXPECT_NE(FileManager::contentsOfFile(card).value_or("").find("BEGIN:VCARD"), std::string::npos);
+
+    EXPECT_EQ(run("settings CurrentStorageType").output, "1\n");
+}
+
 }  // namespace
 }  // namespace stowhaven

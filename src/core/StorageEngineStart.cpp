@@ -1,0 +1,50 @@
+#include "core/StorageEngineStart.h"
+
+#include "core/Supervisor.h"
+#include "platform/Log.h"
+#include "platform/Strings.h"
+#include "storage/StorageEngineFactory.h"
+#include "storage/addressbook/ABAddressBookHelper.h"
+
+#include <chrono>
+#include <memory>
+#include <thread>
+
+namespace stowhaven {
+
+namespace {
+
+constexpr std::chrono::seconds kInitializationPoll{1};
+
+// An engine that connects in the background is waited for, until it is ready or failed.
+void waitForInitialization(const std::shared_ptr<StorageHelperProtocol>& engine) {
+    BackgroundInitialization* initialization = answersTo<BackgroundInitialization>(engine);
+    if (initialization == nullptr) return;
+    while (!initialization->isInitialized() && !engine->errorMessage())
+        std::this_thread::sleep_for(kInitializationPoll);
+    if (const auto error = engine->errorMessage()) SH_LOG("FTP Connection error: {}", *error);
+}
+
+}  // namespace
+
+std::optional<std::string> StorageEngineStart::start() {
+    Supervisor& supervisor = Supervisor::shared();
+    if (supervisor.isStorageAddressbook()) ABAddressBookHelper::createABAddressBookHelper();
+    if (supervisor.isStorageAddressbook()) return std::nullopt;
+    if (const auto engine = createStorageEngine(supervisor.currentStorageType())) {
+        waitForInitialization(engine);
+        return std::nullopt;
+    }
+    const std::string name = supervisor.storageEngineName();
+    SH_LOG("No {} engine in this build", name);
+    fallBackToLocalStorage();
+    return Strings::format("STORAGE_NOT_AVAILABLE_MESSAGE", name);
+}
+
+void StorageEngineStart::fallBackToLocalStorage() {
+    Supervisor& supervisor = Supervisor::shared();
+    supervisor.setStorageToLocal();
+    if (!supervisor.currentStorageEngine()) createStorageEngine(StorageType::Local);
+}
+
+}  // namespace stowhaven
