@@ -1,6 +1,7 @@
 #include "core/StowhavenAppDelegate.h"
 
 #include "core/DataToImport.h"
+#include "core/NetworkMtu.h"
 #include "core/ProcessFlags.h"
 #include "core/SettingsKeys.h"
 #include "core/Supervisor.h"
@@ -31,8 +32,6 @@ constexpr double kBackgroundTimeRemaining = std::numeric_limits<double>::infinit
 
 std::mutex gStartupSweepMutex;
 std::shared_future<void> gStartupSweep;
-
-void runMtuCommand() { Supervisor::shared().systemExecute("ifconfig en0 mtu 1400"); }
 
 // The links into the mobile user's contacts and media live while the program is in front.
 void removeSymlinks() {
@@ -111,7 +110,7 @@ void StowhavenAppDelegate::setupUserDefaults() {
 void StowhavenAppDelegate::refreshPreferences() {
     Battery& battery = Platform::current().battery();
     battery.setMonitoringEnabled(true);
-    runMtuCommand();
+    limitNetworkMtu();
 
     Supervisor& supervisor = Supervisor::shared();
     for (const SettingKey& key : SettingsKeys::all()) {
@@ -177,7 +176,7 @@ void StowhavenAppDelegate::applicationWillEnterForeground() {
     ABAddressBookHelper::createSymlink();
     if (gAutoScanPhotosEnabled || gAutoScanVideosEnabled) PhotoVideoManager::createSymlink();
     gWasForegrounded = true;
-    runMtuCommand();
+    limitNetworkMtu();
     UserDefaults::standard().reload();
     refreshPreferences();
     NotificationCenter::defaultCenter().post(kApplicationWillEnterForegroundNotification);

@@ -1,5 +1,6 @@
 #include "core/Supervisor.h"
 
+#include "core/NetworkMtu.h"
 #include "platform/ApplicationNotifications.h"
 #include "platform/DeviceFacts.h"
 #include "platform/DeviceRoot.h"
@@ -77,7 +78,7 @@ Supervisor::Supervisor() : version_(STOWHAVEN_VERSION), exitHandler_(ProcessCont
     refreshFreeSpace();
     linkAccessibilitySettings();
     installMissingTools();
-    systemExecute("ifconfig en0 mtu 1400");
+    limitNetworkMtu();
     removeTemporaryFiles();
     currentStorageType_ = persistedStorageType();
     loadMaximumBackups();
@@ -110,13 +111,14 @@ void Supervisor::installMissingTools() {
 
 void Supervisor::systemExecute(const std::string& command) { Platform::current().shell().systemExecute(command); }
 
-void Supervisor::reboot() { systemExecute("reboot"); }
+void Supervisor::reboot() { Platform::current().shell().executeOnRunningSystem("reboot"); }
 
 void Supervisor::respring() {
+    Shell& shell = Platform::current().shell();
     if (isFileOnDevice("/usr/bin/respring")) {
-        systemExecute("respring");
+        shell.executeOnRunningSystem("respring");
     } else if (isFileOnDevice("/bin/launchctl")) {
-        systemExecute("launchctl stop com.apple.SpringBoard");
+        shell.executeOnRunningSystem("launchctl stop com.apple.SpringBoard");
     } else if (isFileOnDevice("/usr/bin/killall")) {
         Platform::current().systemNotifications().post("com.apple.language.changed");
     } else {

@@ -2,6 +2,7 @@
 
 #include "platform/FileManager.h"
 #include "platform/Log.h"
+#include "platform/Platform.h"
 #include "platform/dispatch/NotificationCenter.h"
 
 #include <fmt/format.h>
@@ -60,7 +61,9 @@ void Supervisor::cancelChildProcesses() {
             SH_LOG("Refusing process number <{}>", line);
             continue;
         }
-        systemExecute("kill -9 " + line);
+        // The listing is of the whole machine, so on a copy of a device it may name the
+        // commands of another program: nothing is killed there.
+        Platform::current().shell().executeOnRunningSystem("kill -9 " + line);
     }
 }
 

@@ -1,5 +1,8 @@
 #include "platform/Shell.h"
 
+#include "platform/DeviceRoot.h"
+#include "platform/Log.h"
+
 #include <fmt/format.h>
 
 namespace stowhaven {
@@ -10,6 +13,14 @@ namespace stowhaven {
 // What the program stores of a session it makes private itself, by explicit modes.
 std::string Shell::wrap(const std::string& command) {
     return fmt::format("umask 022; export PATH=/usr/bin:$PATH; ({}) > /dev/null 2>&1; echo Done", command);
+}
+
+void Shell::executeOnRunningSystem(const std::string& command) {
+    if (!DeviceRoot::isDeviceItself()) {
+        SH_LOG("Not run on the device root <{}>, as it acts on the running system: {}", DeviceRoot::get(), command);
+        return;
+    }
+    systemExecute(command);
 }
 
 }  // namespace stowhaven

@@ -14,6 +14,12 @@ public:
     // shell returns. Output and exit status are thrown away.
     virtual void systemExecute(const std::string& command) = 0;
 
+    // A line that acts on the running machine rather than on files under the device root:
+    // its network interface, its processes, a restart. It runs only when the device root is
+    // "/"; on any other root the machine at hand is not the device, and the line is logged
+    // and left.
+    void executeOnRunningSystem(const std::string& command);
+
     // The exact text handed to the shell for a command line.
     static std::string wrap(const std::string& command);
 };

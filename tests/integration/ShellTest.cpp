@@ -71,6 +71,21 @@ TEST_F(ShellTest, TheDevicesToolsWriteWithTheDevicesUsualModesWhateverTheProgram
     EXPECT_EQ(FileManager::attributesOfItem(folder_ / "lists")->permissions & 0777, 0755u);
 }
 
+// What a session unpacks lies in the temporary folder, and the user's key is the program's
+// alone.
+TEST_F(ShellTest, ToolsSeeNeitherTheUsersKeyNorTheTemporaryFolderOnTheirPath) {
+    ASSERT_EQ(setenv("STOWHAVEN_KEY", "secret", 1), 0);
+    shell_.systemExecute("env > " + (folder_ / "env.txt"));
+    unsetenv("STOWHAVEN_KEY");
+    const std::string environment = "\n" + contentsOf(folder_ / "env.txt");
+    EXPECT_EQ(environment.find("secret"), std::string::npos) << environment;
+    const std::size_t path = environment.find("\nPATH=");
+    ASSERT_NE(path, std::string::npos) << environment;
+    const std::string searchPath = environment.substr(path + 6, environment.find('\n', path + 1) - path - 6);
+    EXPECT_TRUE(searchPath.ends_with(":" + (folder_ / "var/lib/stowhaven/tools"))) << searchPath;
+    EXPECT_EQ(searchPath.find(TemporaryDirectory::path()), std::string::npos) << searchPath;
+}
+
 TEST_F(ShellTest, ACommandLeavesItsFilesAndNothingElseComesBack) {
     const std::string output = folder_ / "out.txt";
     shell_.systemExecute("echo hello > " + output);

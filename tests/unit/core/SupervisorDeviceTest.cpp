@@ -28,6 +28,8 @@ protected:
     Supervisor& supervisor_ = scope_.supervisor();
 };
 
+// The scope's device root is a copy of a device, not "/": a line that would restart the
+// machine at hand is logged and never reaches the shell.
 TEST_F(SupervisorDeviceTest, ARespringTakesTheFirstWayTheDeviceHasAndElseAsksTheUser) {
     const auto& posted = scope_.services.systemNotifications.posted;
 
@@ -38,14 +40,17 @@ TEST_F(SupervisorDeviceTest, ARespringTakesTheFirstWayTheDeviceHasAndElseAsksThe
     scope_.makeFile("/usr/bin/killall");
     supervisor_.respring();
     EXPECT_EQ(posted, std::vector<std::string>{"com.apple.language.changed"});
-    EXPECT_TRUE(commands().empty());
 
+    test::CapturedLog log;
     scope_.makeFile("/bin/launchctl");
     supervisor_.respring();
+    EXPECT_TRUE(log.contains("as it acts on the running system: launchctl stop com.apple.SpringBoard"));
     scope_.makeFile("/usr/bin/respring");
     supervisor_.respring();
+    EXPECT_TRUE(log.contains("as it acts on the running system: respring"));
     supervisor_.reboot();
-    EXPECT_EQ(commands(), (std::vector<std::string>{"launchctl stop com.apple.SpringBoard", "respring", "reboot"}));
+    EXPECT_TRUE(log.contains("as it acts on the running system: reboot"));
+    EXPECT_TRUE(commands().empty());
     EXPECT_EQ(posted.size(), 1u);
     EXPECT_EQ(alerts().size(), 1u);
 }
