@@ -1,14 +1,25 @@
 #!/usr/bin/env bash
 # Builds the fuzz targets with clang and libFuzzer, AddressSanitizer and
-# UndefinedBehaviorSanitizer, and runs each for SECONDS (default 600) on a seed corpus
-# made afresh. Findings stay in build-fuzz/findings/; a finding fails the script.
-#   scripts/fuzz.sh [SECONDS] [TARGET...]      targets: fuzz_history_text fuzz_keyed_archive
+# UndefinedBehaviorSanitizer, and runs each in turn for SECONDS (default 600) on a seed
+# corpus made afresh, one target for each reader of outside input:
+#   fuzz_history_text    history text (Base64 of zlib of a keyed archive)
+#   fuzz_keyed_archive   keyed archives, binary or XML
+#   fuzz_tar_listing     tar archives, and tar's own listing of one
+#   fuzz_plist           property lists, binary or XML, and the settings file
+#   fuzz_vcard_note      shared vCards and address-book notes, old and current
+#   fuzz_package_files   the package scan, the package manager's settings and apt list
+#   fuzz_restore_log     session package lines and apt-get's install logs
+# Each target's output goes to build-fuzz/logs/TARGET.log, ending with its final stats.
+# Findings stay in build-fuzz/findings/TARGET/; a finding fails the script. CPU is shared:
+# run it under nice.
+#   scripts/fuzz.sh [SECONDS] [TARGET...]      all targets when none is named
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:-600}
 shift || true
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(fuzz_history_text fuzz_keyed_archive)
+[ ${#targets[@]} -gt 0 ] || targets=(fuzz_history_text fuzz_keyed_archive fuzz_tar_listing fuzz_plist
+  fuzz_vcard_note fuzz_package_files fuzz_restore_log)
 
 # libstdc++ 12's <source_location> needs clang 15 or later; Debian 12 has clang 16.
 clang=clang++-16
@@ -29,9 +40,15 @@ status=0
 for target in "${targets[@]}"; do
   corpus="$dir/corpus/$target"
   findings="$dir/findings/$target"
-  mkdir -p "$corpus" "$findings"
-  echo "== $target for $seconds s"
-  "$dir/fuzz/$target" "$corpus" "$dir/seeds/${target#fuzz_}" -max_total_time="$seconds" -max_len=65536 \
-    -timeout=10 -rss_limit_mb=2048 -artifact_prefix="$findings/" -print_final_stats=1 || status=1
+  log="$dir/logs/$target.log"
+  mkdir -p "$corpus" "$findings" "$dir/logs"
+  echo "== $target for $seconds s (log: $log)"
+  if ! "$dir/fuzz/$target" "$corpus" "$dir/seeds/${target#fuzz_}" -max_total_time="$seconds" -max_len=65536 \
+    -timeout=10 -rss_limit_mb=2048 -artifact_prefix="$findings/" -print_final_stats=1 >"$log" 2>&1; then
+    status=1
+    echo "   FINDING: see $log and $findings/"
+  fi
+  { grep -E '^(#[0-9]+[[:space:]]+DONE|Done [0-9]+ runs|stat::(average_exec_per_sec|peak_rss_mb))' "$log" || true; } |
+    sed 's/^/   /'
 done
 exit $status
