@@ -1,10 +1,11 @@
 // The tar reader on any bytes, as archives from storage and old notes reach it, and the
 // reader of what tar itself lists. Beyond not failing: what a listing says lies within the
-// archive's bytes, a file reads as the same bytes in memory do, an archive with members
-// starts with a header (so that it is taken for plain tar), and a restore places no member
-// of it outside the places it owns.
+// archive's bytes, a file reads as the same bytes in memory do, an archive with members is
+// taken for plain tar whatever its first bytes spell, and a restore places no member of it
+// outside the places it owns.
 
 #include "FuzzSupport.h"
+#include "archive/ArchiveKind.h"
 #include "archive/TarListing.h"
 #include "platform/DeviceRoot.h"
 #include "restore/ArchiveListing.h"
@@ -25,9 +26,6 @@ using Type = TarListing::Type;
 constexpr std::uint64_t kBlock = 512;
 
 void checkMembersLieInArchive(const std::vector<Member>& members, std::string_view archive) {
-    if (!members.empty()) {
-        fuzz::expect(TarListing::isHeaderBlock(archive.substr(0, kBlock)), "an archive with members starts with a header");
-    }
     std::uint64_t previousEnd = 0;
     for (const Member& member : members) {
         fuzz::expect(!member.name.empty(), "every member has a name");
@@ -47,8 +45,12 @@ bool sameMember(const Member& left, const Member& right) {
            left.modificationTime == right.modificationTime;
 }
 
+// Also taken for plain tar when there is something to list, whatever its first bytes spell.
 void checkFileReadsTheSame(const std::vector<Member>& members, std::string_view archive) {
-    const auto fromFile = TarListing::read(fuzz::writtenToDevice("archive.tar", archive));
+    const std::string path = fuzz::writtenToDevice("archive.tar", archive);
+    fuzz::expect(members.empty() || archiveKindOf(path) == ArchiveKind::PlainTar,
+                 "an archive with members is taken for plain tar");
+    const auto fromFile = TarListing::read(path);
     fuzz::expect(fromFile && fromFile->size() == members.size(), "a file lists as its bytes do");
     for (std::size_t index = 0; index < members.size(); ++index) {
         fuzz::expect(sameMember((*fromFile)[index], members[index]), "a file lists as its bytes do");
