@@ -99,6 +99,7 @@ CydiaFileManager::CydiaFileManager() {
     }
     splitSizeInMegaBytes_ = static_cast<std::int32_t>(settledSplitSizeInMegaBytes());
     observeNotifications();
+    supervisor.setJobSummaryProvider([] { return CydiaFileManager::shared().jobSummary(); });
 }
 
 CydiaFileManager::~CydiaFileManager() {

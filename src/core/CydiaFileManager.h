@@ -28,6 +28,8 @@
 
 namespace stowhaven {
 
+struct JobSummary;
+
 // The central catalogue: what is on the device (packages, applications, sources,
 // preference and SpringBoard files, the stock data sets), the sessions of the current
 // storage, and the comparison of the two, which says what a restore would bring back. It
@@ -178,6 +180,9 @@ public:
     void emailABData(const std::string& historyText);
     void emailPackagesAsText();
     std::string twitterFeedData();
+    // What the calendar entry of a finished job says: the packages text, the feed text and
+    // the title and description of the newest session.
+    JobSummary jobSummary();
     PlistValue::Dictionary facebookFeedData() const;
     void setFacebookFeedData(const std::string& caption, const Packages& packages);
     static void displayNothingToShareAlert();

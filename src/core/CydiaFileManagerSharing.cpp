@@ -169,6 +169,15 @@ std::string CydiaFileManager::twitterFeedData() {
                        supervisor.storageEngineName());
 }
 
+JobSummary CydiaFileManager::jobSummary() {
+    const auto sessions = backupSessions();
+    const auto last = sessions.empty() ? nullptr : sessions.back();
+    return {.packagesText = getPackagesAsText(),
+            .twitterFeedData = twitterFeedData(),
+            .lastSessionTitle = last ? last->title().value_or("") : "",
+            .lastSessionDescription = last ? last->quickDescription().value_or("") : ""};
+}
+
 PlistValue::Dictionary CydiaFileManager::facebookFeedData() const {
     std::lock_guard lock(mutex_);
     return facebookFeedData_;

@@ -13,6 +13,7 @@ namespace stowhaven {
 namespace {
 
 constexpr const char* kStorageFolder = "/var/mobile/Library/Preferences/Stowhaven";
+constexpr const char* kCalendarFolder = "/var/mobile/Library/Stowhaven/Calendar";
 
 class BackupProgramTest : public ::testing::Test {
 protected:
@@ -39,6 +40,7 @@ TEST_F(BackupProgramTest, ABackupRunsOnlyWhenConfirmedAndEndsWithItsSession) {
     EXPECT_NE(unconfirmed.errors.find("--yes"), std::string::npos);
     EXPECT_TRUE(stored().empty());
 
+    ASSERT_EQ(run("settings iCalIntegrationEnabled true").status, 0);
     const auto outcome = run("backup --yes --title 'Before the upgrade'");
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     EXPECT_NE(outcome.output.find("Backup done on local storage"), std::string::npos);
@@ -50,6 +52,12 @@ TEST_F(BackupProgramTest, ABackupRunsOnlyWhenConfirmedAndEndsWithItsSession) {
 
     const auto history = run("history");
     EXPECT_NE(history.output.find("Before the upgrade"), std::string::npos) << history.output;
+
+    // The job's end stands in the device's calendar, with the session's title.
+    const auto events = FileManager::contentsOfDirectory(device_.path(kCalendarFolder));
+    ASSERT_TRUE(events && events->size() == 1u);
+    const auto event = FileManager::contentsOfFile(device_.path(kCalendarFolder) + "/" + events->front());
+    EXPECT_NE(event.value_or("").find("SUMMARY:Stowhaven™: Backup [Before the upgrade]"), std::string::npos);
 }
 
 TEST_F(BackupProgramTest, AnEncryptedBackupNeedsItsKeyAndAFailedOneSaysWhy) {
