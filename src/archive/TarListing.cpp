@@ -363,6 +363,13 @@ private:
         if (flag == 'L' || flag == 'K') {
             auto& target = flag == 'L' ? extensions.longName : extensions.longLink;
             if (target) return fail("second long name for one member" + at(offset));
+            // GNU tar reads a long name as a C string over the whole blocks it fills: one whose
+            // size stops short of its NUL runs on into the rest of its last block.
+            if (!data.empty() && data.back() != '\0' && size % kBlockSize != 0) {
+                char following = '\0';
+                if (!read(offset + kBlockSize + size, &following, 1, "extension header")) return std::nullopt;
+                if (following != '\0') return fail("long name running on past its size" + at(offset));
+            }
             // GNU tar counts the closing NUL in the size.
             while (!data.empty() && data.back() == '\0') data.pop_back();
             if (data.empty()) return fail("empty long name" + at(offset));

@@ -40,7 +40,8 @@ public:
     // where tar stops too, or at the end of the file between members. Nothing, with a short
     // reason in `error`, for a file that can't be read or a damaged or doubtful archive: a
     // bad checksum, a truncated header or data, a size field beyond the file, an extension
-    // header over 1 MiB or malformed, a NUL inside a long name, an extension header that
+    // header over 1 MiB or malformed, a NUL inside a long name or a long name that runs on
+    // past its size (as GNU tar reads it, to the next NUL), an extension header that
     // belongs to no member, a pax global header that would rename members, or data on a
     // directory, link or device (tars disagree on whether that data is skipped).
     static std::optional<std::vector<Member>> read(const std::string& path, std::string* error = nullptr);

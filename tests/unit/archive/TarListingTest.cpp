@@ -392,6 +392,27 @@ TEST(TarListingTest, RefusesArchivesThatTarsCouldReadDifferently) {
     }
 }
 
+// GNU tar reads a long name as a C string over the whole blocks it fills, so a size that
+// stops short of the NUL doesn't end the name: the listing would judge one name and tar
+// unpack another.
+TEST(TarListingTest, ReadsALongNameToItsEndAsTarDoes) {
+    HandMadeArchive archive;
+    const std::string judged = "var/mobile/Library/Notes/a";
+    const std::string unpacked = judged + "/../../../../../etc/passwd";
+    const std::string runningOn = headerBlock(Header("././@LongLink").typed('L').sized(judged.size())) +
+                                  padded(unpacked) + member(Header("stand-in"), "x") + kEnd;
+    EXPECT_NE(archive.refusal(runningOn).find("long name running on past its size"), std::string::npos);
+    test::TestFolder folder;
+    writeFile(folder / "running-on.tar", runningOn);
+    EXPECT_EQ(test::runCommand("tar -tf '" + (folder / "running-on.tar") + "'"), unpacked + "\n");
+
+    const std::string endedByPadding = member(Header("././@LongLink").typed('L'), judged) +
+                                       member(Header("stand-in"), "x") + kEnd;
+    EXPECT_EQ(archive.names(endedByPadding), std::vector<std::string>{judged}) << "no NUL, but the block ends it";
+    writeFile(folder / "ended.tar", endedByPadding);
+    EXPECT_EQ(test::runCommand("tar -tf '" + (folder / "ended.tar") + "'"), judged + "\n");
+}
+
 TEST(TarListingTest, SaysWhyAFileCannotBeListed) {
     test::TestFolder folder;
     std::string error;
