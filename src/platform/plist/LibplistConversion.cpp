@@ -38,6 +38,12 @@ const char* checkedText(const std::string& text) {
     return text.c_str();
 }
 
+// A keyed archive's references are 32 bits wide; libplist writes no more of a UID.
+std::uint64_t checkedUid(std::uint64_t uid) {
+    if (uid > std::numeric_limits<std::uint32_t>::max()) throw Refusal{"a UID beyond 32 bits"};
+    return uid;
+}
+
 Node encode(const PlistValue& value, std::size_t depth, std::size_t maximumDepth) {
     if ((value.isArray() || value.isDictionary()) && depth >= maximumDepth) {
         throw Refusal{fmt::format("nesting deeper than {} levels", maximumDepth)};
@@ -80,7 +86,7 @@ Node encode(const PlistValue& value, std::size_t depth, std::size_t maximumDepth
             return dictionary;
         }
         case PlistKind::Uid:
-            return checked(plist_new_uid(*value.asUid()));
+            return checked(plist_new_uid(checkedUid(*value.asUid())));
     }
     throw Refusal{"a value of no known kind"};
 }
@@ -148,7 +154,7 @@ PlistValue decodeDictionary(plist_t node) {
         dictionary.insert_or_assign(std::move(name), decode(element));
     }
     if (dictionary.size() == 1 && dictionary.begin()->first == kUidKey) {
-        if (const auto uid = dictionary.begin()->second.asUnsignedInteger()) return PlistValue::uid(*uid);
+        if (const auto uid = dictionary.begin()->second.asUnsignedInteger()) return PlistValue::uid(checkedUid(*uid));
     }
     return dictionary;
 }
@@ -180,7 +186,7 @@ PlistValue decode(plist_t node) {
         case PLIST_UID: {
             std::uint64_t value = 0;
             plist_get_uid_val(node, &value);
-            return PlistValue::uid(value);
+            return PlistValue::uid(checkedUid(value));
         }
         default:
             throw Refusal{fmt::format("a node of libplist type {}", static_cast<int>(plist_get_node_type(node)))};

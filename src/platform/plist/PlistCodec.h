@@ -21,11 +21,11 @@ public:
     static constexpr std::size_t kMaximumNesting = 512;
 
     // Binary ("bplist00") or XML, told apart by the first bytes. What serialize() would
-    // refuse (a string or key that isn't UTF-8 or holds a NUL) isn't read either, so that
-    // settings read from a file can always be written again.
+    // refuse (a string or key that isn't UTF-8 or holds a NUL, a UID beyond 32 bits) isn't
+    // read either, so that settings read from a file can always be written again.
     static std::optional<PlistValue> parse(std::string_view bytes);
     // Nothing when the value can't be a property list: a null inside, a string or key that
-    // isn't UTF-8 or holds a NUL, nesting too deep. Dates in XML keep whole seconds only,
+    // isn't UTF-8 or holds a NUL, a UID beyond 32 bits, nesting too deep. Dates in XML keep whole seconds only,
     // and XML holds none before year 1 or after year 9999 (nor one that is no number).
     static std::optional<std::string> serialize(const PlistValue& value, PlistFormat format);
 

@@ -177,6 +177,7 @@ TEST(PlistCodecTest, RefusesValuesNoPropertyListCanHold) {
         "\xf4\x90\x80\x80",           // beyond U+10FFFF
         Dictionary{{std::string("k\0", 2), 1}},
         Dictionary{{"\xff", 1}},
+        PlistValue::uid(std::uint64_t{1} << 32),
     };
     for (const PlistValue& value : refused) {
         for (const PlistFormat format : {PlistFormat::Binary, PlistFormat::Xml}) {

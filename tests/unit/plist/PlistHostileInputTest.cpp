@@ -93,14 +93,18 @@ TEST(PlistHostileInputTest, RefusesObjectTablesThatPointAstray) {
     expectRefused(topAstray, "a top object beyond the objects");
 }
 
-TEST(PlistHostileInputTest, RefusesTextItCouldNotWriteBack) {
+TEST(PlistHostileInputTest, RefusesWhatItCouldNotWriteBack) {
     // Read, such text would leave a value that no writer takes: settings that hold it could
-    // never be changed again.
+    // never be changed again. A UID beyond 32 bits would be written as another.
     expectRefused("<plist><dict><key>Dropbox\xff\xff\xff+</key><integer>1</integer></dict></plist>",
                   "an XML key that isn't UTF-8");
     expectRefused("<plist><array><string>\xc3</string></array></plist>", "an XML string cut inside a character");
     expectRefused(binaryPlist({"\xd1\x01\x02", "\x51\xff", "\x10\x05"}), "a binary key beyond ASCII");
     expectRefused(binaryPlist({"\x51\xff"}), "an ASCII string beyond ASCII");
+    expectRefused(binaryPlist({"\x87" + bigEndian(0x100000000, 8)}), "a UID beyond 32 bits");
+    expectRefused("<plist><dict><key>CF$UID</key><integer>4294967296</integer></dict></plist>",
+                  "an XML UID beyond 32 bits");
+    EXPECT_EQ(PlistCodec::parse(binaryPlist({"\x83" + bigEndian(0xffffffff, 4)})), PlistValue::uid(0xffffffff));
 }
 
 TEST(PlistHostileInputTest, RefusesDeepNestingBeforeLibplistRecursesIntoIt) {
