@@ -24,8 +24,9 @@ public:
     // Reads the screen to the program's end and answers its exit status; -1 when a signal
     // ended it.
     int finish();
-    // Sends the signal to the program and to the tools it runs, all at once: SIGSTOP holds
-    // them where they are, SIGKILL ends them as a crash would.
+    // Sends the signal to the program's process group on its terminal: SIGSTOP holds the
+    // program where it is, SIGKILL ends it as a crash would. The tools it runs stand in
+    // process groups of their own and go on to their end, as on the device.
     void signal(int number) const;
 
     // Everything the screen showed so far, logs included with --verbose.
