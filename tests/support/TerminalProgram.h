@@ -12,7 +12,7 @@ class TerminalProgram {
 public:
     // Starts the program with ARGUMENTS, a command-line text.
     explicit TerminalProgram(const std::string& arguments);
-    // Ends the program, and the tools it runs, if it still runs.
+    // Ends the program if it still runs.
     ~TerminalProgram();
     TerminalProgram(const TerminalProgram&) = delete;
     TerminalProgram& operator=(const TerminalProgram&) = delete;
