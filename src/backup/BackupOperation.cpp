@@ -85,16 +85,26 @@ void BackupOperation::observeClosingNotices() {
     gLeftBehindObservers.push_back(center.addObserver("BACKUP_SUCCEEDED", &MainQueue::shared(),
                                                       [self](const Notification&) { self->backupSucceeded(); }));
     gLeftBehindObservers.push_back(center.addObserver("PROGRESS_CANCELED", &MainQueue::shared(),
-                                                      [self](const Notification&) { self->backupFailed(); }));
+                                                      [self](const Notification&) { self->canceled(); }));
+}
+
+void BackupOperation::canceled() {
+    if (!running_) backupFailed();
 }
 
 void BackupOperation::main() {
-    Supervisor& supervisor = Supervisor::shared();
-    CydiaFileManager& manager = CydiaFileManager::shared();
-    SH_LOG("Starting on {}...", supervisor.storageEngineName());
+    SH_LOG("Starting on {}...", Supervisor::shared().storageEngineName());
     setName("BackupOperation");
     timing_ = now();
     observeClosingNotices();
+    running_ = true;
+    run();
+    running_ = false;
+}
+
+void BackupOperation::run() {
+    Supervisor& supervisor = Supervisor::shared();
+    CydiaFileManager& manager = CydiaFileManager::shared();
     supervisor.resetCancelStatus();
     supervisor.notifyProgress(std::nullopt, Strings::localized("PROCESSING_SELECTED_PACKAGES"));
 
@@ -109,12 +119,12 @@ void BackupOperation::main() {
     // A record the storage refused ends the run here, with its message left for the alert:
     // on the address book the record is the whole backup, and on a file engine no data
     // goes after a history that isn't there.
-    if (!manager.hasSuccessfullySaveData()) {
+    if (!manager.hasSuccessfullySaveData() || supervisor.isCanceled()) {
         backupFailed();
         return;
     }
     if (supervisor.isCloudStorage()) {
-        const bool ran = runDataOperations();
+        const bool ran = runDataOperations() && !supervisor.isCanceled();
         // A part, an index or a folder that the engine couldn't store fails the backup: a
         // session missing some of its data is no backup to keep, nor to roll over for.
         const auto failed = failedStorageRequests();

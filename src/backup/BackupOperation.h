@@ -43,6 +43,11 @@ public:
 
 private:
     void observeClosingNotices();
+    // The steps of main(), between its start and its end.
+    void run();
+    // A cancel while main() runs closes the run once its steps have stopped, so that no
+    // step writes into the session after the failure took it away.
+    void canceled();
     // The data operations on an inner serial queue; false when one of them failed.
     bool runDataOperations();
     // This run's session is in the history and, on a file engine, its history file listed.
@@ -51,6 +56,7 @@ private:
     double timing_ = 0;
     // This run has closed with success: no later failure notice takes its session away.
     std::atomic<bool> succeeded_{false};
+    std::atomic<bool> running_{false};
     // The session this run made; a failure removes it, and nothing older.
     std::shared_ptr<BackupSession> session_;
 };

@@ -183,6 +183,7 @@ void StowhavenAppDelegate::applicationWillEnterForeground() {
 }
 
 void StowhavenAppDelegate::stopEverything() {
+    Platform::current().shell().stopRunningCommands();
     removeSymlinks();
     Platform::current().battery().setMonitoringEnabled(false);
     sweepTemporaryItems();

@@ -38,6 +38,8 @@ bool isProcessNumberOrEmpty(const std::string& line) {
 
 void Supervisor::handleProgressCanceled() {
     fCanceled_ = true;
+    // The job's tools go first, so that none writes into the temporary folder once swept.
+    Platform::current().shell().stopRunningCommands();
     removeTemporaryFiles();
     removeTemporaryFolders();
     NotificationCenter::defaultCenter().post("OPERATION_CANCELED");

@@ -5,10 +5,12 @@
 #include "platform/TemporaryDirectory.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <vector>
 
@@ -36,6 +38,9 @@ public:
 private:
     posix_spawn_file_actions_t actions_;
 };
+
+// What a tool gets to write its last bytes and leave once asked to terminate.
+constexpr std::chrono::seconds kTerminationGrace{5};
 
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
     std::vector<char*> pointers;
@@ -66,9 +71,24 @@ void HostShell::systemExecute(const std::string& command) {
         SH_LOG("Couldn't start the shell: {}", std::strerror(spawnError));
         return;
     }
+    {
+        std::lock_guard lock(mutex_);
+        running_.insert(child);
+    }
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
+    std::lock_guard lock(mutex_);
+    running_.erase(child);
+    ended_.notify_all();
+}
+
+void HostShell::stopRunningCommands() {
+    std::unique_lock lock(mutex_);
+    for (const pid_t group : running_) kill(-group, SIGTERM);
+    if (ended_.wait_for(lock, kTerminationGrace, [this] { return running_.empty(); })) return;
+    for (const pid_t group : running_) kill(-group, SIGKILL);
+    ended_.wait(lock, [this] { return running_.empty(); });
 }
 
 }  // namespace stowhaven

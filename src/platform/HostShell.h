@@ -2,6 +2,12 @@
 
 #include "platform/Shell.h"
 
+#include <sys/types.h>
+
+#include <condition_variable>
+#include <mutex>
+#include <set>
+
 namespace stowhaven {
 
 // The shell of the machine the program runs on: /bin/sh with the device tools' environment,
@@ -9,6 +15,14 @@ namespace stowhaven {
 class HostShell final : public Shell {
 public:
     void systemExecute(const std::string& command) override;
+    // Each command leads a process group of its own: the group is asked to terminate, and
+    // killed when it hasn't within a few seconds.
+    void stopRunningCommands() override;
+
+private:
+    std::mutex mutex_;
+    std::condition_variable ended_;
+    std::set<pid_t> running_;
 };
 
 }  // namespace stowhaven

@@ -20,6 +20,11 @@ public:
     // and left.
     void executeOnRunningSystem(const std::string& command);
 
+    // Ends the command lines running now (a cancel, the program leaving) and returns once
+    // they are gone: no tool of the program outlives the job it served. A shell that runs
+    // nothing of its own has nothing to end.
+    virtual void stopRunningCommands() {}
+
     // The exact text handed to the shell for a command line.
     static std::string wrap(const std::string& command);
 };

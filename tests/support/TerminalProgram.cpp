@@ -29,7 +29,8 @@ TerminalProgram::TerminalProgram(const std::string& arguments) {
     size.ws_col = 80;
     child_ = forkpty(&terminal_, nullptr, nullptr, &size);
     if (child_ == 0) {
-        const std::string command = std::string(STOWHAVEN_PROGRAM) + " " + arguments;
+        // The shell gives way to the program, so that Ctrl-C and the exit status are its own.
+        const std::string command = "exec " + std::string(STOWHAVEN_PROGRAM) + " " + arguments;
         execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char*>(nullptr));
         _exit(127);
     }
@@ -68,8 +69,8 @@ void TerminalProgram::type(const std::string& text) const {
     }
 }
 
-// The shell that runs the program leads a session of its own on the terminal: its process
-// group holds the program and every tool the program starts.
+// The program leads a session of its own on the terminal; the tools it runs lead process
+// groups of their own, which this doesn't reach.
 void TerminalProgram::signal(int number) const {
     if (child_ > 0) kill(-child_, number);
 }
