@@ -46,9 +46,7 @@ class FullDiskProgramTest : public ::testing::Test {
 protected:
     void SetUp() override {
         if (geteuid() != 0) GTEST_SKIP() << "mounting a small file system needs root";
-        for (const char* key : {"AutoScanPkgEnabled", "AutoScanStockAppsEnabled", "AutoScanOtherOptionsEnabled"}) {
-            ASSERT_EQ(run(std::string("settings ") + key + " true").status, 0);
-        }
+        ASSERT_TRUE(test::turnOnScans(device_.root()));
     }
 
     test::ProgramOutcome run(const std::string& arguments) const {

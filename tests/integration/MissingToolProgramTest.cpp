@@ -28,9 +28,7 @@ TEST(MissingToolProgramTest, ABackupWithoutSplitFailsNamingItAndStoresNoSession)
     if (geteuid() != 0) GTEST_SKIP() << "a mount namespace needs root";
     const test::SandboxDevice device("minimal");
     const std::string root = "--root " + device.root() + " ";
-    for (const char* key : {"AutoScanPkgEnabled", "AutoScanStockAppsEnabled", "AutoScanOtherOptionsEnabled"}) {
-        ASSERT_EQ(test::runProgram(root + "settings " + key + " true").status, 0);
-    }
+    ASSERT_TRUE(test::turnOnScans(device.root()));
 
     const auto backup = runWithout("split", root + "backup --yes");
 

@@ -25,9 +25,7 @@ class DamagedSessionProgramTest : public ::testing::Test {
 protected:
     void SetUp() override {
         if (geteuid() != 0) GTEST_SKIP() << "restores change owners: run as root";
-        for (const char* key : {"AutoScanPkgEnabled", "AutoScanStockAppsEnabled", "AutoScanOtherOptionsEnabled"}) {
-            ASSERT_EQ(run(std::string("settings ") + key + " true").status, 0);
-        }
+        ASSERT_TRUE(test::turnOnScans(device_.root()));
         FileManager::writeFile(keyFile(), "correct horse\n");
     }
 

@@ -48,9 +48,7 @@ class HostileSessionProgramTest : public ::testing::Test {
 protected:
     void SetUp() override {
         if (geteuid() != 0) GTEST_SKIP() << "restores change owners: run as root";
-        for (const char* key : {"AutoScanPkgEnabled", "AutoScanStockAppsEnabled", "AutoScanOtherOptionsEnabled"}) {
-            ASSERT_EQ(run(device_, std::string("settings ") + key + " true").status, 0);
-        }
+        ASSERT_TRUE(test::turnOnScans(device_.root()));
         const auto backup = run(device_, "backup --yes --title Trusted");
         ASSERT_EQ(backup.status, 0) << backup.errors;
     }
