@@ -19,7 +19,7 @@
 #include "support/SandboxDevice.h"
 #include "support/SupervisorScope.h"
 #include "support/TestFolder.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>

@@ -4,7 +4,7 @@
 #include "core/SessionHistory.h"
 #include "support/CatalogueFixture.h"
 #include "platform/Strings.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <algorithm>
 

@@ -10,7 +10,7 @@
 #include "storage/local/LocalStorageHelper.h"
 #include "support/CatalogueFixture.h"
 #include "support/TestFolder.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 #include "storage/local/LocalStorageHelper.h"
 #include "support/StorageEngineHarness.h"
 #include "support/SupervisorScope.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 

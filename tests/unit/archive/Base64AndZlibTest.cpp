@@ -1,6 +1,6 @@
 #include "archive/Base64.h"
 #include "archive/Zlib.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 

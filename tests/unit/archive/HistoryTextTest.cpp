@@ -4,7 +4,7 @@
 #include "archive/Zlib.h"
 #include "platform/plist/PlistCodec.h"
 #include "unit/archive/SampleRecords.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "archive/KeyedArchiver.h"
 #include "archive/KeyedUnarchiver.h"
 #include "unit/archive/SampleRecords.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 

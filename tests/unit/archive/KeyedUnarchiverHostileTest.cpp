@@ -2,7 +2,7 @@
 
 #include "archive/KeyedArchiver.h"
 #include "unit/archive/KeyedArchiveTestSupport.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 

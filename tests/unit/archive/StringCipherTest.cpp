@@ -1,5 +1,5 @@
 #include "archive/StringCipher.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 

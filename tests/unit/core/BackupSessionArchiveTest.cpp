@@ -14,7 +14,7 @@
 #include "platform/UserDefaults.h"
 #include "support/SampleSessions.h"
 #include "support/SupervisorScope.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 

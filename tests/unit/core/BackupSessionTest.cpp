@@ -9,7 +9,7 @@
 #include "platform/FileOwnership.h"
 #include "platform/plist/PlistCodec.h"
 #include "support/SupervisorScope.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 

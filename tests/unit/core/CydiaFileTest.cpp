@@ -4,7 +4,7 @@
 #include "support/DeviceRootScope.h"
 #include "support/FakeServices.h"
 #include "support/TestFolder.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "core/FileSizes.h"
 #include "platform/FileManager.h"
 #include "support/TestFolder.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "core/LanguageOrder.h"
 #include "support/TestFolder.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 #include "platform/Date.h"
 #include "platform/TemporaryDirectory.h"
 #include "support/SupervisorScope.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "core/Supervisor.h"
 #include "platform/UserDefaults.h"
 #include "support/SupervisorScope.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include "platform/TemporaryDirectory.h"
 #include "platform/UserDefaults.h"
 #include "support/SupervisorScope.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 #include "platform/UserDefaults.h"
 #include "support/FakeStorageEngine.h"
 #include "support/SupervisorScope.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "platform/plist/NestingGuard.h"
 #include "platform/plist/PlistCodec.h"
 #include "unit/plist/BinaryPlistBuilder.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 #include "platform/PreferenceStore.h"
 #include "platform/plist/PlistCodec.h"
 #include "support/TestFolder.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 #include "support/NullStorageEngine.h"
 #include "support/StorageRequest.h"
 #include "support/SupervisorScope.h"
-#include "unit/plist/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 
