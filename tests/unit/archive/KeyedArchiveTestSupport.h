@@ -3,7 +3,7 @@
 // Hand-made keyed archives, for encodings and damage that the archiver never writes.
 
 #include "archive/KeyedUnarchiver.h"
-#include "unit/archive/SampleRecords.h"
+#include "core/ModelClasses.h"
 
 #include <string>
 
@@ -29,7 +29,7 @@ inline PlistValue handMadeArchive(PlistValue::Array objects, PlistValue root = P
 }
 
 inline std::optional<ArchiveValue> unarchive(const PlistValue& archive) {
-    return KeyedUnarchiver::unarchiveObjectWithPropertyList(archive, sampleClasses());
+    return KeyedUnarchiver::unarchiveObjectWithPropertyList(archive, modelClasses());
 }
 
 }  // namespace stowhaven::test

@@ -1,8 +1,12 @@
 // Archives from storage, imported files and servers may be damaged or made to hurt.
 
 #include "archive/KeyedArchiver.h"
-#include "unit/archive/KeyedArchiveTestSupport.h"
+#include "core/BackupSession.h"
+#include "items/ArchivableFolder.h"
 #include "support/CapturedLog.h"
+#include "support/SampleSessions.h"
+#include "support/SupervisorScope.h"
+#include "unit/archive/KeyedArchiveTestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -90,8 +94,9 @@ TEST(KeyedUnarchiverHostileTest, RefusesObjectsThatHoldThemselves) {
     expectRefused(arrayArchive({uid(1)}), "an array holding itself", "object 1 of class <NSArray> holds itself");
     expectRefused(arrayArchive({uid(3)}, {arrayObject({uid(1)}, 2)}),
                   "two arrays holding each other", "object 1 of class <NSArray> holds itself");
-    expectRefused(handMadeArchive({Dictionary{{"favourite", uid(1)}, {"$class", uid(2)}}, classDescription("BackupSession")}),
-                  "a model object holding itself", "object 1 of class <BackupSession> holds itself");
+    expectRefused(
+        handMadeArchive({Dictionary{{"folderContents", uid(1)}, {"$class", uid(2)}}, classDescription("ArchivableFolder")}),
+        "a model object holding itself", "object 1 of class <ArchivableFolder> holds itself");
 }
 
 TEST(KeyedUnarchiverHostileTest, RefusesFoundationObjectsWithoutTheirContents) {
@@ -139,37 +144,32 @@ TEST(KeyedUnarchiverHostileTest, RefusesSharedContainersThatMultiply) {
 
 TEST(KeyedUnarchiverHostileTest, AValueOfTheWrongKindAnswersNothingToThatKeyAlone) {
     const PlistValue archive = handMadeArchive({
-        Dictionary{{"version", uid(3)},
-                   {"title", uid(4)},
-                   {"sessionDate", uid(3)},
-                   {"rawData", "in place, not a reference"},
-                   {"fCalendar", "yes"},
-                   {"nbPackages", uid(4)},
-                   {"applications", uid(5)},
-                   {"favourite", uid(3)},
+        Dictionary{{"name", uid(3)},
+                   {"size", 2.5},
+                   {"packageName", "in place, not a reference"},
+                   {"dataFolderPath", uid(4)},
+                   {"fExists", "yes"},
+                   {"folderType", uid(4)},
+                   {"folderContents", uid(3)},
                    {"$class", uid(2)}},
-        classDescription("BackupSession"),
-        "8.1",
+        classDescription("ArchivableFolder"),
         12,
-        Dictionary{{"NS.objects", Array{uid(3)}}, {"$class", uid(6)}},
-        classDescription("NSArray"),
+        "/Library/Themes/",
     });
     test::CapturedLog log;
     const auto read = test::unarchive(archive);
     ASSERT_TRUE(read);
-    const auto session = read->object<test::SampleSession>();
-    ASSERT_TRUE(session);
-    EXPECT_EQ(session->version, "8.1");
-    EXPECT_EQ(session->title, std::nullopt);
-    EXPECT_EQ(session->sessionDate, std::nullopt);
-    EXPECT_EQ(session->rawData, std::nullopt);
-    EXPECT_FALSE(session->hasCalendarData);
-    EXPECT_EQ(session->nbPackages, 0);
-    EXPECT_TRUE(session->applications.empty());
-    EXPECT_EQ(session->favourite, nullptr);
-    for (const char* key : {"<title> is not a string", "<sessionDate> is not a date", "<rawData> is not an object",
-                            "<fCalendar> is not a number", "<nbPackages> is not a number", "<applications> is not an array",
-                            "<favourite> is not an object of the class"}) {
+    const auto folder = read->object<ArchivableFolder>();
+    ASSERT_TRUE(folder);
+    EXPECT_EQ(folder->name(), "");
+    EXPECT_EQ(folder->size(), 2.5);
+    EXPECT_EQ(folder->packageName(), std::nullopt);
+    EXPECT_EQ(folder->dataFolderPath(), "/Library/Themes/");
+    EXPECT_FALSE(folder->exists());
+    EXPECT_EQ(folder->folderType(), 0);
+    EXPECT_TRUE(folder->contentItems().empty());
+    for (const char* key : {"<name> is not a string", "<packageName> is not an object", "<fExists> is not a number",
+                            "<folderType> is not a number", "<folderContents> is not an array"}) {
         EXPECT_TRUE(log.contains(key)) << key;
     }
 }
@@ -185,9 +185,11 @@ TEST(KeyedUnarchiverHostileTest, AnObjectItsFactoryRefusesReadsAsNil) {
 }
 
 TEST(KeyedUnarchiverHostileTest, SurvivesEveryDamagedByteOfAnArchive) {
-    const auto bytes = KeyedArchiver::archivedData(test::makeSampleSession(3, 3, 2));
+    test::SupervisorScope scope;
+    scope.supervisor();
+    const auto bytes = KeyedArchiver::archivedData(test::fullSession());
     ASSERT_TRUE(bytes);
-    const ClassRegistry classes = test::sampleClasses();
+    const ClassRegistry& classes = modelClasses();
     test::CapturedLog quiet;
     for (std::size_t position = 0; position < bytes->size(); ++position) {
         for (const char replacement : {'\x00', '\xff', static_cast<char>((*bytes)[position] ^ 0x01)}) {
