@@ -86,13 +86,13 @@ std::string BackupCommands::nestedArchive(const std::string& innerArchive, const
 }
 
 std::string BackupCommands::aptGetUpdate(const std::string& cache, const std::string& log) {
-    return fmt::format("apt-get update -o dir::cache={} 1> {}", cache, log);
+    return fmt::format("apt-get update -o dir::cache={} 1> {}", ShellQuote::path(cache), ShellQuote::path(log));
 }
 
 std::string BackupCommands::aptGetDownload(const std::string& packageIdentifier, const std::string& cache,
                                            const std::string& log) {
     return fmt::format("apt-get install -dy --force-yes --reinstall {} -o dir::cache={} 1> {}", packageIdentifier,
-                       cache, log);
+                       ShellQuote::path(cache), ShellQuote::path(log));
 }
 
 }  // namespace stowhaven

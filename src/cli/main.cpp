@@ -173,7 +173,7 @@ int main(int argc, char** argv) {
         return kUsageError;
     }
     if (!DeviceRoot::set(root)) {
-        std::cerr << "stowhaven: the device root <" << root << "> may only hold letters, digits and / . _ - +\n";
+        std::cerr << "stowhaven: the device root <" << root << "> can't be used\n";
         return kUsageError;
     }
 

@@ -266,9 +266,8 @@ void BackupSession::retrieveAndStoreFilePermissionData(const std::string& path) 
 void BackupSession::restoreFilePermissionData(const std::string& path) const {
     const auto entry = permissionsData_ ? permissionsData_->find(path) : PlistValue::Dictionary::const_iterator{};
     if (!permissionsData_ || entry == permissionsData_->end() || !entry->second.isDictionary()) {
-        if (const auto plainPath = ShellQuote::plainPath(DeviceRoot::path(path))) {
-            Supervisor::shared().systemExecute(fmt::format("chown mobile:mobile {}> /dev/null 2>&1", *plainPath));
-        }
+        Supervisor::shared().systemExecute(
+            fmt::format("chown mobile:mobile {}> /dev/null 2>&1", ShellQuote::path(DeviceRoot::path(path))));
         return;
     }
     const PlistValue::Dictionary& attributes = *entry->second.asDictionary();

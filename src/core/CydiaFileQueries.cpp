@@ -12,7 +12,7 @@ namespace stowhaven {
 namespace {
 
 std::string descriptionCommand(const std::string& packageName, const std::string& file) {
-    return "dpkg-query -W -f='${Description}' " + packageName + " > " + file;
+    return "dpkg-query -W -f='${Description}' " + packageName + " > " + ShellQuote::path(file);
 }
 
 std::string nameCommand(const std::string& packageName, const std::string& file) {

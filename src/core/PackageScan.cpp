@@ -4,12 +4,13 @@
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "platform/TemporaryDirectory.h"
+#include "platform/ShellQuote.h"
 
 namespace stowhaven {
 
 std::string PackageScan::command(const std::string& output) {
     return "dpkg-query -W -f='${name}\t${Package}\t${Version}\t${Maintainer}\t${Section}\t${Depends}\t${status}\n' > " +
-           output;
+           ShellQuote::path(output);
 }
 
 std::optional<std::vector<std::string>> PackageScan::lines() {

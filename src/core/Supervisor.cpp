@@ -10,6 +10,7 @@
 #include "platform/Platform.h"
 #include "platform/ProcessControl.h"
 #include "platform/Strings.h"
+#include "platform/ShellQuote.h"
 
 #include <fmt/format.h>
 
@@ -95,10 +96,9 @@ Supervisor::~Supervisor() {
 void Supervisor::linkAccessibilitySettings() {
     const std::string var = DeviceRoot::var();
     if (FileManager::isRegularFile(var + "/root/Library/Preferences/com.apple.Accessibility.plist")) return;
-    systemExecute(
-        fmt::format("ln -sf {0}/mobile/Library/Preferences/com.apple.Accessibility.plist "
-                    "{0}/root/Library/Preferences/com.apple.Accessibility.plist",
-                    var));
+    systemExecute(fmt::format("ln -sf {} {}",
+                              ShellQuote::path(var + "/mobile/Library/Preferences/com.apple.Accessibility.plist"),
+                              ShellQuote::path(var + "/root/Library/Preferences/com.apple.Accessibility.plist")));
 }
 
 void Supervisor::installMissingTools() {

@@ -4,6 +4,7 @@
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "platform/dispatch/NotificationCenter.h"
+#include "platform/ShellQuote.h"
 
 #include <fmt/format.h>
 
@@ -47,7 +48,7 @@ void Supervisor::handleProgressCanceled() {
 
 void Supervisor::cancelChildProcesses() {
     const std::string listing = getTemporaryFileName(true);
-    systemExecute("sudo ps -ax | \\grep Stowhaven_ | awk '{print $2}' > " + listing);
+    systemExecute("sudo ps -ax | \\grep Stowhaven_ | awk '{print $2}' > " + ShellQuote::path(listing));
     const auto references = linesOf(listing);
     if (!references) return;
     const std::string& reference = references->front();
@@ -56,7 +57,7 @@ void Supervisor::cancelChildProcesses() {
         return;
     }
 
-    systemExecute(fmt::format("sudo ps -ax | \\grep {} | awk '{{print $2}}' > {}", reference, listing));
+    systemExecute(fmt::format("sudo ps -ax | \\grep {} | awk '{{print $2}}' > {}", reference, ShellQuote::path(listing)));
     for (const std::string& line : linesOf(listing).value_or(std::vector<std::string>{})) {
         if (line == reference) continue;
         if (!isProcessNumberOrEmpty(line)) {

@@ -6,6 +6,7 @@
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/TemporaryDirectory.h"
+#include "platform/ShellQuote.h"
 
 #include <fmt/format.h>
 
@@ -21,14 +22,13 @@ bool isFolderName(const std::string& name) {
 }  // namespace
 
 void PhotoVideoManager::createSymlink() {
-    // The root holds only characters the shell leaves alone.
-    const std::string var = DeviceRoot::var();
-    Supervisor::shared().systemExecute(
-        fmt::format("rm -rf {0}/root/Media; ln -sf {0}/mobile/Media {0}/root/Media", var));
+    const std::string link = ShellQuote::path(DeviceRoot::var() + "/root/Media");
+    Supervisor::shared().systemExecute(fmt::format("rm -rf {0}; ln -sf {1} {0}", link,
+                                                   ShellQuote::path(DeviceRoot::var() + "/mobile/Media")));
 }
 
 void PhotoVideoManager::removeSymlink() {
-    Supervisor::shared().systemExecute(fmt::format("rm -rf {}/root/Media; ", DeviceRoot::var()));
+    Supervisor::shared().systemExecute(fmt::format("rm -rf {}; ", ShellQuote::path(DeviceRoot::var() + "/root/Media")));
 }
 
 void PhotoVideoManager::prepareBackupWithName(const std::string& name, bool photoOnly) {

@@ -2,9 +2,6 @@
 
 #include "platform/Log.h"
 
-#include <algorithm>
-#include <cctype>
-
 #include <filesystem>
 #include <mutex>
 #include <shared_mutex>
@@ -22,11 +19,8 @@ bool DeviceRoot::set(std::string_view root) {
     std::error_code error;
     std::string normal = std::filesystem::absolute(std::filesystem::path(root), error).lexically_normal().string();
     while (normal.size() > 1 && normal.back() == '/') normal.pop_back();
-    const bool acceptable = !error && std::all_of(normal.begin(), normal.end(), [](char c) {
-        return std::isalnum(static_cast<unsigned char>(c)) || c == '/' || c == '.' || c == '_' || c == '-' || c == '+';
-    });
-    if (!acceptable) {
-        SH_LOG("Refusing device root <{}>: only letters, digits and / . _ - + may stand in it", root);
+    if (error || root.empty()) {
+        SH_LOG("Refusing device root <{}>: {}", root, error ? error.message() : "no folder named");
         return false;
     }
     std::unique_lock lock(gRootMutex);

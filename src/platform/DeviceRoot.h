@@ -9,9 +9,9 @@ namespace stowhaven {
 // like a device anywhere else. Every device path of the system goes through here.
 class DeviceRoot {
 public:
-    // Takes a directory; the path is made absolute and normal. Device paths stand
-    // unquoted in some command lines, so a root may only hold letters, digits and
-    // "/ . _ - +"; another is refused (false) and the root stays as it was.
+    // Takes a directory; the path is made absolute and normal. Any folder will do: command
+    // lines quote the paths that need it. Only a path that can't be made absolute is
+    // refused (false), and the root stays as it was.
     static bool set(std::string_view root);
     static std::string get();
     static bool isDeviceItself();

@@ -3,6 +3,8 @@
 #include "platform/DeviceRoot.h"
 #include "platform/Log.h"
 #include "platform/PrivateFolder.h"
+#include "platform/Shell.h"
+#include "platform/ShellQuote.h"
 
 #include <fmt/format.h>
 #include <sys/stat.h>
@@ -49,14 +51,15 @@ void writeFile(const std::string& path, std::string_view text, mode_t mode) {
 
 // The variables a device tool never sees: the user's encryption key is the program's alone.
 constexpr std::string_view kWithheldVariables[] = {"STOWHAVEN_KEY="};
-// A path under which nothing can ever be.
-constexpr const char* kNoFolder = "/dev/null";
 
 // The tool folder lies on the search path of every command, which runs as root: it must be
 // a folder no session, archive or other user can write to. Not under the temporary folder,
 // where sessions and archives are unpacked, nor anywhere in /var/tmp, where any user may
 // take a name first, but in /var/lib, root's own, in a private folder of its own.
 std::string toolFolderPath() { return DeviceRoot::var() + "/lib/stowhaven/tools"; }
+
+// apt's settings have no way to write a double quote or a line break in a value.
+bool aptCanName(const std::string& root) { return root.find_first_of("\"\n") == std::string::npos; }
 
 // Writes the shims and the apt configuration into the tool folder; nothing, when it can't be
 // made the program's own. Done once per device root: the files depend on nothing else.
@@ -65,10 +68,18 @@ std::string prepareToolFolder(const std::string& root, const std::string& hostPa
     const std::string folder = toolFolderPath();
     std::error_code ignored;
     for (const Shim& shim : kShims) {
-        if (!isOnPath(shim.name, "/usr/bin:" + hostPath)) writeFile(folder + "/" + shim.name, shim.text(), 0755);
+        // On the device a tool of its own comes first; on another root the shim does.
+        const bool deviceHasTool = root == "/" && isOnPath(shim.name, std::string(Shell::kDeviceToolFolder) + ":" + hostPath);
+        if (!deviceHasTool) writeFile(folder + "/" + shim.name, shim.text(), 0755);
     }
     if (root != "/") {
-        writeFile(folder + "/apt.conf", DeviceTools::aptConfiguration(root), 0644);
+        if (aptCanName(root)) {
+            writeFile(folder + "/apt.conf", DeviceTools::aptConfiguration(root), 0644);
+        } else {
+            // A block without a name: apt-get refuses the file and runs on nothing.
+            SH_LOG("apt's settings can't name the device root <{}>: apt-get won't run on it", root);
+            writeFile(folder + "/apt.conf", "// No folder apt can name.\n{\n", 0644);
+        }
         // dpkg's log is no part of its database: it follows the configuration in $HOME.
         std::filesystem::create_directories(folder + "/home", ignored);
         writeFile(folder + "/home/.dpkg.cfg", "log " + root + "/var/log/dpkg.log\n", 0644);
@@ -89,7 +100,7 @@ std::string DeviceTools::aptConfiguration(const std::string& root) {
         root);
 }
 
-std::vector<std::string> DeviceTools::environment() {
+std::optional<DeviceTools::Setting> DeviceTools::forCurrentRoot() {
     static std::mutex mutex;
     static std::string preparedRoot;
     static std::string toolFolder;
@@ -104,28 +115,34 @@ std::vector<std::string> DeviceTools::environment() {
             preparedRoot = root;
         }
     }
+    const bool deviceItself = root == "/";
+    if (!deviceItself && toolFolder.empty()) {
+        SH_LOG("No tool folder of the program's own on the device root <{}>: its commands don't run", root);
+        return std::nullopt;
+    }
 
-    std::vector<std::string> variables;
+    Setting setting;
     for (char** entry = environ; *entry != nullptr; ++entry) {
         const std::string_view variable = *entry;
         const bool withheld = std::any_of(std::begin(kWithheldVariables), std::end(kWithheldVariables),
                                           [&](std::string_view name) { return variable.starts_with(name); });
         const bool replaced = withheld || variable.starts_with("PATH=") || variable.starts_with("DPKG_ROOT=") ||
                               variable.starts_with("DPKG_ADMINDIR=") || variable.starts_with("APT_CONFIG=") ||
-                              (root != "/" && variable.starts_with("HOME="));
-        if (!replaced) variables.emplace_back(variable);
+                              (!deviceItself && variable.starts_with("HOME="));
+        if (!replaced) setting.environment.emplace_back(variable);
     }
-    variables.push_back("PATH=" + hostPath + (toolFolder.empty() ? "" : ":" + toolFolder));
-    if (root != "/") {
-        // Without a tool folder of the program's own, apt-get and dpkg get a configuration
-        // that can't exist and refuse to run, rather than work on the host's own database.
-        const std::string configuration = toolFolder.empty() ? kNoFolder : toolFolder;
-        variables.push_back("DPKG_ROOT=" + root);
-        variables.push_back("DPKG_ADMINDIR=" + root + "/var/lib/dpkg");
-        variables.push_back("APT_CONFIG=" + configuration + "/apt.conf");
-        variables.push_back("HOME=" + configuration + "/home");
+    if (deviceItself) {
+        setting.environment.push_back("PATH=" + hostPath + (toolFolder.empty() ? "" : ":" + toolFolder));
+        setting.searchPathFront = Shell::kDeviceToolFolder;
+        return setting;
     }
-    return variables;
+    setting.environment.push_back("PATH=" + hostPath);
+    setting.environment.push_back("DPKG_ROOT=" + root);
+    setting.environment.push_back("DPKG_ADMINDIR=" + root + "/var/lib/dpkg");
+    setting.environment.push_back("APT_CONFIG=" + toolFolder + "/apt.conf");
+    setting.environment.push_back("HOME=" + toolFolder + "/home");
+    setting.searchPathFront = ShellQuote::path(toolFolder) + ":" + Shell::kDeviceToolFolder;
+    return setting;
 }
 
 }  // namespace stowhaven

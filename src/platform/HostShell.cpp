@@ -52,8 +52,13 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
 }  // namespace
 
 void HostShell::systemExecute(const std::string& command) {
-    std::vector<std::string> arguments = {"sh", "-c", wrap(command)};
-    std::vector<std::string> environment = DeviceTools::environment();
+    auto setting = DeviceTools::forCurrentRoot();
+    if (!setting) {
+        SH_LOG("Not run: {}", command);
+        return;
+    }
+    std::vector<std::string> arguments = {"sh", "-c", wrap(command, setting->searchPathFront)};
+    std::vector<std::string>& environment = setting->environment;
     std::vector<char*> argv = pointersTo(arguments);
     std::vector<char*> envp = pointersTo(environment);
 

@@ -11,8 +11,8 @@ namespace stowhaven {
 // the device's own files, which other users' programs read: dpkg rewriting its status file,
 // apt-get its lists, tar restoring a folder. They work with the device's usual umask, 022.
 // What the program stores of a session it makes private itself, by explicit modes.
-std::string Shell::wrap(const std::string& command) {
-    return fmt::format("umask 022; export PATH=/usr/bin:$PATH; ({}) > /dev/null 2>&1; echo Done", command);
+std::string Shell::wrap(const std::string& command, const std::string& searchPathFront) {
+    return fmt::format("umask 022; export PATH={}:$PATH; ({}) > /dev/null 2>&1; echo Done", searchPathFront, command);
 }
 
 void Shell::executeOnRunningSystem(const std::string& command) {

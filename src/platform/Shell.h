@@ -25,8 +25,12 @@ public:
     // nothing of its own has nothing to end.
     virtual void stopRunningCommands() {}
 
-    // The exact text handed to the shell for a command line.
-    static std::string wrap(const std::string& command);
+    // The folder of the device's own tools, first on the search path of a command line.
+    static constexpr const char* kDeviceToolFolder = "/usr/bin";
+
+    // The exact text handed to the shell for a command line, with SEARCHPATHFRONT put first
+    // on its search path.
+    static std::string wrap(const std::string& command, const std::string& searchPathFront = kDeviceToolFolder);
 };
 
 }  // namespace stowhaven

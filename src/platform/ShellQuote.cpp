@@ -20,6 +20,9 @@ std::string ShellQuote::quoted(std::string_view value) { return "\"" + inDoubleQ
 
 namespace {
 
+// A stamp holds "~", and an archive name "%", which the shell leaves alone inside a word.
+constexpr std::string_view kPlainPathCharacters = "/+.-_~%";
+
 // The value when it is made only of letters, digits and the characters given, and doesn't
 // start with "-", which a tool would read as an option, or "~", which the shell expands.
 std::optional<std::string> plainWord(std::string_view value, std::string_view otherCharacters) {
@@ -39,9 +42,13 @@ std::optional<std::string> ShellQuote::packageIdentifier(std::string_view value)
     return identifier;
 }
 
+std::string ShellQuote::path(std::string_view value) {
+    const std::string path = value.starts_with('-') ? "./" + std::string(value) : std::string(value);
+    return plainWord(path, kPlainPathCharacters) ? path : quoted(path);
+}
+
 std::optional<std::string> ShellQuote::plainPath(std::string_view value) {
-    // A stamp holds "~", and an archive name "%", which the shell leaves alone inside a word.
-    auto path = plainWord(value, "/+.-_~%");
+    auto path = plainWord(value, kPlainPathCharacters);
     if (!path) SH_LOG("Refusing path <{}> in a command: it holds characters the shell would read", value);
     return path;
 }

@@ -21,9 +21,14 @@ public:
     // a tool would read as an option); otherwise nothing, with a log line.
     static std::optional<std::string> packageIdentifier(std::string_view value);
 
-    // For a path that stands unquoted in its template: the path itself when it holds only
-    // letters, digits and / . _ - + ~ % (and doesn't start with "-" or "~"); otherwise
-    // nothing, with a log line.
+    // For a path that stands unquoted in its template: the path itself when the shell reads
+    // it as one word, unchanged (letters, digits and / . _ - + ~ %, not starting with "~");
+    // any other between double quotes, escaped as above. A relative path that starts with
+    // "-", which a tool would read as an option, gets "./" in front.
+    static std::string path(std::string_view value);
+
+    // For a name that must be plain: the name itself when it holds only letters, digits and
+    // / . _ - + ~ % (and doesn't start with "-" or "~"); otherwise nothing, with a log line.
     static std::optional<std::string> plainPath(std::string_view value);
 };
 

@@ -1,5 +1,6 @@
 #include "core/PackageScan.h"
 #include "platform/Platform.h"
+#include "platform/ShellQuote.h"
 #include "support/DeviceRootScope.h"
 #include "support/SandboxDevice.h"
 
@@ -42,7 +43,7 @@ protected:
 
 TEST_F(DeviceIsolationTest, DpkgInstallsIntoTheRootAndTheHostNeverSeesIt) {
     const std::string repository = device_.path("/private/var/lib/sandbox-repository");
-    shell_.systemExecute("dpkg -i " + repository + "/com.example.extra_*.deb");
+    shell_.systemExecute("dpkg -i " + ShellQuote::path(repository) + "/com.example.extra_*.deb");
 
     EXPECT_TRUE(contains(scannedIdentifiers(), "com.example.extra"));
     EXPECT_FALSE(hostKnowsPackage("com.example.extra"));

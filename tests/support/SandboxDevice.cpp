@@ -1,5 +1,7 @@
 #include "support/SandboxDevice.h"
 
+#include "platform/ShellQuote.h"
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
@@ -63,8 +65,9 @@ fs::path cachedDevice(const std::string& name, bool fresh) {
     const fs::path builtMark = device.string() + ".built";
     if (!fs::exists(builtMark)) {
         fs::remove_all(device);
-        runCommand(std::string(STOWHAVEN_SOURCE_DIR) + "/scripts/make-device " + device.string() + " --description " +
-                   description.string() + (fresh ? " --fresh" : ""));
+        runCommand(ShellQuote::path(std::string(STOWHAVEN_SOURCE_DIR) + "/scripts/make-device") + " " +
+                   ShellQuote::path(device.string()) + " --description " + ShellQuote::path(description.string()) +
+                   (fresh ? " --fresh" : ""));
         std::ofstream(builtMark).put('\n');
     }
     return device;
@@ -86,14 +89,14 @@ std::string runCommand(const std::string& command) {
 SandboxDevice::SandboxDevice(const std::string& description) : SandboxDevice(description, false) {}
 
 SandboxDevice::SandboxDevice(const std::string& description, bool fresh) : root_(folder_ / "device") {
-    runCommand("cp -a " + cachedDevice(description, fresh).string() + " " + root_);
+    runCommand("cp -a " + ShellQuote::path(cachedDevice(description, fresh).string()) + " " + ShellQuote::path(root_));
 }
 
 SandboxDevice SandboxDevice::fresh(const std::string& description) { return SandboxDevice(description, true); }
 
 SandboxDevice::SandboxDevice(const SandboxDevice& original, const std::string& copyName)
     : root_(folder_ / copyName) {
-    runCommand("cp -a " + original.root() + " " + root_);
+    runCommand("cp -a " + ShellQuote::path(original.root()) + " " + ShellQuote::path(root_));
 }
 
 }  // namespace stowhaven::test

@@ -5,6 +5,7 @@
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "platform/plist/PlistCodec.h"
+#include "platform/ShellQuote.h"
 
 #include <fmt/format.h>
 
@@ -70,14 +71,13 @@ void ABAddressBookHelper::destroyShared() {
 }
 
 void ABAddressBookHelper::createSymlink() {
-    // The root holds only characters the shell leaves alone.
+    const std::string link = ShellQuote::path(DeviceRoot::var() + "/root/Library/AddressBook");
     Supervisor::shared().systemExecute(fmt::format(
-        "rm -rf {0}/root/Library/AddressBook; ln -sf {0}/mobile/Library/AddressBook {0}/root/Library/AddressBook",
-        DeviceRoot::var()));
+        "rm -rf {0}; ln -sf {1} {0}", link, ShellQuote::path(DeviceRoot::var() + "/mobile/Library/AddressBook")));
 }
 
 void ABAddressBookHelper::removeSymlink() {
-    Supervisor::shared().systemExecute(fmt::format("rm -rf {}/root/Library/AddressBook", DeviceRoot::var()));
+    Supervisor::shared().systemExecute(fmt::format("rm -rf {}", ShellQuote::path(DeviceRoot::var() + "/root/Library/AddressBook")));
 }
 
 void ABAddressBookHelper::reset() {

@@ -236,8 +236,7 @@ void LocalStorageHelper::createDirectory(const std::string& directory, Date date
     createDirectoryForRequest(StorageLayout::dataDirectory(StorageLayout::stamp(date), directory));
 }
 
-// The file is moved, not copied, by the device's mv; the paths stand unquoted in its
-// command, so a path the shell would read otherwise is not handed to it at all.
+// The file is moved, not copied, by the device's mv.
 void LocalStorageHelper::uploadFile(const std::string& path, Date date, const std::optional<std::string>& directory) {
     setErrorMessage(std::nullopt);
     if (!FileManager::fileExists(path)) {
@@ -249,11 +248,8 @@ void LocalStorageHelper::uploadFile(const std::string& path, Date date, const st
     const std::string target = directory ? StorageLayout::dataDirectory(sessionFolder, *directory) : sessionFolder;
     SH_LOG("Moving {} -> {}...", path, target);
     const std::uint64_t size = FileManager::sizeOfItem(path);
-    const auto plainSource = ShellQuote::plainPath(path);
-    const auto plainTarget = ShellQuote::plainPath(target);
-    if (plainSource && plainTarget) {
-        Supervisor::shared().systemExecute(fmt::format("mv {} {}/", *plainSource, *plainTarget));
-    }
+    Supervisor::shared().systemExecute(
+        fmt::format("mv {} {}", ShellQuote::path(path), ShellQuote::path(target + "/")));
     // A move onto a full disk may leave part of the file behind: only the whole file counts.
     // The device's mv keeps the mode the file was made with, by a device tool: the stored
     // file is made root's alone here.
