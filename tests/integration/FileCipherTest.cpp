@@ -4,6 +4,7 @@
 #include "archive/BuiltInCipherKey.h"
 #include "archive/FileCipher.h"
 #include "archive/StringCipher.h"
+#include "platform/TemporaryDirectory.h"
 #include "support/DeviceRootScope.h"
 #include "support/TestFolder.h"
 
@@ -68,8 +69,10 @@ class FileCipherTest : public ::testing::Test {
 protected:
     test::TestFolder folder_;
     test::DeviceRootScope root_{madeFolder(folder_ / "device")};
-    // A blank and a double quote in the folder, a dollar in the temporary name.
-    const std::string path_ = madeFolder(folder_ / R"(backup "data" here)") + "/CONTACTS 1.tar";
+    // Names as a hostile session or server could make them: what the shell would read
+    // between double quotes, in the folder and in the temporary name.
+    const std::string path_ =
+        madeFolder(folder_ / R"(backup "data" $(touch pwned) `touch pwned` \x)") + "/CONTACTS 1.tar";
     const std::string temporary_ = folder_ / "cipher $temporary";
     const std::string original_ = randomBytes(100 * 1024);
 };
@@ -85,6 +88,7 @@ TEST_F(FileCipherTest, AFileItEnciphersDeciphersWithPlainOpenssl) {
     ASSERT_TRUE(
         runOpenssl({"enc", "-d", "-a", "-salt", "-aes-256-cbc", "-in", path_, "-k", kPassPhrase, "-out", plain}));
     EXPECT_EQ(contentsOf(plain), original_);
+    EXPECT_FALSE(fs::exists(TemporaryDirectory::path() + "/pwned"));
 }
 
 TEST_F(FileCipherTest, AFilePlainOpensslEnciphersItDeciphers) {
