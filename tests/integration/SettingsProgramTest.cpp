@@ -192,18 +192,32 @@ TEST_F(SettingsProgramTest, OpenRunsTheAutomaticBackupForThisRunOnlyAndOffersAFi
     EXPECT_EQ(run("open " + device_.path("/var/mobile/Downloads/missing.stowhvn")).status, 2);
 }
 
-TEST_F(SettingsProgramTest, ResetSettingsEndsTheStartWithTheSettingsOfBothUsersGone) {
-    output("settings ResetSettings true");
+// A reset asked for in the settings ends the next start once its alert is told, and the
+// command of that run never runs.
+TEST_F(SettingsProgramTest, AResetEndsTheStartWithTheCloudServicesOrTheSettingsOfBothUsersGone) {
     ASSERT_TRUE(FileManager::createDirectory(device_.path("/var/root/Library/Preferences"), true));
     ASSERT_TRUE(FileManager::writeFile(settingsFile("root"), "root's settings"));
+    const auto resetRun = [&] {
+        const Outcome reset = run("settings CurrentStorageType 3");
+        EXPECT_EQ(reset.status, 0) << reset.errors;
+        EXPECT_NE(reset.errors.find("Settings reset"), std::string::npos) << "the alert is told: " << reset.errors;
+    };
 
-    const Outcome reset = run("settings CurrentStorageType 3");
-    EXPECT_EQ(reset.status, 0) << reset.errors;
-    EXPECT_NE(reset.errors.find("Settings reset"), std::string::npos) << "the alert is told: " << reset.errors;
+    output("settings SoundEnabled false");
+    output("settings CurrentStorageType 6");
+    output("settings ResetCloudServices true");
+    resetRun();
+    EXPECT_EQ(output("settings CurrentStorageType"), "5\n") << "back on local storage";
+    EXPECT_EQ(output("settings ResetCloudServices"), "false\n");
+    EXPECT_EQ(output("settings SoundEnabled"), "false\n") << "the other settings stay";
+    EXPECT_TRUE(FileManager::fileExists(settingsFile("root")));
+
+    output("settings ResetSettings true");
+    resetRun();
     EXPECT_FALSE(FileManager::fileExists(settingsFile()));
     EXPECT_FALSE(FileManager::fileExists(settingsFile("root")));
-
-    EXPECT_EQ(output("settings CurrentStorageType"), "5\n") << "the command of the reset run never ran";
+    EXPECT_EQ(output("settings CurrentStorageType"), "5\n");
+    EXPECT_EQ(output("settings SoundEnabled"), "true\n");
 }
 
 }  // namespace
