@@ -4,7 +4,6 @@
 #include "support/DeviceRootScope.h"
 #include "support/FakeServices.h"
 #include "support/TestFolder.h"
-#include "support/CapturedLog.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -25,56 +24,20 @@ CydiaFile needingFirmware(const std::string& firmwareSpecs) { return scanned("co
 
 // ----- Reading a line
 
-TEST(CydiaFileTest, AScanLineGivesEveryFieldAndAFreshRecord) {
-    const CydiaFile package(kTweakLine);
-    EXPECT_EQ(package.name(), "Foo");
-    EXPECT_EQ(package.packageName(), "com.foo");
-    EXPECT_EQ(package.version(), "1.0");
-    EXPECT_EQ(package.maintainerName(), "me");
-    EXPECT_EQ(package.sectionName(), "Tweaks");
-    EXPECT_THAT(*package.dependsList(), ElementsAre("mobilesubstrate"));
-    EXPECT_FALSE(package.firmwareSpecs());
-    EXPECT_FALSE(package.note());
-    EXPECT_FALSE(package.isBackupSelected());
-    EXPECT_FALSE(package.isRestoreSelected());
-    EXPECT_TRUE(package.isTopLevel());
-}
+TEST(CydiaFileTest, PaddedAndShortLines) {
+    const CydiaFile padded(" \t com.foo \t 1.0 \t me \t_Tweaks_\t\tinstall ok installed");
+    EXPECT_EQ(padded.name(), "com.foo") << "an empty name takes the identifier";
+    EXPECT_EQ(padded.version(), "1.0");
+    EXPECT_EQ(padded.sectionName(), "Tweaks");
+    EXPECT_FALSE(padded.dependsList()) << "an empty depends field is no dependency";
 
-TEST(CydiaFileTest, FieldsAreTrimmedAndAnEmptyNameTakesTheIdentifier) {
-    const CydiaFile package(" \t com.foo \t 1.0 \t me \tTweaks\t\tinstall ok installed");
-    EXPECT_EQ(package.name(), "com.foo");
-    EXPECT_EQ(package.packageName(), "com.foo");
-    EXPECT_EQ(package.version(), "1.0");
-    EXPECT_EQ(package.maintainerName(), "me");
-    EXPECT_FALSE(package.dependsList()) << "an empty depends field is no dependency";
-}
-
-TEST(CydiaFileTest, UnderscoresOfASectionBecomeBlanks) {
-    EXPECT_EQ(CydiaFile("F\tcom.foo\t1\tme\tAddons_(SpringBoard)\t\tinstall ok installed").sectionName(),
-              "Addons (SpringBoard)");
-    EXPECT_EQ(CydiaFile("F\tcom.foo\t1\tme\t_Tweaks_\t\tinstall ok installed").sectionName(), "Tweaks");
-}
-
-TEST(CydiaFileTest, ShortLines) {
     const CydiaFile four("Foo\tcom.foo\t1.0\tme");
     EXPECT_FALSE(four.name());
     EXPECT_FALSE(four.packageName());
 
     const CydiaFile five("Foo\tcom.foo\t1.0\tme\tTweaks");
-    EXPECT_EQ(five.name(), "Foo");
     EXPECT_EQ(five.packageName(), "com.foo");
-    EXPECT_FALSE(five.version());
-    EXPECT_FALSE(five.maintainerName());
-    EXPECT_FALSE(five.sectionName());
-    EXPECT_FALSE(five.dependsList());
     EXPECT_EQ(five.backupData(), "Foo\tcom.foo\t(null)\t(null)\t(null)\t(null)");
-}
-
-TEST(CydiaFileTest, RemovedPackagesWithConfigurationLeftBehindAreDropped) {
-    EXPECT_FALSE(scanned("com.foo", "", "deinstall ok config-files").packageName());
-    EXPECT_FALSE(scanned("com.foo", "", "deinstall ok config-files").name());
-    EXPECT_TRUE(scanned("com.foo", "", "install ok installed").packageName());
-    EXPECT_TRUE(scanned("com.foo", "", "install ok half-configured").packageName());
 }
 
 // The prefixes are plain prefix tests, so that zipper and baseball go too; the names
@@ -110,58 +73,23 @@ TEST(CydiaFileTest, DependsKeepEveryAlternativeAndSetTheFirmwareApart) {
 
 // ----- The stored line
 
-TEST(CydiaFileTest, TheStoredLineReadsBackAsTheSameRecordWithoutTheFirmware) {
+// A stored line reads back as the same record and the same line, without the firmware
+// need; a stored line without dependencies depends on a package named "(null)".
+TEST(CydiaFileTest, TheStoredLineReadsBackAsItWasWritten) {
     const CydiaFile package = scanned("com.foo", "firmware (>= 4.0), b, a");
     EXPECT_EQ(package.backupData(), "Name\tcom.foo\t1.0\tme\tTweaks\ta,b");
-
     const CydiaFile stored(package.backupData());
     EXPECT_TRUE(stored.isEqual(package));
-    EXPECT_EQ(stored.backupData(), package.backupData());
-    EXPECT_THAT(*stored.dependsList(), ElementsAre("a", "b"));
     EXPECT_FALSE(stored.firmwareSpecs());
-}
 
-TEST(CydiaFileTest, AStoredLineEndsWithTheDependenciesAndNeverWithAStatus) {
-    const CydiaFile package = scanned("com.foo", "deinstaller-kit (>= 1.0)");
-    ASSERT_EQ(package.backupData(), "Name\tcom.foo\t1.0\tme\tTweaks\tdeinstaller-kit");
+    const CydiaFile named = scanned("com.foo", "deinstaller-kit (>= 1.0)");
+    EXPECT_EQ(CydiaFile(named.backupData()).packageName(), "com.foo") << "a dependency is no removed package's status";
 
-    const CydiaFile stored(package.backupData());
-    EXPECT_EQ(stored.packageName(), "com.foo") << "a dependency is no removed package's status";
-    EXPECT_EQ(stored.backupData(), package.backupData());
-}
-
-TEST(CydiaFileTest, AStoredLineWithoutDependenciesDependsOnAPackageNamedNull) {
-    const CydiaFile package = scanned("com.foo");
-    ASSERT_EQ(package.backupData(), "Name\tcom.foo\t1.0\tme\tTweaks\t(null)");
-
-    const CydiaFile stored(package.backupData());
-    EXPECT_THAT(*stored.dependsList(), ElementsAre("(null)"));
-    EXPECT_TRUE(stored.dependsOnPackage("(null)"));
-    EXPECT_EQ(stored.backupData(), package.backupData());
-}
-
-// ----- Comparing and describing
-
-TEST(CydiaFileTest, EqualityIsByIdentifierAndVersionWithoutRegardToCase) {
-    const CydiaFile package("Foo\tCom.Foo\t1.0A\tme\tTweaks\t\tinstall ok installed");
-    EXPECT_TRUE(package.isEqual(CydiaFile("Other\tcom.foo\t1.0a\tyou\tThemes\tx\tinstall ok installed")));
-    EXPECT_FALSE(package.isEqual(CydiaFile("Foo\tcom.foo\t1.0b\tme\tTweaks\t\tinstall ok installed")));
-    EXPECT_FALSE(package.isEqual(CydiaFile("Foo\tcom.foo2\t1.0a\tme\tTweaks\t\tinstall ok installed")));
-}
-
-TEST(CydiaFileTest, NamesCompareWithoutRegardToCase) {
-    const CydiaFile alpha("alpha\tz\t1\tme\tS\t\ti"), beta("Beta\ta\t1\tme\tS\t\ti"), upper("ALPHA\tb\t1\tme\tS\t\ti");
-    EXPECT_TRUE(std::is_lt(alpha.compareByName(beta)));
-    EXPECT_TRUE(std::is_gt(beta.compareByName(alpha)));
-    EXPECT_TRUE(std::is_eq(alpha.compareByName(upper)));
-}
-
-TEST(CydiaFileTest, Description) {
-    const CydiaFile package = scanned("com.foo", "firmware (>= 4.0)");
-    package.setBackupSelected(true);
-    EXPECT_EQ(package.description(), "com.foo (Name) - [v1.0] - Tweaks - {B:1|R0} - [TL:1] - {FW:firmware (>= 4.0)}");
-    EXPECT_EQ(CydiaFile("Foo\tcom.foo\t1.0\tme\tTweaks").description(),
-              "com.foo (Foo) - [v(null)] - (null) - {B:0|R0} - [TL:1] - {FW:N/A}");
+    const CydiaFile bare = scanned("com.foo");
+    ASSERT_EQ(bare.backupData(), "Name\tcom.foo\t1.0\tme\tTweaks\t(null)");
+    const CydiaFile storedBare(bare.backupData());
+    EXPECT_THAT(*storedBare.dependsList(), ElementsAre("(null)"));
+    EXPECT_EQ(storedBare.backupData(), bare.backupData());
 }
 
 TEST(CydiaFileTest, FeedValueNamesThePackageAndLinksItsSearchPage) {
@@ -175,8 +103,6 @@ TEST(CydiaFileTest, FeedValueNamesThePackageAndLinksItsSearchPage) {
         << "the fragment stays JSON and the link keeps its query";
 }
 
-// ----- Special packages
-
 TEST(CydiaFileTest, APackageIsNamedByItsIdentifierOrItsRockVariant) {
     EXPECT_TRUE(scanned("libhide").isPackageNamed("libhide"));
     EXPECT_TRUE(scanned("libhide.rock").isPackageNamed("libhide"));
@@ -188,28 +114,6 @@ TEST(CydiaFileTest, APackageIsNamedByItsIdentifierOrItsRockVariant) {
     EXPECT_TRUE(dependent.dependsOnPackage("libhide"));
     EXPECT_FALSE(dependent.dependsOnPackage("lib"));
     EXPECT_FALSE(scanned("com.foo").dependsOnPackage("libhide"));
-}
-
-TEST(CydiaFileTest, TheThreeSpecialPackages) {
-    struct Special {
-        const char* identifier;
-        bool (CydiaFile::*is)() const;
-        bool (CydiaFile::*dependsOn)() const;
-    };
-    const Special specials[] = {
-        {"com.bigboss.categories", &CydiaFile::isCategoriesPkg, &CydiaFile::dependsOnCategoriesPkg},
-        {"libhide", &CydiaFile::isLibHidePkg, &CydiaFile::dependsOnLibHidePkg},
-        {"com.larkmoor.iconreshuffle", &CydiaFile::isSBOrganizerPkg, &CydiaFile::dependsOnSBOrganizerPkg},
-    };
-    for (const Special& special : specials) {
-        for (const Special& other : specials) {
-            const bool same = &special == &other;
-            const CydiaFile package = scanned(special.identifier);
-            const CydiaFile dependent = scanned("com.foo", std::string(special.identifier) + ".rock");
-            EXPECT_EQ((package.*other.is)(), same) << special.identifier << " / " << other.identifier;
-            EXPECT_EQ((dependent.*other.dependsOn)(), same) << special.identifier << " / " << other.identifier;
-        }
-    }
 }
 
 TEST(CydiaFileTest, TheInstallLogTellsHowTheInstallWent) {
@@ -231,10 +135,6 @@ TEST(CydiaFileTest, TheInstallLogTellsHowTheInstallWent) {
 }
 
 // ----- Firmware
-
-TEST(CydiaFileTest, WithoutAFirmwareDependencyAPackageIsNotCompatible) {
-    EXPECT_FALSE(scanned("com.foo", "mobilesubstrate").isFirmwareCompatible("8.1.2"));
-}
 
 // The numbers are the digits of each version, the one with fewer parts multiplied by the
 // difference of the part counts (not by a power of ten), then compared as unsigned.
@@ -262,76 +162,31 @@ TEST(CydiaFileTest, FirmwareComparisonKeepsItsOddAlignment) {
              {"8.0", "firmware (= 8.1)", true},
              {"8.1", "firmware (>= -1.0)", false},  // -10 is a huge unsigned number
              {"8.1", "firmware", false},            // no parentheses: no operator, number 0
+             {"8.1.2", "mobilesubstrate", false},   // no firmware need: not compatible
          }) {
         EXPECT_EQ(needingFirmware(c.firmwareNeed).isFirmwareCompatible(c.device), c.compatible)
             << c.device << " " << c.firmwareNeed;
     }
 }
 
-// ----- Queries of the package database (the commands themselves run in the integration tests)
-
-class CydiaFileQueryTest : public ::testing::Test {
-protected:
-    std::string fileNamed(const std::string& name) const { return TemporaryDirectory::path() + "/" + name; }
-
-    test::TestFolder folder_;
-    test::DeviceRootScope root_{folder_.path().string()};
-    test::FakeServices services_;
-};
-
-TEST_F(CydiaFileQueryTest, TheDescriptionComesFromOneDpkgQueryIntoAFileNamedByThePackage) {
-    CydiaFile package(kTweakLine);
-    // The shell runs nothing here: the file is as dpkg-query would have left it.
-    ASSERT_TRUE(FileManager::writeFile(fileNamed("com.foo"), "Does foo things\n more of them"));
-    package.loadDescription();
-
-    ASSERT_EQ(services_.shell.commands.size(), 1u);
-    EXPECT_EQ(services_.shell.commands[0], "dpkg-query -W -f='${Description}' com.foo > " + fileNamed("com.foo"));
-    EXPECT_EQ(package.note(), "Does foo things\n more of them");
-    EXPECT_FALSE(FileManager::fileExists(fileNamed("com.foo")));
-}
-
-TEST_F(CydiaFileQueryTest, NoFileLeavesNoDescription) {
-    test::CapturedLog log;
-    CydiaFile package(kTweakLine);
-    package.loadDescription();
-    EXPECT_FALSE(package.note());
-    EXPECT_TRUE(log.contains("Unable to load description from <" + fileNamed("com.foo") + ">"));
-}
-
-TEST_F(CydiaFileQueryTest, TheNameIsTrimmedAndAnEmptyOneIsNoName) {
-    ASSERT_TRUE(FileManager::writeFile(fileNamed("com.foo"), "  Foo Deluxe\n"));
-    EXPECT_EQ(CydiaFile::getNameWithPackageName("com.foo"), "Foo Deluxe");
-    ASSERT_EQ(services_.shell.commands.size(), 1u);
-    EXPECT_EQ(services_.shell.commands[0], "dpkg-query -W -f='${name}' com.foo > \"" + fileNamed("com.foo") + "\"");
-    EXPECT_FALSE(FileManager::fileExists(fileNamed("com.foo")));
-
-    ASSERT_TRUE(FileManager::writeFile(fileNamed("com.bar"), " \n"));
-    EXPECT_FALSE(CydiaFile::getNameWithPackageName("com.bar"));
-    EXPECT_FALSE(CydiaFile::getNameWithPackageName("com.missing"));
-    EXPECT_FALSE(CydiaFile::getNameWithPackageName(std::nullopt));
-    EXPECT_EQ(services_.shell.commands.size(), 3u) << "nil runs nothing";
-}
-
-TEST_F(CydiaFileQueryTest, AnIdentifierThatIsNoPackageNameRunsNothing) {
-    test::CapturedLog log;
+// The real dpkg-query runs in the catalogue tests; here the identifiers that must never reach it.
+TEST(CydiaFileQueryTest, AnIdentifierThatIsNoPackageNameRunsNothing) {
+    test::TestFolder folder;
+    test::DeviceRootScope root(folder.path().string());
+    test::FakeServices services;
     for (const char* identifier : {"com.foo; rm -rf /", "$(reboot)", "a b", "-foo", "`id`"}) {
         EXPECT_FALSE(CydiaFile::getNameWithPackageName(identifier)) << identifier;
         CydiaFile package("Foo\t" + std::string(identifier) + "\t1\tme\tS\t\tinstall ok installed");
-        ASSERT_TRUE(package.packageName()) << identifier;
         package.loadDescription();
         EXPECT_FALSE(package.note()) << identifier;
     }
-    EXPECT_TRUE(services_.shell.commands.empty());
-    EXPECT_TRUE(log.contains("Refusing package identifier"));
-}
+    EXPECT_TRUE(services.shell.commands.empty());
 
-TEST_F(CydiaFileQueryTest, IdentifiersThatNameFoldersNeverRemoveThem) {
-    const std::string temporary = TemporaryDirectory::path();
-    ASSERT_TRUE(FileManager::writeFile(temporary + "/keep", "x"));
+    // Identifiers that name folders: the query's file is never the folder itself.
+    ASSERT_TRUE(FileManager::writeFile(TemporaryDirectory::path() + "/keep", "x"));
     EXPECT_FALSE(CydiaFile::getNameWithPackageName("."));
     EXPECT_FALSE(CydiaFile::getNameWithPackageName(".."));
-    EXPECT_TRUE(FileManager::fileExists(temporary + "/keep"));
+    EXPECT_TRUE(FileManager::fileExists(TemporaryDirectory::path() + "/keep"));
 }
 
 }  // namespace
