@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   # build
-  cmake ninja-build g++ pkg-config
+  cmake ninja-build g++ pkg-config ccache
   # libraries
   libplist-dev zlib1g-dev libssl-dev libcurl4-openssl-dev nlohmann-json3-dev libpugixml-dev
   libsqlite3-dev libcli11-dev libfmt-dev
