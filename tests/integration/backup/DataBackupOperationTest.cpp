@@ -20,6 +20,7 @@
 #include "support/SupervisorScope.h"
 #include "support/TestFolder.h"
 #include "support/CapturedLog.h"
+#include "support/TextLines.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -38,18 +39,6 @@ namespace fs = std::filesystem;
 
 constexpr std::uint64_t kMegaByte = 1048576;
 const Date kSessionDate(760000000.0);
-
-// The lines of a text, each of which must end with a line feed.
-std::vector<std::string> linesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    std::size_t start = 0;
-    for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', start)) {
-        lines.push_back(text.substr(start, end - start));
-        start = end + 1;
-    }
-    EXPECT_EQ(start, text.size()) << "the last line has no line feed";
-    return lines;
-}
 
 std::vector<std::string> partNames(const std::string& kind, std::size_t count) {
     std::vector<std::string> names;
@@ -101,7 +90,7 @@ protected:
     static std::vector<std::string> storedIndex(const std::string& kind) {
         const auto index = FileManager::contentsOfFile(sessionDirectory() + "/" + kind + ".idx");
         EXPECT_TRUE(index) << "no index of " << kind;
-        return index ? linesOf(*index) : std::vector<std::string>{};
+        return index ? test::linesOf(*index) : std::vector<std::string>{};
     }
 
     // The stored parts of a kind, in the order of its index, joined into a file of the test's own.
@@ -115,7 +104,7 @@ protected:
     }
 
     static std::vector<std::string> membersOf(const std::string& archive) {
-        return linesOf(test::runCommand("tar -tf '" + archive + "'"));
+        return test::linesOf(test::runCommand("tar -tf '" + archive + "'"));
     }
 
     test::SandboxDevice device_;
