@@ -14,7 +14,6 @@
 #include "platform/UserDefaults.h"
 #include "support/SampleSessions.h"
 #include "support/SupervisorScope.h"
-#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 
@@ -62,65 +61,36 @@ TEST_F(BackupSessionArchiveTest, AFileEngineSessionKeepsEveryArchivedField) {
     const auto read = throughHistoryText(written);
     ASSERT_TRUE(read);
 
-    EXPECT_EQ(read->version(), written->version());
-    EXPECT_EQ(read->deviceName(), "Ann's iPhone");
-    EXPECT_EQ(read->deviceFirmware(), "iPhone7,2");
+    // An album comes back as its photos and their size, a folder as its selected contents;
+    // the choice of them is not archived.
+    const ArchivableFolder& folder = *read->archivableFolders()->front();
+    ASSERT_EQ(folder.contentItems().size(), 1u);
+    EXPECT_EQ(folder.contentItems().front()->name(), "Chime.m4r");
+    const PhotoVideoAlbum& album = *read->photoVideoAlbums()->front();
+    EXPECT_EQ(album.photos(), (std::vector<std::string>{"IMG_0001.JPG", "IMG_0002.JPG"}));
+    EXPECT_EQ(album.photoSize(), 4.5);
+    EXPECT_EQ(album.size(), 4.5);
+    EXPECT_TRUE(album.isAllAcccounted());
+    // Archived again, the rest of what was read makes the very archive it came from: no
+    // field is lost or changed on the way.
+    read->setPhotoVideoAlbums(written->photoVideoAlbums());
+    read->setArchivableFolders(written->archivableFolders());
+    EXPECT_EQ(KeyedArchiver::archivedPlist(read), KeyedArchiver::archivedPlist(written));
+
+    // What reading makes of the fields.
     EXPECT_EQ(read->title(), written->title()) << "the padlock is not doubled";
-    EXPECT_EQ(read->quickDescription(), "All my tweaks");
-    EXPECT_EQ(read->encryptionKey(), "0A1B2C");
-    EXPECT_EQ(read->sessionDate(), Date(747763200.5));
-    EXPECT_EQ(read->nbPackages(), 2);
-    EXPECT_EQ(read->rawData(), written->rawData());
-    EXPECT_EQ(read->cydiaSections(), written->cydiaSections());
-    EXPECT_EQ(read->springBoardData(), written->springBoardData());
-    EXPECT_EQ(read->preferencesData(), written->preferencesData());
     EXPECT_EQ(read->preferencesFileObjects().size(), 2u);
     EXPECT_TRUE(read->hasAppDataIndexed());
     for (const StockDataSet set : kStockDataSets) {
         EXPECT_TRUE(read->hasData(set)) << stockDataSetName(set);
         EXPECT_EQ(read->dataSize(set), 1.0 + static_cast<double>(set)) << stockDataSetName(set);
     }
-
-    ASSERT_EQ(read->repositorySources()->size(), 1u);
-    const RepositorySource& source = *read->repositorySources()->front();
-    EXPECT_EQ(source.link(), "http://repo.example.org/");
-    EXPECT_EQ(source.name(), "Repo.Example.Org");
-    EXPECT_EQ(source.sections(), (std::vector<std::string>{"main", "extra"}));
-    EXPECT_EQ(source.distribution(), "stable");
-
-    ASSERT_EQ(read->applications()->size(), 1u);
+    EXPECT_EQ(read->repositorySources()->front()->name(), "Repo.Example.Org");
     const Application& application = *read->applications()->front();
-    const Application& original = *written->applications()->front();
-    EXPECT_EQ(application.name(), "Weather Pro");
-    EXPECT_EQ(application.displayName(), "Weather");
-    EXPECT_EQ(application.bundleIdentifier(), original.bundleIdentifier());
-    EXPECT_EQ(application.homePath(), original.homePath());
-    EXPECT_EQ(application.documentPath(), original.documentPath());
-    EXPECT_EQ(application.libraryPath(), original.libraryPath());
-    EXPECT_EQ(application.iconPath(), original.iconPath());
     EXPECT_EQ(application.installDate(), Date(441763200)) << "written as an integer, read as seconds";
-    EXPECT_EQ(application.size(), 12.8);
-    EXPECT_FALSE(application.isSelected());
     EXPECT_EQ(application.totalBytes(), 12.5 * 1024 * 1024 + 300 * 1024);
-    EXPECT_TRUE(application.hasDocumentsDir());
-
-    EXPECT_EQ(read->webclips()->front()->displayName(), "News");
-    EXPECT_EQ(read->SHSHBlobs()->front()->chipId(), "86123");
+    EXPECT_FALSE(application.isSelected());
     EXPECT_EQ(read->SHSHBlobs()->front()->deviceType(), "iPhone7,2-8.1.2");
-
-    const ArchivableFolder& folder = *read->archivableFolders()->front();
-    EXPECT_EQ(folder.folderType(), 4);
-    EXPECT_EQ(folder.dataFolderPath(), "/Library/Ringtones/");
-    EXPECT_TRUE(folder.exists());
-    EXPECT_TRUE(folder.canSelectContent());
-    ASSERT_EQ(folder.contentItems().size(), 1u) << "only the selected contents are written";
-    EXPECT_EQ(folder.contentItems().front()->name(), "Chime.m4r");
-
-    const PhotoVideoAlbum& album = *read->photoVideoAlbums()->front();
-    EXPECT_EQ(album.photos(), (std::vector<std::string>{"IMG_0001.JPG", "IMG_0002.JPG"}));
-    EXPECT_EQ(album.photoSize(), 4.5);
-    EXPECT_EQ(album.size(), 4.5);
-    EXPECT_TRUE(album.isAllAcccounted());
 }
 
 TEST_F(BackupSessionArchiveTest, TheArchiveNamesTheClassChainsFoundationExpects) {
@@ -157,7 +127,9 @@ TEST_F(BackupSessionArchiveTest, OldArchivesReadTheirRetiredForms) {
              {"/var/mobile/Library/SpringBoard/applicationstate.plist", ArchiveValue::Dictionary{}},
              {"/var/mobile/Library/SpringBoard/LockBackground.cpbitmap", ArchiveValue()},
              {"/var/mobile/Library/Preferences/com.apple.springboard.plist", ArchiveValue::Dictionary{}}}}});
-    test::CapturedLog log;
+    const auto oldNote = std::make_shared<ArchivedKeys>(ArchiveValue::Dictionary{
+        {"springBoardData", ArchiveValue::Dictionary{{"SPRINGBOARD", ArchiveValue::Dictionary{{"a", 1}}},
+                                                     {"/var/mobile/notes.txt", ArchiveValue()}}}});
     const auto read = throughHistoryText(archived);
     ASSERT_TRUE(read);
 
@@ -172,35 +144,30 @@ TEST_F(BackupSessionArchiveTest, OldArchivesReadTheirRetiredForms) {
     for (const auto& [path, data] : *read->springBoardData()) springboardFiles.push_back(path);
     EXPECT_EQ(springboardFiles, (std::vector<std::string>{"/var/mobile/Library/SpringBoard/IconState.plist",
                                                           "/var/mobile/Library/SpringBoard/applicationstate.plist"}));
-    EXPECT_TRUE(
-        log.contains("These </var/mobile/Library/Preferences/com.apple.springboard.plist, "
-                     "/var/mobile/Library/SpringBoard/LockBackground.cpbitmap> are not springboard file data!"));
     EXPECT_EQ(read->springboardDataObjects().size(), 2u);
     EXPECT_TRUE(read->hasPrefsFilesData()) << "a session of version 5 answers true without files";
-}
-
-TEST_F(BackupSessionArchiveTest, TheWholeSpringboardOfOldNotesIsKeptAsItIs) {
-    const auto archived = std::make_shared<ArchivedKeys>(ArchiveValue::Dictionary{
-        {"springBoardData", ArchiveValue::Dictionary{{"SPRINGBOARD", ArchiveValue::Dictionary{{"a", 1}}},
-                                                     {"/var/mobile/notes.txt", ArchiveValue()}}}});
-    const auto read = throughHistoryText(archived);
-    ASSERT_TRUE(read);
-    EXPECT_EQ(read->springBoardData()->size(), 2u);
+    EXPECT_EQ(throughHistoryText(oldNote)->springBoardData()->size(), 2u) << "an old note's whole springboard stays";
 }
 
 TEST_F(BackupSessionArchiveTest, TitlesOfEncryptedAndUntitledSessions) {
-    const auto read = [&](ArchiveValue::Dictionary keys) {
-        return throughHistoryText(std::make_shared<ArchivedKeys>(std::move(keys)));
+    const auto titleRead = [](std::optional<std::string> title, std::optional<std::string> key,
+                              std::optional<Date> date) {
+        const auto session = std::make_shared<BackupSession>();
+        session->setTitle(std::move(title));
+        session->setEncryptionKey(std::move(key));
+        session->setSessionDate(date);
+        return throughHistoryText(session)->title();
     };
-    EXPECT_EQ(read({{"title", "Plain"}, {"encryptionKey", "AB"}})->title(), std::string(kPadlock) + " Plain");
-    EXPECT_EQ(read({{"title", std::string(kPadlock) + " Locked"}, {"encryptionKey", "AB"}})->title(),
-              std::string(kPadlock) + " Locked");
-    EXPECT_EQ(read({{"title", "Open"}})->title(), "Open");
-    const auto untitled = read({{"sessionDate", Date(0)}});
-    ASSERT_TRUE(untitled->title());
-    EXPECT_TRUE(untitled->title()->starts_with("200")) << *untitled->title();
-    EXPECT_NE(untitled->title()->find(" @ "), std::string::npos) << *untitled->title();
-    EXPECT_EQ(read({})->title(), std::nullopt) << "without a date there is nothing to name it by";
+    const std::string padlock(kPadlock);
+    EXPECT_EQ(titleRead("Plain", "AB", std::nullopt), padlock + " Plain");
+    EXPECT_EQ(titleRead(padlock + " Locked", "AB", std::nullopt), padlock + " Locked");
+    EXPECT_EQ(titleRead("Open", std::nullopt, std::nullopt), "Open");
+    const auto untitled = titleRead(std::nullopt, std::nullopt, Date(0));
+    ASSERT_TRUE(untitled);
+    EXPECT_TRUE(untitled->starts_with("200")) << *untitled;
+    EXPECT_NE(untitled->find(" @ "), std::string::npos) << *untitled;
+    EXPECT_EQ(titleRead(std::nullopt, std::nullopt, std::nullopt), std::nullopt)
+        << "without a date there is nothing to name it by";
 }
 
 TEST_F(BackupSessionArchiveTest, AnAddressBookSessionReadOnAFileEngineHoldsNoDataSets) {
@@ -255,14 +222,13 @@ TEST_F(BackupSessionArchiveTest, OnlyAPhoneShowsPhoneDataAndNoAlbumsMeansNoMedia
     EXPECT_TRUE(read->hasCalendarData());
 }
 
-TEST_F(BackupSessionArchiveTest, AValueOfTheWrongKindReadsAsAbsentWithALogLine) {
+TEST_F(BackupSessionArchiveTest, AValueOfTheWrongKindReadsAsAbsent) {
     const auto archived =
         std::make_shared<ArchivedKeys>(ArchiveValue::Dictionary{{"title", 42},
                                                                 {"applications", "not a list"},
                                                                 {"preferencesData", ArchiveValue::Array{1, 2}},
                                                                 {"sessionDate", "yesterday"},
                                                                 {"rawData", "Foo\tcom.foo\t1\tme\tTweaks\t(null)\n"}});
-    test::CapturedLog log;
     const auto read = throughHistoryText(archived);
     ASSERT_TRUE(read);
     EXPECT_EQ(read->title(), std::nullopt);
@@ -270,21 +236,6 @@ TEST_F(BackupSessionArchiveTest, AValueOfTheWrongKindReadsAsAbsentWithALogLine) 
     EXPECT_EQ(read->preferencesData(), std::nullopt);
     EXPECT_EQ(read->sessionDate(), std::nullopt);
     EXPECT_EQ(read->rawData(), "Foo\tcom.foo\t1\tme\tTweaks\t(null)\n");
-    EXPECT_TRUE(log.contains("The value under <applications> is not"));
-}
-
-TEST_F(BackupSessionArchiveTest, AHistoryOfSeveralSessionsReadsBackInItsOrder) {
-    auto older = fullSession();
-    older->setSessionDate(Date(100));
-    auto newer = fullSession();
-    newer->setSessionDate(Date(200));
-    const auto text = HistoryText::encode(ArchiveValue::Array{ArchiveValue(older), ArchiveValue(newer)});
-    ASSERT_TRUE(text);
-    const auto decoded = HistoryText::decode(*text, modelClasses());
-    ASSERT_TRUE(decoded && decoded->asArray());
-    ASSERT_EQ(decoded->asArray()->size(), 2u);
-    EXPECT_EQ(decoded->asArray()->at(0).object<BackupSession>()->sessionDate(), Date(100));
-    EXPECT_EQ(decoded->asArray()->at(1).object<BackupSession>()->sessionDate(), Date(200));
 }
 
 }  // namespace
