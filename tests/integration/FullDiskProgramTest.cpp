@@ -79,12 +79,15 @@ TEST_F(FullDiskProgramTest, ABackupThatFillsTheTemporaryFolderFailsAndKeepsTheEa
     expectFailedBackupLeavesTheFirstSession("split couldn't cut into parts <Preferences.tbz>");
 }
 
-TEST_F(FullDiskProgramTest, ABackupThatFillsTheStorageFailsAndKeepsTheEarlierSession) {
+// With one session to keep, the earlier one is only taken away once the new one stands.
+TEST_F(FullDiskProgramTest, ABackupThatFillsTheStorageFailsAndKeepsTheOneSessionToKeep) {
+    ASSERT_EQ(run("settings MaximumBackupsInLocal 1").status, 0);
     // Room for one session, not for two.
     const SmallFileSystem storage(device_.path(kStorageFolder), "700k");
     ASSERT_TRUE(storage.isMounted());
     backUp();
     expectFailedBackupLeavesTheFirstSession("Couldn't ");
+    EXPECT_NE(run("history").output.find("1 session(s)"), std::string::npos);
 }
 
 TEST_F(FullDiskProgramTest, ARestoreThatFillsTheTemporaryFolderUnpacksNothingAndLeavesDpkgConsistent) {

@@ -1,6 +1,7 @@
-// "stowhaven backup" on a sandbox device with local storage.
+// "stowhaven backup" on a sandbox device with local storage, and what it leaves there.
 
 #include "platform/FileManager.h"
+#include "support/FolderSnapshot.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 #include "support/SqlRows.h"
@@ -23,8 +24,8 @@ protected:
         }
     }
 
-    test::ProgramOutcome run(const std::string& arguments) const {
-        return test::runProgram("--root " + device_.root() + " " + arguments);
+    test::ProgramOutcome run(const std::string& arguments, const std::string& environment = "") const {
+        return test::runProgram("--root " + device_.root() + " " + arguments, environment);
     }
 
     std::vector<std::string> stored() const {
@@ -80,6 +81,17 @@ TEST_F(BackupProgramTest, AnEncryptedBackupNeedsItsKeyAndAFailedOneSaysWhy) {
     const auto outcome = run("backup --yes");
     EXPECT_EQ(outcome.status, 1);
     EXPECT_NE(outcome.errors.find("the backup failed"), std::string::npos) << outcome.errors;
+}
+
+TEST_F(BackupProgramTest, HistoryFilesAndDataAreRootsAloneWhateverTheUmask) {
+    ASSERT_EQ(run("backup --yes", "umask 000; ").status, 0);
+    const auto items = test::snapshot(device_.path(kStorageFolder));
+    ASSERT_TRUE(std::any_of(items.begin(), items.end(), [](const auto& item) {
+        return item.first.find('/') != std::string::npos && !item.second.starts_with("folder");
+    })) << "some data lies in a data folder";
+    for (const auto& [path, item] : items) {
+        EXPECT_TRUE(item.starts_with(item.starts_with("folder") ? "folder 0700" : "0600 ")) << path;
+    }
 }
 
 }  // namespace
