@@ -113,6 +113,33 @@ TEST_F(HostileSessionProgramTest, APlainArchiveThatStartsLikeBzip2IsCheckedMembe
     EXPECT_NE(outcome.errors.find("Refusing <etc/planted>"), std::string::npos) << outcome.errors;
 }
 
+// Names as a crafted archive carries them: under another kind's folder, beside the kind's
+// folder with the same beginning, climbing out, absolute, and a link that leads out.
+TEST_F(HostileSessionProgramTest, NamesThatLeaveTheKindsFolderStayInTheArchive) {
+    stage("var/mobile/Library/Notes/notes.sqlite", "my notes");
+    stage("var/mobile/Library/Preferences/planted.plist", "not a note");
+    stage("var/mobile/Library/NotesEvil/b.txt", "beside the notes");
+    stage("outside.txt", "above the device");
+    stageLink("var/mobile/Library/Notes/up", "../../../..");
+    const std::string archive = makeTar("names.tar", "var/mobile/Library/Notes/notes.sqlite var/mobile/Library/Notes/up "
+                                                     "var/mobile/Library/Preferences/planted.plist "
+                                                     "var/mobile/Library/NotesEvil/b.txt");
+    for (const char* transform : {"s,^,var/mobile/Library/Notes/../../../../,", "s,^,/,"}) {
+        test::runCommand("cd '" + staging_.path().string() + "' && tar -rf '" + archive + "' -P --transform='" +
+                         transform + "' outside.txt");
+    }
+    storeKind("NOTES", archive);
+
+    const auto outcome = restore();
+
+    EXPECT_EQ(FileManager::contentsOfFile(device_.path("/var/mobile/Library/Notes/notes.sqlite")), "my notes");
+    EXPECT_FALSE(fs::exists(fs::symlink_status(device_.path("/var/mobile/Library/Notes/up"))));
+    EXPECT_FALSE(fs::exists(device_.path("/var/mobile/Library/Preferences/planted.plist")));
+    EXPECT_FALSE(fs::exists(device_.path("/var/mobile/Library/NotesEvil")));
+    EXPECT_FALSE(fs::exists(device_.path("/outside.txt")));
+    EXPECT_NE(outcome.errors.find("Refusing <var/mobile/Library/Notes/up>"), std::string::npos) << outcome.errors;
+}
+
 TEST_F(HostileSessionProgramTest, ALinkChainSpreadOverTwoArchivesLeadsNowhereOutside) {
     // "s" leads to its own folder, so "e" really climbs four folders from DCIM, to the
     // device's etc, while its text seems to stay within; the videos, restored after the
