@@ -1,15 +1,10 @@
-// How a whole backup runs and closes: which data operations it makes, what the address
-// book's run skips, and what a failure takes away.
+// How a whole backup runs and closes: what the address book's run skips, and what a
+// failure takes away.
 
-#include "backup/ApplicationsDataOperation.h"
 #include "backup/BackupOperation.h"
-#include "backup/CategoryBackupOperation.h"
-#include "backup/DataBackupOperation.h"
-#include "backup/DebsBackupOperation.h"
 #include "core/BackupSession.h"
 #include "core/CydiaFileManager.h"
 #include "core/ProcessFlags.h"
-#include "items/Application.h"
 #include "platform/Strings.h"
 #include "storage/StorageEngines.h"
 #include "storage/addressbook/ABAddressBookHelper.h"
@@ -70,19 +65,6 @@ protected:
 private:
     NotificationCenter::ObserverToken progressObserver_{};
 };
-
-TEST_F(BackupOperationTest, TheApplicationFolderIsMadeFirstOnlyWhenSomethingGoesIntoIt) {
-    BackupSession session;
-    auto operations = BackupOperation::dataOperationsFor(session);
-    ASSERT_EQ(operations.size(), 15U);
-    EXPECT_NE(dynamic_cast<DebsBackupOperation*>(operations.front().get()), nullptr);
-
-    session.setApplications(BackupSession::ApplicationList{std::make_shared<Application>("Tidewatch")});
-    operations = BackupOperation::dataOperationsFor(session);
-    ASSERT_EQ(operations.size(), 16U);
-    EXPECT_NE(dynamic_cast<CreateApplicationDataFolderOperation*>(operations.front().get()), nullptr);
-    EXPECT_NE(dynamic_cast<DebsBackupOperation*>(operations[1].get()), nullptr);
-}
 
 TEST_F(BackupOperationTest, OnTheAddressBookTheRecordIsTheWholeBackup) {
     scope_.supervisor().setStorageToAddressbook();

@@ -1,25 +1,18 @@
-// How a whole restore is put together and how it ends, whatever the session held.
+// How a whole restore ends, whatever the session held.
 
 #include "support/OperationRun.h"
 #include "core/BackupSession.h"
 #include "core/CydiaFileManager.h"
 #include "core/ProcessFlags.h"
-#include "restore/AppStoreAppsRestoreOperation.h"
-#include "restore/ArchivableFolderRestoreOperation.h"
-#include "restore/IndexedDataRestoreOperation.h"
-#include "restore/PackagesRestoreOperation.h"
 #include "restore/RestoreOperation.h"
-#include "restore/SourcesRestoreOperation.h"
 #include "storage/local/LocalStorageHelper.h"
 #include "support/SandboxDevice.h"
 #include "support/SupervisorScope.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
 #include <string>
-#include <typeinfo>
 #include <vector>
 
 namespace stowhaven {
@@ -36,38 +29,11 @@ protected:
         CydiaFileManager::shared().changeCurrentBackupSessionTo(session_);
     }
 
-    static std::vector<std::string> kindsOf(const std::vector<std::shared_ptr<DataRestoreOperation>>& operations) {
-        std::vector<std::string> kinds;
-        for (const auto& operation : operations) kinds.emplace_back(typeid(*operation).name());
-        return kinds;
-    }
-
-    template <typename... Operations>
-    static std::vector<std::string> kinds() {
-        return {typeid(Operations).name()...};
-    }
-
     test::SandboxDevice device_{"minimal"};
     test::SupervisorScope scope_;
     std::shared_ptr<LocalStorageHelper> engine_;
     std::shared_ptr<BackupSession> session_ = std::make_shared<BackupSession>();
 };
-
-TEST_F(RestoreOperationTest, SourcesAndPackagesAlwaysComeFirstAndFilesOnlyFromFileEngines) {
-    session_->setAppDataIndexed(false);
-    EXPECT_EQ(kindsOf(RestoreOperation::restoreOperationsFor(*session_)),
-              (kinds<SourcesRestoreOperation, PackagesRestoreOperation, AppStoreAppsRestoreOperation,
-                     ArchivableFolderRestoreOperation>()))
-        << "no indexed data without its mark";
-    session_->setAppDataIndexed(true);
-    EXPECT_EQ(kindsOf(RestoreOperation::restoreOperationsFor(*session_)),
-              (kinds<SourcesRestoreOperation, PackagesRestoreOperation, IndexedDataRestoreOperation,
-                     AppStoreAppsRestoreOperation, ArchivableFolderRestoreOperation>()));
-
-    scope_.supervisor().setStorageToAddressbook();
-    EXPECT_EQ(kindsOf(RestoreOperation::restoreOperationsFor(*session_)),
-              (kinds<SourcesRestoreOperation, PackagesRestoreOperation>()));
-}
 
 // The data folders go back to the user "mobile" in one fixed order after every restore,
 // and the screens hear of the end.
