@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs what is needed, builds and runs the whole test suite, then again under
-# AddressSanitizer and UndefinedBehaviorSanitizer. The benchmarks are built in the first
-# tree only; the sanitizer tree builds what its tests run. Both trees compile through ccache,
+# AddressSanitizer and UndefinedBehaviorSanitizer. The benchmarks and the fuzz targets (as
+# programs replaying their seeds, a test each) are built in the first tree only; the
+# sanitizer tree builds what its tests run. Both trees compile through ccache,
 # whose cache (ccache's own folder, kept between runs) also serves other checkouts: paths are
 # hashed relative to the top of the checkout. Ends with the wall time of each stage.
 set -euo pipefail
@@ -33,7 +34,8 @@ stage_done "plain build"
 ctest --test-dir build --output-on-failure -j "$jobs"
 stage_done "plain tests"
 
-scripts/build.sh build-sanitize "${cache[@]}" -DCMAKE_BUILD_TYPE=Debug -DSTOWHAVEN_SANITIZE=ON -DSTOWHAVEN_BENCH=OFF
+scripts/build.sh build-sanitize "${cache[@]}" -DCMAKE_BUILD_TYPE=Debug -DSTOWHAVEN_SANITIZE=ON \
+  -DSTOWHAVEN_BENCH=OFF -DSTOWHAVEN_FUZZ_REPLAY=OFF
 stage_done "sanitizer build"
 ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
   ctest --test-dir build-sanitize --output-on-failure -j "$jobs"
