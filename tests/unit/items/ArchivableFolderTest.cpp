@@ -1,5 +1,4 @@
 #include "items/ArchivableFolder.h"
-#include "items/ArchivableFolderTable.h"
 #include "platform/UserDefaults.h"
 #include "support/SupervisorScope.h"
 
@@ -67,16 +66,6 @@ TEST_F(ArchivableFolderTest, ACopyForASessionTakesOnlyTheChosenItems) {
     EXPECT_EQ(folder->contentItems().size(), 3u) << "the device's list stays whole";
     EXPECT_EQ(copy->selectedItemsSize(), 2);
     EXPECT_EQ(folder->totalSize(), 3);
-}
-
-TEST_F(ArchivableFolderTest, TypesHaveTheirArchiveNamesIconsAndDefaultKeys) {
-    EXPECT_EQ(ArchivableFolderTable::archiveName(29), "ASUpdateHier");
-    EXPECT_EQ(ArchivableFolderTable::archiveName(12), ArchivableFolderTable::archiveName(13)) << "ProTube and HD share";
-    EXPECT_EQ(ArchivableFolderTable::iconName(13), "ProTubeHD");
-    EXPECT_TRUE(ArchivableFolderTable::archiveName(32).starts_with("Unknown-")) << "a dated name of its own";
-    EXPECT_EQ(ArchivableFolderTable::defaultKey(9), "DefaultWebClips");
-    EXPECT_EQ(ArchivableFolderTable::defaultKey(33), std::nullopt);
-    EXPECT_EQ(ArchivableFolderTable::rows().size(), 49u);
 }
 
 }  // namespace

@@ -52,27 +52,15 @@ TEST_F(ItemCodingTest, AnItemReadBackIsNotSelected) {
     EXPECT_FALSE(read->isSelected());
 }
 
-TEST_F(ItemCodingTest, DescriptionsGiveSmallSizesInBytes) {
-    SelectableItem item("Chime.m4r");
-    item.setSize(512.0 / 1048576);
-    EXPECT_EQ(item.description(), "SelectableItem -> Chime.m4r [1] {512b}");
-    item.setSize(2.5);
-    item.setSelected(false);
-    EXPECT_EQ(item.description(), "SelectableItem -> Chime.m4r [0] {2.500Mb}");
-}
-
-TEST_F(ItemCodingTest, AnApplicationsInstallDateIsWrittenAsAnInteger) {
+TEST_F(ItemCodingTest, AnApplicationsSizesAndNamesFollowItsUnits) {
     auto application = std::make_shared<Application>("Maps Plus");
-    application->setInstallDate(Date(441763200.75));
     application->setLibraryDirSize(0);
     application->setDocumentsDirSize(2);
     application->setDocumentsDirSizeUnit(3);
-    EXPECT_EQ(archivedKeys(application).at("installDate"), PlistValue(441763200));
     EXPECT_EQ(application->archiveName(), "Maps%20Plus.tbz");
 
     const auto read = throughArchive(application);
     ASSERT_TRUE(read);
-    EXPECT_EQ(read->installDate(), Date(441763200));
     EXPECT_TRUE(read->hasDocumentsDir());
     EXPECT_FALSE(read->hasLibraryDir()) << "no size, no folder";
     EXPECT_EQ(read->totalSize(), 2.0 * 1024) << "2 Gb in megabytes";
@@ -92,21 +80,6 @@ TEST_F(ItemCodingTest, ASourceFromThePackageManagerTakesItsHostAsName) {
     const RepositorySource secure(Dictionary{{"URI", "https://secure.example/"}, {"Type", "deb"}});
     EXPECT_EQ(secure.name(), "https://secure.example/");
     EXPECT_EQ(secure.link(), "https://secure.example/");
-}
-
-TEST_F(ItemCodingTest, ASourceLineHoldsItsFirstSectionOnly) {
-    auto source = std::make_shared<RepositorySource>(Dictionary{{"URI", "http://a.example/"},
-                                                                {"Type", "deb"},
-                                                                {"Distribution", "stable"},
-                                                                {"Sections", Array{"main", "extra"}}});
-    EXPECT_EQ(source->debSourceAsString(), "deb http://a.example/ stable main");
-    const auto read = throughArchive(source);
-    ASSERT_TRUE(read);
-    EXPECT_EQ(read->link(), "http://a.example/");
-    EXPECT_EQ(read->type(), "deb");
-    EXPECT_EQ(read->distribution(), "stable");
-    EXPECT_EQ(read->sections(), (std::vector<std::string>{"main", "extra"}));
-    EXPECT_FALSE(read->isSelected()) << "no restore list: not chosen";
 }
 
 TEST_F(ItemCodingTest, SourcesFollowTheSavedListsByTheirKeys) {
@@ -136,12 +109,7 @@ TEST_F(ItemCodingTest, APreferenceFileIsChosenForBackupOnlyWithoutLists) {
     EXPECT_FALSE(throughArchive(std::make_shared<PreferenceFile>(file))->isSelected());
 }
 
-TEST_F(ItemCodingTest, ABlobIsNamedByItsChipIdentifier) {
-    auto blob = std::make_shared<SHSHBlob>("86123-iPhone7,2-8.1.2.shsh");
-    const auto read = throughArchive(blob);
-    ASSERT_TRUE(read);
-    EXPECT_EQ(read->chipId(), "86123");
-    EXPECT_EQ(read->deviceType(), "iPhone7,2-8.1.2");
+TEST_F(ItemCodingTest, ABlobWithoutAChipIdentifierIsNamedByItsFile) {
     EXPECT_EQ(SHSHBlob("plain.shsh").chipId(), "plain.shsh");
     EXPECT_EQ(SHSHBlob("plain.shsh").deviceType(), std::nullopt);
 }
