@@ -3,15 +3,11 @@
 
 #include "core/DataToImport.h"
 #include "core/ModelClasses.h"
-#include "core/SessionHistory.h"
 #include "core/Text.h"
-#include "support/CatalogueFixture.h"
 #include "items/PhotoVideoManager.h"
-#include "platform/Strings.h"
 #include "platform/TemporaryDirectory.h"
+#include "support/CatalogueFixture.h"
 
-#include <algorithm>
-#include <mutex>
 #include <vector>
 
 namespace stowhaven {
@@ -40,14 +36,6 @@ protected:
         return names;
     }
 
-    std::vector<double> sessionDates() const {
-        std::vector<double> dates;
-        for (const auto& session : manager().backupSessions()) {
-            dates.push_back(session->sessionDate()->timeIntervalSinceReferenceDate());
-        }
-        return dates;
-    }
-
     static std::shared_ptr<BackupSession> readBack(const std::string& name) {
         const auto text = FileManager::contentsOfFile(localStoragePath() + "/" + name);
         const auto root = text ? HistoryText::decode(*text, modelClasses()) : std::nullopt;
@@ -59,24 +47,6 @@ protected:
 private:
     std::vector<NotificationCenter::ObserverToken> observers_;
 };
-
-TEST_F(SessionStoreTest, KeepingZeroSessionsKeepsThemAll) {
-    const auto names = loadFiveSessions();
-    scope_.supervisor().setMaximumBackupToKeep(0);
-    manager().rolloverBackups();
-    EXPECT_TRUE(std::all_of(names.begin(), names.end(), isStored));
-    EXPECT_EQ(manager().backupSessions().size(), 5u);
-}
-
-TEST_F(SessionStoreTest, KeepingThreeOfFiveRemovesTheTwoOldest) {
-    const auto names = loadFiveSessions();
-    scope_.supervisor().setMaximumBackupToKeep(3);
-    manager().rolloverBackups();
-    EXPECT_FALSE(isStored(names[0]) || isStored(names[1]));
-    EXPECT_TRUE(isStored(names[2]) && isStored(names[3]) && isStored(names[4]));
-    EXPECT_EQ(sessionDates(), (std::vector<double>{kDay + 2 * 3600, kDay + 3 * 3600, kDay + 4 * 3600}));
-    EXPECT_EQ(engine_->existingFiles(), (std::vector<std::string>{names[2], names[3], names[4]}));
-}
 
 TEST_F(SessionStoreTest, AHistoryFileWhoseNameGivesNoDateStaysAndCountsAgainstTheRollover) {
     FileManager::writeFile(localStoragePath() + "/0000-notes.stowhvn", "kept by hand");
@@ -108,30 +78,6 @@ TEST_F(SessionStoreTest, ABackupOfPackagesAloneEndsWithItsHistoryFile) {
     EXPECT_FALSE(manager().backupTitle()) << "a title serves one backup";
 }
 
-TEST_F(SessionStoreTest, AnEncryptedSessionKeepsTheKeysCipherAndAPlainHistory) {
-    manager().loadPackages();
-    manager().setBackupTitle("Locked");
-    manager().setEncryptionKey("correct horse");
-    const auto session = manager().createBackupSession(true);
-    manager().storeBackupData();
-
-    const auto stored = readBack(StorageLayout::historyFileName(*session->sessionDate()));
-    ASSERT_TRUE(stored) << "the history itself is never enciphered on a file engine";
-    EXPECT_EQ(stored->title(), "\xf0\x9f\x94\x92 Locked");
-    EXPECT_TRUE(stored->isValidEncryptionKey("correct horse"));
-    EXPECT_FALSE(stored->isValidEncryptionKey("wrong horse"));
-}
-
-TEST_F(SessionStoreTest, ACanceledJobUploadsNothing) {
-    manager().loadPackages();
-    manager().createBackupSession(true);
-    scope_.supervisor().handleProgressCanceled();
-    manager().storeBackupData();
-    EXPECT_EQ(outcomes_, std::vector<std::string>{"BACKUP_FAILED"});
-    EXPECT_TRUE(engine_->existingFiles().empty());
-    scope_.supervisor().resetCancelStatus();
-}
-
 TEST_F(SessionStoreTest, ABackupTakesTheAlbumsWhosePhotosAreChosen) {
     auto holidays = std::make_shared<PhotoVideoAlbum>("Holidays");
     holidays->setPhotos({"IMG_0001.JPG", "IMG_0002.JPG"});
@@ -156,15 +102,6 @@ TEST_F(SessionStoreTest, ABackupTakesTheAlbumsWhosePhotosAreChosen) {
     ASSERT_TRUE(session->photoVideoAlbums());
     ASSERT_EQ(session->photoVideoAlbums()->size(), 1u);
     EXPECT_EQ(session->photoVideoAlbums()->front()->name(), "Holidays");
-}
-
-TEST_F(SessionStoreTest, TheStatusCountsWhatTheNextBackupTakes) {
-    manager().loadPackages();
-    manager().currentPackages().front()->setBackupSelected(false);
-    const std::string status = manager().getBriefSystemStatus().plainText();
-    EXPECT_NE(status.find("- 3/4 Cydia packages\n"), std::string::npos) << status;
-    EXPECT_NE(status.find("- 0 Apple™ stock app data sets\n"), std::string::npos) << "no data scan is on";
-    EXPECT_NE(status.find("- 0 App Store apps\n"), std::string::npos) << status;
 }
 
 TEST_F(SessionStoreTest, AVCardOfTheCurrentSessionImportsOnAnotherDevice) {
