@@ -70,14 +70,5 @@ TEST_F(StorageLayoutTest, NamesThatHoldNoStampGiveNoDate) {
     EXPECT_TRUE(StorageLayout::dateOfHistoryFile("2024-01-01_10~00~00.stowhvn.stowhvn")) << "every suffix is taken out";
 }
 
-TEST_F(StorageLayoutTest, DirectoriesNestBaseDeviceSessionAndData) {
-    const TimeZoneScope utc("UTC0");
-    const std::string device = StorageLayout::deviceDirectory("/Stowhaven", "Ann's iPhone");
-    EXPECT_EQ(device, "/Stowhaven/Ann's iPhone");
-    const std::string session = StorageLayout::sessionDirectory(device, Date::dateWithTimeIntervalSince1970(0));
-    EXPECT_EQ(session, "/Stowhaven/Ann's iPhone/1970-01-01_00~00~00");
-    EXPECT_EQ(StorageLayout::dataDirectory(session, "DEBS"), session + "/DEBS");
-}
-
 }  // namespace
 }  // namespace stowhaven
