@@ -134,12 +134,13 @@ TEST_F(DeviceItemsTest, SourcesAreThePackageManagersButItsStableOne) {
     ASSERT_TRUE(PlistCodec::writeFile(settings, cydia, PlistFormat::Binary, 0644));
 
     const auto sources = DeviceItems::repositorySources();
-    EXPECT_EQ(named(sources, "Apt.Bigboss.Example"), nullptr) << "the stable distribution stays out";
+    EXPECT_EQ(named(sources, "127.0.0.11"), nullptr) << "the stable distribution stays out";
     const auto example = named(sources, "Repo.Example.Org");
     ASSERT_NE(example, nullptr);
     EXPECT_EQ(example->link(), "http://repo.example.org/");
-    EXPECT_EQ(named(sources, "Repo.Harbour.Example")->debSourceAsString(),
-              "deb http://repo.harbour.example/debian/ ios8 main");
+    const auto harbour = named(sources, "127.0.0.15");
+    ASSERT_NE(harbour, nullptr);
+    EXPECT_EQ(harbour->debSourceAsString(), "deb http://127.0.0.15/harbour/debian/ ios8 main");
 }
 
 TEST_F(DeviceItemsTest, TweakFoldersExistByTheirPackageOrByTheirPlace) {

@@ -23,7 +23,7 @@ TEST(ItemsProgramTest, TheDemoDeviceHasAnItemOfEveryKind) {
     EXPECT_FALSE(lists(items["applications"], "bundleIdentifier", "com.apple.iBooks"));
     EXPECT_TRUE(lists(items["preferenceFiles"], "name", "/var/mobile/Library/Preferences/com.saurik.Cydia.plist"));
     EXPECT_TRUE(lists(items["springboardFiles"], "name", "/var/mobile/Library/SpringBoard/IconState.plist"));
-    EXPECT_TRUE(lists(items["sources"], "link", "http://repo.quillfeed.example/"));
+    EXPECT_TRUE(lists(items["sources"], "link", "http://127.0.0.12/quillfeed/"));
     const nlohmann::json& folders = items["archivableFolders"];
     EXPECT_TRUE(lists(folders, "name", "Springtomize 3"));
     EXPECT_TRUE(lists(folders, "archiveName", "ishsh_blobs"));

@@ -116,10 +116,10 @@ TEST_F(RoundTripTest, ARestoreOntoTheWipedDeviceBringsEverythingBack) {
         EXPECT_NE(packages.find(std::string(package) + "\n"), std::string::npos) << package;
     }
     const auto sources = FileManager::contentsOfFile(wiped.path("/etc/apt/sources.list.d/cydia.list"));
-    EXPECT_NE(sources.value_or("").find("http://cydia.tinkerlane.example/"), std::string::npos);
+    EXPECT_NE(sources.value_or("").find("http://127.0.0.13/tinkerlane/"), std::string::npos);
     const auto cydiaSettings =
         FileManager::contentsOfFile(wiped.path("/var/mobile/Library/Preferences/com.saurik.Cydia.plist"));
-    EXPECT_NE(cydiaSettings.value_or("").find("cydia.tinkerlane.example"), std::string::npos);
+    EXPECT_NE(cydiaSettings.value_or("").find("127.0.0.13/tinkerlane"), std::string::npos);
     for (const std::string& folder : kRestoredFolders) expectSameFiles(*original_, wiped, folder);
 }
 

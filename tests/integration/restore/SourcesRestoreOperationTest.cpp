@@ -129,7 +129,7 @@ TEST_F(SourcesRestoreOperationTest, ChosenSourcesJoinBothRecordsAndTheSettingsAr
 
     const PlistValue::Dictionary sources = cydiaSources();
     EXPECT_FALSE(sources.contains("http://stale.example/"));
-    EXPECT_TRUE(sources.contains("deb:http://repo.quillfeed.example/:./")) << "the device's own stay";
+    EXPECT_TRUE(sources.contains("deb:http://127.0.0.12/quillfeed/:./")) << "the device's own stay";
     EXPECT_EQ(sources.at("deb:http://repo.newhaven.example/:./"),
               PlistValue(PlistValue::Dictionary{{"Type", "deb"},
                                                 {"URI", "http://repo.newhaven.example/"},
@@ -156,20 +156,20 @@ TEST_F(SourcesRestoreOperationTest, ASourceTheDeviceHasAlreadyIsNotAddedTwice) {
     auto session = std::make_shared<BackupSession>();
     session->setSessionDate(Date(700000000));
     // In the device's list: the user ticks it all the same.
-    session->addRepositorySource(sourceOf("http://repo.quillfeed.example/", "./"));
+    session->addRepositorySource(sourceOf("http://127.0.0.12/quillfeed/", "./"));
     // Left out of the device's list for its "stable", but a line of the apt list.
-    session->addRepositorySource(sourceOf("http://apt.bigboss.example/repofiles/cydia/", "stable", {"main"}));
+    session->addRepositorySource(sourceOf("http://127.0.0.11/bigboss/repofiles/cydia/", "stable", {"main"}));
 
     restore(session, [&] {
         for (const auto& source : *session->repositorySources()) source->setSelected(true);
     });
 
     EXPECT_EQ(listLines(), linesBefore);
-    EXPECT_EQ(countOf(listLines(), "deb http://apt.bigboss.example/repofiles/cydia/ stable main"), 1u);
+    EXPECT_EQ(countOf(listLines(), "deb http://127.0.0.11/bigboss/repofiles/cydia/ stable main"), 1u);
     PlistValue::Dictionary expectedSources = sourcesBefore;
-    expectedSources["deb:http://apt.bigboss.example/repofiles/cydia/:stable"] =
+    expectedSources["deb:http://127.0.0.11/bigboss/repofiles/cydia/:stable"] =
         PlistValue::Dictionary{{"Type", "deb"},
-                               {"URI", "http://apt.bigboss.example/repofiles/cydia/"},
+                               {"URI", "http://127.0.0.11/bigboss/repofiles/cydia/"},
                                {"Distribution", "stable"},
                                {"Sections", PlistValue::Array{"main"}}};
     EXPECT_EQ(cydiaSources(), expectedSources) << "the same entry, rewritten";
