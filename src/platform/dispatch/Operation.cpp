@@ -25,10 +25,6 @@ bool Operation::isCanceled() const {
     return canceled_;
 }
 
-bool Operation::isExecuting() const {
-    return state_ == State::Executing;
-}
-
 bool Operation::isFinished() const {
     return state_ == State::Finished;
 }

@@ -27,7 +27,6 @@ public:
     // Safe from any thread, at any time.
     void cancel();
     bool isCanceled() const;
-    bool isExecuting() const;
     bool isFinished() const;
 
     // Runs on the operation's thread right after main() has ended or been skipped, and is

@@ -44,11 +44,6 @@ void OperationQueue::addOperations(const std::vector<std::shared_ptr<Operation>>
     });
 }
 
-std::vector<std::shared_ptr<Operation>> OperationQueue::operations() const {
-    std::lock_guard lock(mutex_);
-    return {held_.begin(), held_.end()};
-}
-
 std::size_t OperationQueue::operationCount() const {
     std::lock_guard lock(mutex_);
     return held_.size();
@@ -70,11 +65,6 @@ void OperationQueue::setSuspended(bool suspended) {
         suspended_ = suspended;
     }
     changed_.notify_all();
-}
-
-bool OperationQueue::isSuspended() const {
-    std::lock_guard lock(mutex_);
-    return suspended_;
 }
 
 void OperationQueue::serve() {

@@ -30,8 +30,7 @@ public:
     // With waitUntilFinished, returns once the queue no longer holds any of them.
     void addOperations(const std::vector<std::shared_ptr<Operation>>& operations, bool waitUntilFinished);
 
-    // What the queue holds, in order, the running operation first.
-    std::vector<std::shared_ptr<Operation>> operations() const;
+    // How many operations the queue holds, the running one included.
     std::size_t operationCount() const;
 
     // Cancels every operation held, the running one included, which sees it through
@@ -43,7 +42,6 @@ public:
 
     // A suspended queue starts no operation; the running one goes on.
     void setSuspended(bool suspended);
-    bool isSuspended() const;
 
 private:
     void serve();

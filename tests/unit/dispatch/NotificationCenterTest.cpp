@@ -49,8 +49,9 @@ TEST(NotificationCenterTest, OnAQueueTheBlockRunsWhenThatQueueServesIt) {
     NotificationCenter center;
     RecordingQueue queue;
     std::optional<double> progress;
-    center.addObserver("UPDATE_PROGRESS", &queue,
-                       [&](const Notification& notification) { progress = std::any_cast<double>(notification.object); });
+    center.addObserver("UPDATE_PROGRESS", &queue, [&](const Notification& notification) {
+        progress = std::any_cast<double>(notification.object);
+    });
 
     center.post("UPDATE_PROGRESS", 0.5);
     EXPECT_FALSE(progress);

@@ -84,35 +84,6 @@ TEST(OperationQueueTest, RunsOperationsOneAtATimeInOrderOnAThreadOfItsOwn) {
     EXPECT_EQ(queue.operationCount(), 0u);
 }
 
-TEST(OperationQueueTest, OperationsListsWhatTheQueueStillHoldsTheRunningOneFirst) {
-    Journal journal;
-    Semaphore started, release;
-    OperationQueue queue;
-    queue.setSuspended(true);
-    const auto a = std::make_shared<JournaledOperation>("a", journal, [&](Operation&) {
-        started.signal();
-        release.wait(kFailureGuard);
-    });
-    const auto b = std::make_shared<JournaledOperation>("b", journal);
-    queue.addOperations({a, b}, false);
-    const std::vector<std::shared_ptr<Operation>> both{a, b};
-    EXPECT_EQ(queue.operations(), both);
-    EXPECT_FALSE(a->isExecuting());
-
-    queue.setSuspended(false);
-    ASSERT_TRUE(started.wait(kFailureGuard));
-    EXPECT_EQ(queue.operations(), both);
-    EXPECT_TRUE(a->isExecuting());
-    EXPECT_FALSE(b->isExecuting());
-
-    release.signal();
-    const auto c = std::make_shared<JournaledOperation>("c", journal);
-    queue.addOperations({c}, true);
-    EXPECT_EQ(queue.operationCount(), 0u);
-    EXPECT_TRUE(a->isFinished() && b->isFinished() && c->isFinished());
-    EXPECT_FALSE(a->isExecuting());
-}
-
 TEST(OperationQueueTest, ACanceledOperationThatHasNotStartedFinishesWithoutItsMain) {
     Journal journal;
     OperationQueue queue;

@@ -4,38 +4,23 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
-
 namespace stowhaven {
 namespace {
 
 using namespace std::chrono_literals;
 using test::kFailureGuard;
 
+// Waits that another thread's signal ends are in every queue test; here the count.
 TEST(SemaphoreTest, EachSignalLetsExactlyOneWaitThrough) {
     Semaphore semaphore(1);
     semaphore.signal();
     EXPECT_TRUE(semaphore.wait(kFailureGuard));
     EXPECT_TRUE(semaphore.wait(kFailureGuard));
-    EXPECT_FALSE(semaphore.wait(20ms));
+    EXPECT_FALSE(semaphore.wait(0s));
 
     semaphore.signal();
     semaphore.wait();
     EXPECT_FALSE(semaphore.wait(0s));
-}
-
-TEST(SemaphoreTest, AWaitReturnsOnceAnotherThreadSignals) {
-    Semaphore request, answer;
-    bool answered = false;
-    std::thread engine([&] {
-        request.wait();
-        answered = true;
-        answer.signal();
-    });
-    request.signal();
-    EXPECT_TRUE(answer.wait(kFailureGuard));
-    engine.join();
-    EXPECT_TRUE(answered);
 }
 
 }  // namespace

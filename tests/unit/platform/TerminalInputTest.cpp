@@ -1,12 +1,12 @@
 #include "platform/TerminalInput.h"
 
+#include "unit/dispatch/DispatchTestHelpers.h"
+
 #include <gtest/gtest.h>
 
 #include <unistd.h>
 
-#include <chrono>
 #include <future>
-#include <thread>
 
 namespace stowhaven {
 namespace {
@@ -38,11 +38,8 @@ TEST(TerminalInputTest, AnotherThreadEndsAReadUnderWayAndOnlyThatOne) {
 
     auto line = std::async(std::launch::async, [&] { return input.readLine(false); });
     // The read may not have started yet: the wake-up is sent until it takes.
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!input.interruptRead() && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    ASSERT_EQ(line.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+    ASSERT_TRUE(test::eventually([&] { return input.interruptRead(); }));
+    ASSERT_EQ(line.wait_for(test::kFailureGuard), std::future_status::ready);
     EXPECT_EQ(line.get().kind, Kind::Interrupted);
 
     ASSERT_EQ(write(ends[1], "next\n", 5), 5);
