@@ -42,13 +42,5 @@ TEST_F(DeviceFactsTest, WhatTheImageLacksComesFromTheHost) {
     EXPECT_EQ(facts.systemVersion, "");
 }
 
-TEST_F(DeviceFactsTest, PinnedFactsWinUntilUnpinned) {
-    const DeviceFacts pinned{"udid", "Pinned", "iPad4,1", "7.1.2"};
-    DeviceFactsReader::pin(pinned);
-    EXPECT_EQ(DeviceFactsReader::read(), pinned);
-    DeviceFactsReader::pin(std::nullopt);
-    EXPECT_NE(DeviceFactsReader::read(), pinned);
-}
-
 }  // namespace
 }  // namespace stowhaven

@@ -33,13 +33,5 @@ TEST_F(DeviceRootTest, RelativeAndUntidyRootsAreMadeAbsolute) {
     EXPECT_TRUE(DeviceRoot::get().ends_with("/relative-device"));
 }
 
-TEST_F(DeviceRootTest, RootsThatCouldBreakACommandLineAreRefused) {
-    ASSERT_TRUE(DeviceRoot::set("/srv/device"));
-    for (const char* hostile : {"/srv/my device", "/srv/$(reboot)", "/srv/`x`", "/srv/a\"b", "/srv/a;b", "/srv/a\nb"}) {
-        EXPECT_FALSE(DeviceRoot::set(hostile)) << hostile;
-        EXPECT_EQ(DeviceRoot::get(), "/srv/device");
-    }
-}
-
 }  // namespace
 }  // namespace stowhaven
