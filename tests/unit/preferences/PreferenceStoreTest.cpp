@@ -1,8 +1,8 @@
 #include "platform/FileManager.h"
 #include "platform/PreferenceStore.h"
 #include "platform/plist/PlistCodec.h"
-#include "support/TestFolder.h"
 #include "support/CapturedLog.h"
+#include "support/TestFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -47,11 +47,6 @@ const Dictionary kEveryKind = {
     {"archiveRoot", PlistValue::uid(1)},
 };
 
-template <typename T>
-std::optional<T> copyOf(const T* value) {
-    return value ? std::optional<T>(*value) : std::nullopt;
-}
-
 TEST_F(PreferenceStoreTest, EveryKindOfValueSurvivesInANewStoreOnTheSameFile) {
     {
         PreferenceStore store(path_);
@@ -62,25 +57,6 @@ TEST_F(PreferenceStoreTest, EveryKindOfValueSurvivesInANewStoreOnTheSameFile) {
     EXPECT_EQ(reopened.dictionaryRepresentation(), kEveryKind);
 }
 
-TEST_F(PreferenceStoreTest, TypedReadersAnswerTheirKindAndNothingElse) {
-    PreferenceStore store(path_);
-    for (const auto& [key, value] : kEveryKind) ASSERT_TRUE(store.set(key, value));
-    for (const auto& [key, value] : kEveryKind) {
-        SCOPED_TRACE(key);
-        EXPECT_EQ(store.string(key), copyOf(value.asString()));
-        EXPECT_EQ(store.data(key), copyOf(value.asData()));
-        EXPECT_EQ(store.number(key), value.isNumber() ? std::optional(value) : std::nullopt);
-        EXPECT_EQ(store.date(key), value.asDate());
-        EXPECT_EQ(store.array(key), copyOf(value.asArray()));
-        EXPECT_EQ(store.dictionary(key), copyOf(value.asDictionary()));
-    }
-    for (const std::string_view absent : {"absent", ""}) {
-        EXPECT_FALSE(store.string(absent) || store.data(absent) || store.number(absent) || store.date(absent) ||
-                     store.array(absent) || store.dictionary(absent));
-        EXPECT_FALSE(store.boolean(absent));
-    }
-}
-
 TEST_F(PreferenceStoreTest, StoredValuesComeBeforeRegisteredDefaultsWhichAreNeverWritten) {
     PreferenceStore store(path_);
     store.registerDefaults({{"CurrentStorageType", 5}, {"SoundEnabled", true}, {"RepeatSchedule", -1}});
@@ -88,40 +64,31 @@ TEST_F(PreferenceStoreTest, StoredValuesComeBeforeRegisteredDefaultsWhichAreNeve
     EXPECT_EQ(store.object("CurrentStorageType"), PlistValue(5));
     EXPECT_EQ(store.object("RepeatSchedule"), PlistValue(2)) << "registered again, the new value counts";
     EXPECT_TRUE(store.object("DropboxStoragePath").isNull());
+    EXPECT_TRUE(store.keyExists("ConfirmBackup")) << "registered keys exist";
+    EXPECT_FALSE(store.keyExists("DropboxStoragePath"));
 
     ASSERT_TRUE(store.set("CurrentStorageType", 6));
     EXPECT_EQ(store.number("CurrentStorageType"), PlistValue(6));
     EXPECT_EQ(store.dictionaryRepresentation(),
-              (Dictionary{{"CurrentStorageType", 6},
-                          {"SoundEnabled", true},
-                          {"RepeatSchedule", 2},
-                          {"ConfirmBackup", true}}));
+              (Dictionary{
+                  {"CurrentStorageType", 6}, {"SoundEnabled", true}, {"RepeatSchedule", 2}, {"ConfirmBackup", true}}));
 
     EXPECT_EQ(PlistCodec::readFile(path_), PlistValue(Dictionary{{"CurrentStorageType", 6}}));
 
     ASSERT_TRUE(store.remove("CurrentStorageType"));
     EXPECT_EQ(store.number("CurrentStorageType"), PlistValue(5)) << "the registered default shows again";
-    EXPECT_EQ(PlistCodec::readFile(path_), PlistValue(Dictionary{}));
-}
-
-TEST_F(PreferenceStoreTest, KeyExistsForStoredAndRegisteredKeysOnly) {
-    PreferenceStore store(path_);
-    store.registerDefaults({{"BackupTitleEnabled", true}});
     ASSERT_TRUE(store.set("LocalStoragePath", "/var/mobile/Library/Preferences/Stowhaven"));
-    EXPECT_TRUE(store.keyExists("BackupTitleEnabled"));
-    EXPECT_TRUE(store.keyExists("LocalStoragePath"));
-    EXPECT_FALSE(store.keyExists("MaximumBackupsInOwnCloud"));
-
     ASSERT_TRUE(store.set("LocalStoragePath", PlistValue()));
     EXPECT_FALSE(store.keyExists("LocalStoragePath")) << "storing null removes the key";
+    EXPECT_EQ(PlistCodec::readFile(path_), PlistValue(Dictionary{}));
 }
 
 TEST_F(PreferenceStoreTest, BooleansCountAsTheDevicesUserDefaultsCountThem) {
     const std::vector<std::pair<PlistValue, bool>> cases = {
-        {true, true},     {false, false},   {1, true},        {-3, true},       {0, false},
-        {0.5, true},      {0.0, false},     {"YES", true},    {"yes", true},    {"true", true},
-        {"TRUE", true},   {"1", true},      {"NO", false},    {"0", false},     {"y", false},
-        {"", false},      {" YES", false},  {Array{1}, false}, {Date(1), false}, {PlistValue::data("1"), false}};
+        {true, true},   {false, false},  {1, true},         {-3, true},       {0, false},
+        {0.5, true},    {0.0, false},    {"YES", true},     {"yes", true},    {"true", true},
+        {"TRUE", true}, {"1", true},     {"NO", false},     {"0", false},     {"y", false},
+        {"", false},    {" YES", false}, {Array{1}, false}, {Date(1), false}, {PlistValue::data("1"), false}};
     PreferenceStore store(path_);
     for (const auto& [value, expected] : cases) {
         ASSERT_TRUE(store.set("flag", value));
@@ -139,15 +106,6 @@ TEST_F(PreferenceStoreTest, ReadsXmlWrittenByOthersAndWritesItBackInBinary) {
     EXPECT_TRUE(fileBytes().starts_with("bplist00"));
     EXPECT_EQ(PreferenceStore(path_).dictionaryRepresentation(),
               (Dictionary{{"FTPHost", "nas.local"}, {"FTPPort", 21}, {"FTPLogin", "me"}}));
-}
-
-TEST_F(PreferenceStoreTest, ReloadPicksUpWhatOthersWrote) {
-    PreferenceStore mine(path_);
-    PreferenceStore theirs(path_);
-    ASSERT_TRUE(theirs.set("ResetSettings", true));
-    EXPECT_FALSE(mine.boolean("ResetSettings"));
-    mine.reload();
-    EXPECT_TRUE(mine.boolean("ResetSettings"));
 }
 
 TEST_F(PreferenceStoreTest, TheFileIsOnlyEverReadableByItsOwner) {
@@ -174,7 +132,9 @@ TEST_F(PreferenceStoreTest, ADamagedFileReadsAsEmptyAndStaysUntilTheNextChange) 
     const std::string binary = *PlistCodec::serialize(Dictionary{{"FTPHost", "nas.local"}}, PlistFormat::Binary);
     const std::vector<std::pair<std::string, std::string>> damaged = {
         {"truncated binary", binary.substr(0, binary.size() / 2)},
-        {"garbage", "\x7f" "ELF\x02\x01\x01 not settings at all"},
+        {"garbage",
+         "\x7f"
+         "ELF\x02\x01\x01 not settings at all"},
         {"an empty file", ""},
         {"deep nesting", deeplyNested},
         {"an array instead of a dictionary", *PlistCodec::serialize(Array{1, 2}, PlistFormat::Binary)},
