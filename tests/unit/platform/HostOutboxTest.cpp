@@ -1,7 +1,6 @@
 #include "platform/services/HostCalendarStore.h"
 #include "platform/services/HostMailComposer.h"
 #include "platform/services/MimeMessage.h"
-#include "support/DeviceRootScope.h"
 #include "support/TestFolder.h"
 
 #include <gtest/gtest.h>
@@ -54,17 +53,6 @@ TEST(HostCalendarStoreTest, EscapesTextAndFoldsLongLinesWithoutSplittingCharacte
             unfolded = line;
     }
     EXPECT_EQ(unfolded, "DESCRIPTION:Description: x\\\\y\\n" + std::string(90, 'e') + "é");
-}
-
-TEST(HostCalendarStoreTest, WritesOneFilePerEventIntoTheDevicesCalendarFolder) {
-    test::TestFolder folder;
-    test::DeviceRootScope root(folder.path().string());
-    const auto now = std::chrono::system_clock::now();
-    HostCalendarStore store;
-    EXPECT_FALSE(store.addEvent({"one", "", now, now}));
-    EXPECT_FALSE(store.addEvent({"two", "", now, now}));
-    const fs::path calendar = folder.path() / "var/mobile/Library/Stowhaven/Calendar";
-    EXPECT_EQ(std::distance(fs::directory_iterator(calendar), fs::directory_iterator()), 2);
 }
 
 TEST(MimeMessageTest, CarriesTheBodyAndEachAttachmentWhole) {
