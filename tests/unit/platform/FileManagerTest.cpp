@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
-#include <sys/mount.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -78,25 +77,6 @@ TEST_F(FileManagerTest, AFailedWriteLeavesWhatStoodThereAndNoLitter) {
     EXPECT_EQ(FileManager::contentsOfDirectory(folder_.path()), (std::vector<std::string>{"occupied"}));
 }
 
-TEST_F(FileManagerTest, AWriteThatFillsTheDiskLeavesTheOldFileWholeAndNoLitter) {
-    if (geteuid() != 0) GTEST_SKIP() << "mounting a file system needs root";
-    const std::string disk = folder_ / "disk";
-    fs::create_directory(disk);
-    if (mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=64k") != 0) GTEST_SKIP() << "mounting isn't allowed here";
-    struct Unmount {
-        std::string path;
-        ~Unmount() { umount(path.c_str()); }
-    } unmount{disk};
-    const std::string old(16 * 1024, 'o');
-    ASSERT_TRUE(FileManager::writeFile(disk + "/settings.plist", old, nullptr, 0600));
-
-    std::string error;
-    EXPECT_FALSE(FileManager::writeFile(disk + "/settings.plist", std::string(128 * 1024, 'n'), &error, 0600));
-    EXPECT_NE(error.find("No space left"), std::string::npos) << error;
-    EXPECT_EQ(FileManager::contentsOfFile(disk + "/settings.plist"), old);
-    EXPECT_EQ(FileManager::contentsOfDirectory(disk), (std::vector<std::string>{"settings.plist"}));
-}
-
 // What a write that a kill cut short leaves, beside what only looks like it.
 TEST_F(FileManagerTest, OnlyTheTemporaryFilesOfDeadWritesToTheTargetsAskedForAreRemoved) {
     for (const char* name : {".settings.plist.partial-AbC123", ".settings.plist.partial-LiVe12",
@@ -120,15 +100,6 @@ TEST_F(FileManagerTest, OnlyTheTemporaryFilesOfDeadWritesToTheTargetsAskedForAre
                                         ".settings.plist.partial-LiVe12", ".settings.plist.partial-Lnk123", "elsewhere",
                                         "settings.plist.partial-AbC123"}));
     EXPECT_EQ(FileManager::contentsOfFile(folder_ / "elsewhere"), "half");
-}
-
-TEST_F(FileManagerTest, ReadingAFolderOrNothingFailsCleanly) {
-    std::string error;
-    EXPECT_FALSE(FileManager::contentsOfFile(folder_.path(), &error));
-    EXPECT_FALSE(FileManager::contentsOfFile(folder_ / "missing", &error));
-    EXPECT_FALSE(FileManager::removeItem(folder_ / "missing", &error));
-    EXPECT_TRUE(FileManager::createDirectory(folder_ / "a/b/c", true));
-    EXPECT_FALSE(FileManager::createDirectory(folder_ / "x/y", false, &error));
 }
 
 TEST_F(FileManagerTest, AttributesDescribeTheItemItselfNotTheLinkTarget) {
