@@ -14,6 +14,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <map>
 
 namespace stowhaven {
@@ -118,16 +119,7 @@ TEST_F(StowhavenAppDelegateTest, DescriptionAndTitleAreAskedForEvenWithoutRegist
     EXPECT_FALSE(gBackupTitleEnabled);
 }
 
-TEST_F(StowhavenAppDelegateTest, StoragePathsAlreadyStoredAreKept) {
-    defaults().set("DropboxStoragePath", "/Backups/phone");
-    defaults().set("LocalStoragePath", "/var/mobile/Documents/Stowhaven");
-    firstStart();
-    EXPECT_EQ(defaults().string("DropboxStoragePath"), "/Backups/phone");
-    EXPECT_EQ(defaults().string("LocalStoragePath"), "/var/mobile/Documents/Stowhaven");
-    EXPECT_EQ(localStoragePath(), "/var/mobile/Documents/Stowhaven");
-}
-
-TEST_F(StowhavenAppDelegateTest, LocalStorageInTheOldPlaceMovesToThePreferences) {
+TEST_F(StowhavenAppDelegateTest, LocalStorageInTheOldPlaceMovesToThePreferencesAndAnyOtherPlaceIsKept) {
     const std::string session = "/2014-01-01_10~00~00/PREFERENCES.idx";
     ASSERT_TRUE(FileManager::createDirectory(oldLocalFolder() + "/2014-01-01_10~00~00", true));
     ASSERT_TRUE(FileManager::writeFile(oldLocalFolder() + session, "index"));
@@ -140,6 +132,12 @@ TEST_F(StowhavenAppDelegateTest, LocalStorageInTheOldPlaceMovesToThePreferences)
     EXPECT_FALSE(FileManager::fileExists(oldLocalFolder()));
     EXPECT_EQ(defaults().string("LocalStoragePath"), newLocalFolder());
     EXPECT_EQ(localStoragePath(), newLocalFolder());
+
+    defaults().set("DropboxStoragePath", "/Backups/phone");
+    defaults().set("LocalStoragePath", "/var/mobile/Documents/Stowhaven");
+    firstStart();
+    EXPECT_EQ(defaults().string("DropboxStoragePath"), "/Backups/phone");
+    EXPECT_EQ(localStoragePath(), "/var/mobile/Documents/Stowhaven");
 }
 
 TEST_F(StowhavenAppDelegateTest, AFailedMoveLeavesTheDataButStillSwitchesToTheNewPlace) {
@@ -200,18 +198,17 @@ TEST_F(StowhavenAppDelegateTest, LeavingLetsGoOfEverythingAndEndsTheProcess) {
         battery_.monitoring = true;
     };
 
-    leaveWorkingFiles();
-    delegate_.applicationDidEnterBackground(3);
-    EXPECT_THAT(exits_, ElementsAre(3));
-    EXPECT_FALSE(FileManager::fileExists(temporary + "/pkgs.txt") || FileManager::fileExists(temporary + "/debs"));
-    EXPECT_TRUE(FileManager::fileExists(temporary + "/notes.log"));
-    EXPECT_FALSE(battery_.monitoring);
-
-    leaveWorkingFiles();
-    delegate_.applicationWillTerminate();
+    // Into the background with a status, or terminated.
+    const std::function<void()> ways[] = {[&] { delegate_.applicationDidEnterBackground(3); },
+                                          [&] { delegate_.applicationWillTerminate(); }};
+    for (const auto& leave : ways) {
+        leaveWorkingFiles();
+        leave();
+        EXPECT_FALSE(FileManager::fileExists(temporary + "/pkgs.txt") || FileManager::fileExists(temporary + "/debs"));
+        EXPECT_TRUE(FileManager::fileExists(temporary + "/notes.log"));
+        EXPECT_FALSE(battery_.monitoring);
+    }
     EXPECT_THAT(exits_, ElementsAre(3, 0));
-    EXPECT_FALSE(FileManager::fileExists(temporary + "/pkgs.txt") || FileManager::fileExists(temporary + "/debs"));
-    EXPECT_FALSE(battery_.monitoring);
 }
 
 }  // namespace

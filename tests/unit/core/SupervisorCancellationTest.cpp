@@ -1,19 +1,15 @@
 #include "core/Supervisor.h"
 #include "platform/Date.h"
-#include "platform/TemporaryDirectory.h"
 #include "support/CapturedLog.h"
 #include "support/SupervisorScope.h"
 
 #include <gtest/gtest.h>
 
 #include <deque>
-#include <filesystem>
 #include <fstream>
 
 namespace stowhaven {
 namespace {
-
-namespace fs = std::filesystem;
 
 // Stands in for the process listings: a command that sends its output to a file gets the
 // next listing written there.
@@ -59,28 +55,6 @@ protected:
     Supervisor& supervisor_ = scope_.supervisor();
     std::string listing_;
 };
-
-TEST_F(SupervisorCancellationTest, ACancelSweepsTheWorkingFilesAndIsTold) {
-    const fs::path temporary = TemporaryDirectory::path();
-    std::ofstream(temporary / "pkgs") << "x";
-    fs::create_directories(temporary / "Photos" / "Album");
-    std::ofstream(temporary / "notes.log") << "x";
-    int told = 0;
-    auto& center = NotificationCenter::defaultCenter();
-    const auto observer = center.addObserver("OPERATION_CANCELED", nullptr, [&](const Notification&) { ++told; });
-
-    EXPECT_FALSE(supervisor_.isCanceled());
-    center.post("PROGRESS_CANCELED");
-    center.removeObserver(observer);
-
-    EXPECT_TRUE(supervisor_.isCanceled());
-    EXPECT_EQ(told, 1);
-    EXPECT_FALSE(fs::exists(temporary / "pkgs"));
-    EXPECT_FALSE(fs::exists(temporary / "Photos"));
-    EXPECT_TRUE(fs::exists(temporary / "notes.log"));
-    supervisor_.resetCancelStatus();
-    EXPECT_FALSE(supervisor_.isCanceled());
-}
 
 // The listing is of the whole machine, and the scope's device root is a copy of a device,
 // not "/": the kills are logged and never reach the shell. The first listed process is the
