@@ -19,21 +19,6 @@ using namespace std::chrono_literals;
 using test::kFailureGuard;
 using test::RecordingQueue;
 
-TEST(DispatchTimerTest, BlocksLandOnTheQueueTheyWereScheduledFor) {
-    RecordingQueue first, second;
-    DispatchTimer timer;
-    std::vector<std::string> ran;
-    timer.schedule(10ms, first, [&] { ran.push_back("first"); });
-    timer.schedule(10ms, second, [&] { ran.push_back("second"); });
-    ASSERT_TRUE(first.waitForArrivals(1));
-    ASSERT_TRUE(second.waitForArrivals(1));
-
-    second.runAll();
-    EXPECT_EQ(ran, std::vector<std::string>{"second"});
-    first.runAll();
-    EXPECT_EQ(ran, (std::vector<std::string>{"second", "first"}));
-}
-
 TEST(DispatchTimerTest, ShutdownDropsWaitingBlocksAndLaterOnes) {
     RecordingQueue queue;
     DispatchTimer timer;
