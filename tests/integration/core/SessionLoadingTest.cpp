@@ -105,16 +105,6 @@ TEST_F(SessionLoadingTest, ASessionReadAgainWithinTheSameSecondIsKnownAlready) {
     EXPECT_EQ(manager().backupSessions().size(), 3u);
 }
 
-TEST_F(SessionLoadingTest, WithThePackageScanOffNothingIsLoadedButTheLoadEnds) {
-    gAutoScanPkgEnabled = false;
-    store(sessionOf(kDay, kInstalledLoader));
-    manager().loadPackages();
-    EXPECT_TRUE(manager().currentPackages().empty());
-    EXPECT_TRUE(manager().backupSessions().empty());
-    EXPECT_TRUE(manager().currentPreferencesFiles().empty());
-    EXPECT_EQ(loads_, 1);
-}
-
 TEST_F(SessionLoadingTest, InterningGivesOneRecordPerIdentifierAndVersionWhateverTheCase) {
     const auto first = manager().createCydiaFileFrom("Tweak\tcom.example.tweak\t1.0-1\tme\tTweaks\tmobilesubstrate");
     const auto again = manager().createCydiaFileFrom("TWEAK\tCOM.Example.Tweak\t1.0-1\tyou\tOther\tfirmware");

@@ -74,15 +74,6 @@ TEST_F(SupervisorProgressTest, AStepArrivesOnTheMainThreadAsTextThenFractionAndW
     EXPECT_EQ(supervisor_.progressMessage(), std::nullopt) << "the last text is cleared";
 }
 
-TEST_F(SupervisorProgressTest, AProgressViewAsksToWaitOnceInItsText) {
-    supervisor_.showProgressViewWithMessage("Uploading");
-    supervisor_.showProgressViewWithMessage("Please wait while uploading");
-
-    ASSERT_EQ(deliveries_.size(), 2u);
-    EXPECT_EQ(std::any_cast<std::string>(deliveries_[0].object), "Uploading\nPlease wait...");
-    EXPECT_EQ(std::any_cast<std::string>(deliveries_[1].object), "Please wait while uploading");
-}
-
 TEST_F(SupervisorProgressTest, TheActivityIndicatorShowsOnceAndTakesNewTextsUntilDismissed) {
     const auto& display = *scope_.screens.progress;
     supervisor_.showActivityIndicatorViewWithMessage("Loading", true);
