@@ -17,6 +17,7 @@
 #include "support/SandboxDevice.h"
 #include "support/SupervisorScope.h"
 #include "support/TestFolder.h"
+#include "support/TextLines.h"
 
 #include <gtest/gtest.h>
 
@@ -36,12 +37,8 @@ constexpr const char* kContainer = "/var/mobile/Containers/Data/Application/7A1D
 // The members of an archive that are files, as tar lists them.
 std::set<std::string> fileMembers(const std::string& archive, const std::string& readFlags) {
     std::set<std::string> members;
-    const std::string listing = test::runCommand("tar -t" + readFlags + "f '" + archive + "'");
-    std::size_t start = 0;
-    for (std::size_t end = listing.find('\n'); end != std::string::npos; end = listing.find('\n', start)) {
-        const std::string member = listing.substr(start, end - start);
+    for (const std::string& member : test::linesOf(test::runCommand("tar -t" + readFlags + "f '" + archive + "'"))) {
         if (!member.ends_with('/')) members.insert(member);
-        start = end + 1;
     }
     return members;
 }

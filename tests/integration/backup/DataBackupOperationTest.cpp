@@ -159,14 +159,6 @@ TEST_F(DataBackupOperationTest, PartsHaveThePartSizeButTheLastAndTheIndexListsEa
     }
 }
 
-TEST_F(DataBackupOperationTest, APartSizeOfNothingBecomesTwentyMegabytesAndIsStored) {
-    setPartSize(0);
-    NotesBackupOperation notes;
-    EXPECT_EQ(notes.splitSizeInMegaBytes(), 20u);
-    EXPECT_EQ(scope_.supervisor().lowLevelGetNumberPreferencesDataForKey("SplitSizeInMegaBytes"),
-              PlistValue(std::int64_t{20}));
-}
-
 TEST_F(DataBackupOperationTest, ASetTheSessionLeavesOutLeavesNothingOnTheStorageAndRunsNothing) {
     writeDeviceFile("/var/mobile/Library/Notes/notes.sqlite", "notes");
     writeDeviceFile("/var/mobile/Library/SMS/sms.db", "messages");
