@@ -3,12 +3,12 @@
 #include "backup/BackupOperation.h"
 #include "core/CydiaFileManager.h"
 #include "core/ProcessFlags.h"
+#include "core/SettingsKeys.h"
 #include "items/ArchivableFolders.h"
 #include "items/SelectionDefaults.h"
 #include "platform/dispatch/MainQueue.h"
 #include "storage/StorageEngines.h"
 
-#include <array>
 #include <filesystem>
 #include <fstream>
 
@@ -16,34 +16,22 @@ namespace stowhaven::test {
 
 namespace {
 
-// The flags the Supervisor and the catalogue read, each with its value at a first launch.
-const std::array<std::pair<std::atomic<bool>*, bool>, SupervisorScope::kFirstLaunchFlagCount> kFirstLaunchFlags = {{
-    {&gIsBackupMode, true},
-    {&gFreeSpaceCheckEnabled, true},
-    {&gSoundEnabled, false},
-    {&gVibrateEnabled, false},
-    {&gICalIntegrationEnabled, false},
-    {&gAutoScanPkgEnabled, false},
-    {&gAutoScanAppStoreAppsEnabled, false},
-    {&gAutoScanStockAppsEnabled, false},
-    {&gAutoScanOtherOptionsEnabled, false},
-    {&gAutoScanPhotosEnabled, false},
-    {&gAutoScanVideosEnabled, false},
-    {&gAutobackupEnabled, false},
-    {&gEncryptBackupEnabled, false},
-    {&gUseSameEncryptionKeyEnabled, false},
-    {&gBackupDebsEnabled, false},
-    {&gRestoreFromDebsEnabled, false},
-    {&gConfirmBackup, true},
-    {&gConfirmRestore, true},
-    {&gPkgFWCompatibilityCheckEnabled, true},
-    {&gBackupTitleEnabled, true},
-    {&gBackupDescriptionEnabled, true},
-    {&gPluggedInDeviceOnly, false},
-    {&gCloudStorageOnWifiOnly, false},
-    {&gLaunchedFromNotification, false},
-    {&gWasForegrounded, false},
-}};
+// The flags the Supervisor and the catalogue read, each with its value at a first launch:
+// the state of the run, and every setting's flag at the setting's registered default, but
+// for the sound and the vibration, which a test's device goes without.
+const std::vector<std::pair<std::atomic<bool>*, bool>>& firstLaunchFlags() {
+    static const auto flags = [] {
+        std::vector<std::pair<std::atomic<bool>*, bool>> run = {
+            {&gIsBackupMode, true}, {&gLaunchedFromNotification, false}, {&gWasForegrounded, false}};
+        for (const SettingKey& key : SettingsKeys::all()) {
+            if (!key.flag) continue;
+            const bool quiet = key.flag == &gSoundEnabled || key.flag == &gVibrateEnabled;
+            run.emplace_back(key.flag, !quiet && key.defaultValue.asBoolean().value_or(false));
+        }
+        return run;
+    }();
+    return flags;
+}
 
 }  // namespace
 
@@ -53,9 +41,7 @@ void SupervisorScope::startAsAFirstLaunch() {
     StorageEngines::removeAllForTesting();
     MainQueue::shared().bindToCurrentThread();
     DefaultList::reloadAllOnNextUse();
-    for (std::size_t index = 0; index < kFirstLaunchFlags.size(); ++index) {
-        savedFlags_[index] = kFirstLaunchFlags[index].first->exchange(kFirstLaunchFlags[index].second);
-    }
+    for (const auto& [flag, atFirstLaunch] : firstLaunchFlags()) savedFlags_.push_back(flag->exchange(atFirstLaunch));
     // No folder has been looked at yet; with the scan off this makes no Supervisor.
     ArchivableFolders::resetFolder();
 }
@@ -79,8 +65,8 @@ SupervisorScope::~SupervisorScope() {
     Supervisor::resetForTesting();
     StorageEngines::removeAllForTesting();
     DeviceFactsReader::pin(std::nullopt);
-    for (std::size_t index = 0; index < kFirstLaunchFlags.size(); ++index) {
-        kFirstLaunchFlags[index].first->store(savedFlags_[index]);
+    for (std::size_t index = 0; index < savedFlags_.size(); ++index) {
+        firstLaunchFlags()[index].first->store(savedFlags_[index]);
     }
 }
 

@@ -7,9 +7,9 @@
 #include "support/RecordingScreenPorts.h"
 #include "support/TestFolder.h"
 
-#include <array>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace stowhaven::test {
 
@@ -22,8 +22,6 @@ class SupervisorScope {
 public:
     // The facts of the pinned device below stand for those of the root's own.
     static const DeviceFacts kPinnedDevice;
-    // The settings flags put at their first launch's values.
-    static constexpr std::size_t kFirstLaunchFlagCount = 25;
 
     // A root of its own, with the pinned device's facts.
     SupervisorScope();
@@ -50,7 +48,7 @@ public:
 private:
     void startAsAFirstLaunch();
 
-    std::array<bool, kFirstLaunchFlagCount> savedFlags_{};
+    std::vector<bool> savedFlags_;
     std::optional<TestFolder> folder_;
     std::string root_;
     DeviceRootScope rootScope_;
