@@ -10,21 +10,7 @@ protected:
     void TearDown() override { DeviceRoot::set("/"); }
 };
 
-TEST_F(DeviceRootTest, TheDeviceItselfLeavesPathsAlone) {
-    ASSERT_TRUE(DeviceRoot::set("/"));
-    EXPECT_TRUE(DeviceRoot::isDeviceItself());
-    EXPECT_EQ(DeviceRoot::path("/etc/apt/sources.list.d/cydia.list"), "/etc/apt/sources.list.d/cydia.list");
-    EXPECT_EQ(DeviceRoot::var(), "/var");
-}
-
-TEST_F(DeviceRootTest, AnotherRootStandsInFrontOfEveryPath) {
-    ASSERT_TRUE(DeviceRoot::set("/srv/devices/phone-1/"));
-    EXPECT_FALSE(DeviceRoot::isDeviceItself());
-    EXPECT_EQ(DeviceRoot::get(), "/srv/devices/phone-1");
-    EXPECT_EQ(DeviceRoot::path("/private/etc/hosts"), "/srv/devices/phone-1/private/etc/hosts");
-    EXPECT_EQ(DeviceRoot::var() + "/mobile", "/srv/devices/phone-1/var/mobile");
-}
-
+// Paths on "/" and on another root show in the command lines and every sandbox test.
 TEST_F(DeviceRootTest, RelativeAndUntidyRootsAreMadeAbsolute) {
     ASSERT_TRUE(DeviceRoot::set("/srv/./devices//phone/../tablet"));
     EXPECT_EQ(DeviceRoot::get(), "/srv/devices/tablet");
