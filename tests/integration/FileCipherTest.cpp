@@ -4,6 +4,7 @@
 #include "archive/BuiltInCipherKey.h"
 #include "archive/FileCipher.h"
 #include "archive/StringCipher.h"
+#include "platform/FileManager.h"
 #include "platform/TemporaryDirectory.h"
 #include "support/DeviceRootScope.h"
 #include "support/TestFolder.h"
@@ -17,8 +18,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <random>
 
 extern char** environ;
@@ -30,12 +29,7 @@ namespace fs = std::filesystem;
 
 const std::string kPassPhrase(BuiltInCipherKey::kKeyHex);
 
-std::string contentsOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-void write(const std::string& path, const std::string& contents) { std::ofstream(path, std::ios::binary) << contents; }
+std::string contentsOf(const std::string& path) { return FileManager::contentsOfFile(path).value_or(""); }
 
 // Runs `openssl` with these arguments, no shell between, and answers whether it succeeded.
 bool runOpenssl(std::vector<std::string> arguments) {
@@ -78,7 +72,7 @@ protected:
 };
 
 TEST_F(FileCipherTest, AFileItEnciphersDeciphersWithPlainOpenssl) {
-    write(path_, original_);
+    FileManager::writeFile(path_, original_);
     FileCipher::encryptFileAtPath(path_, temporary_);
 
     const std::string enciphered = contentsOf(path_);
@@ -93,7 +87,7 @@ TEST_F(FileCipherTest, AFileItEnciphersDeciphersWithPlainOpenssl) {
 
 TEST_F(FileCipherTest, AFilePlainOpensslEnciphersItDeciphers) {
     const std::string plain = folder_ / "plain";
-    write(plain, original_);
+    FileManager::writeFile(plain, original_);
     ASSERT_TRUE(
         runOpenssl({"enc", "-e", "-a", "-salt", "-aes-256-cbc", "-in", plain, "-k", kPassPhrase, "-out", path_}));
 
@@ -103,7 +97,7 @@ TEST_F(FileCipherTest, AFilePlainOpensslEnciphersItDeciphers) {
 }
 
 TEST_F(FileCipherTest, AFileThatWontDecipherStaysAsItWas) {
-    write(path_, original_);
+    FileManager::writeFile(path_, original_);
     FileCipher::decryptFileAtPath(path_, temporary_);
     EXPECT_EQ(contentsOf(path_), original_);
 }
@@ -111,7 +105,7 @@ TEST_F(FileCipherTest, AFileThatWontDecipherStaysAsItWas) {
 TEST(StringCipherAgainstOpensslTest, EnciphersAsOpensslDoesWithTheBuiltInKey) {
     test::TestFolder folder;
     for (const std::string text : {"", "my secret key", "0123456789abcdef", "caf\xc3\xa9"}) {
-        write(folder / "text", text);
+        FileManager::writeFile(folder / "text", text);
         ASSERT_TRUE(runOpenssl({"enc", "-e", "-aes-256-cbc", "-K", kPassPhrase, "-iv",
                                 std::string(BuiltInCipherKey::kInitialisationVectorHex), "-in", folder / "text", "-out",
                                 folder / "enciphered"}));

@@ -12,17 +12,13 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 namespace stowhaven {
 namespace {
 
 namespace fs = std::filesystem;
 
-std::string contentsOf(const std::string& path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
+std::string contentsOf(const std::string& path) { return FileManager::contentsOfFile(path).value_or(""); }
 
 // Sends the process's own standard output and error into a file while it lives.
 class TerminalCapture {

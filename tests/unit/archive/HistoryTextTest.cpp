@@ -47,12 +47,5 @@ TEST(HistoryTextTest, ADamagedTextGivesNothingAndALogLineAtEachStage) {
     }
 }
 
-TEST(HistoryTextTest, ARootTheArchiverRefusesGivesNoText) {
-    test::CapturedLog log;
-    EXPECT_EQ(HistoryText::encode(ArchiveValue(PlistValue::uid(3))), std::nullopt);
-    EXPECT_EQ(HistoryText::encode(ArchiveValue("\xff not UTF-8")), std::nullopt);
-    EXPECT_TRUE(log.contains("Couldn't make the history text"));
-}
-
 }  // namespace
 }  // namespace stowhaven
