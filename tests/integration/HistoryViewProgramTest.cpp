@@ -58,19 +58,14 @@ TEST_F(HistoryViewProgramTest, AHistoryFileShowsItsSessionInFull) {
     }
 }
 
+// The fields the text shows too are left to it; here the archive's own keys and kinds.
 TEST_F(HistoryViewProgramTest, JsonKeysTheSessionAsItsArchiveDoes) {
     const std::string history = file("session.stowhvn", *HistoryText::encode(test::fullSession()));
     const nlohmann::json sessions = viewAsJson(history);
     ASSERT_EQ(sessions.size(), 1u);
     const nlohmann::json& session = sessions[0];
-    EXPECT_EQ(session["quickDescription"], "All my tweaks");
     EXPECT_EQ(session["sessionDate"], "2024-09-11T16:00:00.500Z");
-    EXPECT_EQ(session["nbPackages"], 2);
-    EXPECT_EQ(session["encryptionKey"], "0A1B2C");
-    EXPECT_TRUE(session["rawData"].get<std::string>().starts_with("Foo\tcom.foo\t1.0"));
-    EXPECT_EQ(session["repositorySources"][0]["link"], "http://repo.example.org/");
     EXPECT_EQ(session["repositorySources"][0]["sections"], nlohmann::json({"main", "extra"}));
-    EXPECT_EQ(session["applications"][0]["bundleIdentifier"], "com.example.weather");
     EXPECT_EQ(session["applications"][0]["installDate"], 441763200) << "the archive's integer";
     EXPECT_EQ(session["preferencesData"]["/var/mobile/Library/Preferences/com.saurik.Cydia.plist"],
               "YnBsaXN0MDAgc2V0dGluZ3M=");
