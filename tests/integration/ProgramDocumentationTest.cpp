@@ -2,11 +2,11 @@
 
 #include "platform/FileManager.h"
 #include "support/ProgramRun.h"
+#include "support/TextLines.h"
 #include "support/SandboxDevice.h"
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -15,10 +15,9 @@ namespace {
 
 // The commands that "stowhaven --help" lists under "Subcommands:".
 std::vector<std::string> programCommands() {
-    std::istringstream help(test::runProgram("--help").output);
     std::vector<std::string> commands;
     bool listing = false;
-    for (std::string line; std::getline(help, line);) {
+    for (const std::string& line : test::linesOf(test::runProgram("--help").output)) {
         if (line.starts_with("Subcommands:")) {
             listing = true;
         } else if (listing && line.starts_with("  ")) {
