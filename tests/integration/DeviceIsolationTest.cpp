@@ -1,8 +1,10 @@
 #include "core/PackageScan.h"
+#include "platform/FileManager.h"
 #include "platform/Platform.h"
 #include "platform/ShellQuote.h"
 #include "support/DeviceRootScope.h"
 #include "support/SandboxDevice.h"
+#include "support/TestFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -63,6 +65,20 @@ TEST_F(DeviceIsolationTest, AptGetWorksOnTheRootsOwnSourcesListsAndCaches) {
     EXPECT_TRUE(contains(scannedIdentifiers(), "com.example.extra"));
     EXPECT_FALSE(hostKnowsPackage("com.example.extra"));
     EXPECT_FALSE(hostAptKnowsPackage("com.example.extra"));
+}
+
+// apt's settings have no way to name a folder whose name holds a double quote: on such a
+// root apt-get refuses to run, rather than fall back on the host's own settings and database.
+TEST(DeviceIsolationOnAnUnnamableRootTest, AptRefusesRatherThanActOnTheHost) {
+    const test::TestFolder folder;
+    const std::string root = folder / "dev\"ice";
+    ASSERT_TRUE(FileManager::createDirectory(root, false));
+    const test::DeviceRootScope scope(root);
+    const std::string output = folder / "apt-config.txt";
+    Platform::current().shell().systemExecute("apt-config dump > " + ShellQuote::path(output) + " 2>&1");
+    const std::string dump = FileManager::contentsOfFile(output).value_or("");
+    EXPECT_NE(dump.find("E: "), std::string::npos) << dump;
+    EXPECT_EQ(dump.find("Dir::State::status"), std::string::npos) << dump;
 }
 
 }  // namespace
