@@ -31,10 +31,12 @@ std::shared_ptr<BackupSession> sessionOfStamp(const std::string& stamp) {
     return nullptr;
 }
 
-bool restoreRan(TerminalFlow& flow, std::size_t alertsBefore) {
+// Whether the flow said so since ALERTSBEFORE: the catalogue's reload after a restore
+// clears the cancel, its alert stays.
+bool shownSince(TerminalFlow& flow, std::size_t alertsBefore, MainAlerts::Tag tag) {
     const auto& shown = flow.alerts().shown();
     return std::any_of(shown.begin() + static_cast<std::ptrdiff_t>(alertsBefore), shown.end(),
-                       [](const auto& alert) { return alert.tag == MainAlerts::kRestoreDone; });
+                       [tag](const auto& alert) { return alert.tag == tag; });
 }
 
 }  // namespace
@@ -64,9 +66,12 @@ int RestoreCommand::run(const Request& request, std::ostream& out, std::ostream&
     const std::size_t before = flow.alerts().shown().size();
     flow.controller().doOperation();
     flow.settle();
-    if (!restoreRan(flow, before)) return statusWithoutJob(flow, "restore", errors);
+    const bool canceled = shownSince(flow, before, MainAlerts::kOperationCanceled);
+    if (!canceled && !shownSince(flow, before, MainAlerts::kRestoreDone)) {
+        return statusWithoutJob(flow, "restore", errors);
+    }
     const bool allIn = printRestoreLog(request.logOf, out, errors);
-    if (Supervisor::shared().isCanceled()) {
+    if (canceled) {
         fmt::print(errors, "stowhaven: the restore was canceled\n");
         return 130;
     }

@@ -183,7 +183,7 @@ void StowhavenAppDelegate::applicationWillEnterForeground() {
 }
 
 void StowhavenAppDelegate::stopEverything() {
-    Platform::current().shell().stopRunningCommands();
+    Platform::current().shell().stopCommandsForGood();
     removeSymlinks();
     Platform::current().battery().setMonitoringEnabled(false);
     sweepTemporaryItems();

@@ -109,7 +109,13 @@ void Supervisor::installMissingTools() {
     }
 }
 
-void Supervisor::systemExecute(const std::string& command) { Platform::current().shell().systemExecute(command); }
+void Supervisor::systemExecute(const std::string& command) {
+    if (fCanceled_) {
+        SH_LOG("Not run, as the job was canceled: {}", command);
+        return;
+    }
+    Platform::current().shell().systemExecute(command);
+}
 
 void Supervisor::reboot() { Platform::current().shell().executeOnRunningSystem("reboot"); }
 

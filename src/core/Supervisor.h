@@ -73,6 +73,8 @@ public:
     Supervisor& operator=(const Supervisor&) = delete;
 
     // Device commands. Blocks the calling thread; output and exit status are thrown away.
+    // Once the job is canceled its steps start no more tools: a command is then logged and
+    // left, and the step finds nothing it was to leave behind.
     void systemExecute(const std::string& command);
     void reboot();
     void respring();

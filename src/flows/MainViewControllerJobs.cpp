@@ -132,8 +132,13 @@ void MainViewController::handleRestoreDone() {
         self.resetOperationStatus();
         self.updateLabels();
     });
-    supervisor.lowLevelStorePreferencesData(Platform::current().clock().date(), "LAST_RESTORE_DATE");
     if (const auto engine = supervisor.currentStorageEngine()) engine->hideProgress();
+    // A canceled restore is not complete: no reboot is offered and no date is kept for it.
+    if (supervisor.isCanceled()) {
+        ask(MainAlerts::fixed(MainAlerts::kOperationCanceled));
+        return;
+    }
+    supervisor.lowLevelStorePreferencesData(Platform::current().clock().date(), "LAST_RESTORE_DATE");
     const auto packages = CydiaFileManager::shared().oldPackages();
     const bool anyRestored =
         std::any_of(packages.begin(), packages.end(), [](const auto& package) { return package->isRestoreSelected(); });

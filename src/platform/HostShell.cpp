@@ -70,15 +70,18 @@ void HostShell::systemExecute(const std::string& command) {
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
     posix_spawnattr_setpgroup(&attributes, 0);
     pid_t child = 0;
-    const int spawnError = posix_spawn(&child, "/bin/sh", actions.get(), &attributes, argv.data(), envp.data());
+    int spawnError = 0;
+    {
+        // Started and recorded at once, so that a stop never misses a command starting.
+        std::lock_guard lock(mutex_);
+        spawnError = leaving_ ? ECANCELED
+                              : posix_spawn(&child, "/bin/sh", actions.get(), &attributes, argv.data(), envp.data());
+        if (spawnError == 0) running_.insert(child);
+    }
     posix_spawnattr_destroy(&attributes);
     if (spawnError != 0) {
-        SH_LOG("Couldn't start the shell: {}", std::strerror(spawnError));
+        SH_LOG("Couldn't start the shell for <{}>: {}", command, std::strerror(spawnError));
         return;
-    }
-    {
-        std::lock_guard lock(mutex_);
-        running_.insert(child);
     }
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
@@ -94,6 +97,14 @@ void HostShell::stopRunningCommands() {
     if (ended_.wait_for(lock, kTerminationGrace, [this] { return running_.empty(); })) return;
     for (const pid_t group : running_) kill(-group, SIGKILL);
     ended_.wait(lock, [this] { return running_.empty(); });
+}
+
+void HostShell::stopCommandsForGood() {
+    {
+        std::lock_guard lock(mutex_);
+        leaving_ = true;
+    }
+    stopRunningCommands();
 }
 
 }  // namespace stowhaven

@@ -18,11 +18,13 @@ public:
     // Each command leads a process group of its own: the group is asked to terminate, and
     // killed when it hasn't within a few seconds.
     void stopRunningCommands() override;
+    void stopCommandsForGood() override;
 
 private:
     std::mutex mutex_;
     std::condition_variable ended_;
     std::set<pid_t> running_;
+    bool leaving_ = false;
 };
 
 }  // namespace stowhaven

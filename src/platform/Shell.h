@@ -24,6 +24,9 @@ public:
     // they are gone: no tool of the program outlives the job it served. A shell that runs
     // nothing of its own has nothing to end.
     virtual void stopRunningCommands() {}
+    // The program is leaving: ends the command lines running now and runs none from then on,
+    // so that no tool writes into the temporary folder once it is swept.
+    virtual void stopCommandsForGood() {}
 
     // The folder of the device's own tools, first on the search path of a command line.
     static constexpr const char* kDeviceToolFolder = "/usr/bin";

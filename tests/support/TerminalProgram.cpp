@@ -23,14 +23,14 @@ std::size_t occurrences(const std::string& screen, const std::string& text) {
 
 }  // namespace
 
-TerminalProgram::TerminalProgram(const std::string& arguments) {
+TerminalProgram::TerminalProgram(const std::string& arguments, const std::string& prefix) {
     winsize size{};
     size.ws_row = 24;
     size.ws_col = 80;
     child_ = forkpty(&terminal_, nullptr, nullptr, &size);
     if (child_ == 0) {
         // The shell gives way to the program, so that Ctrl-C and the exit status are its own.
-        const std::string command = "exec " + std::string(STOWHAVEN_PROGRAM) + " " + arguments;
+        const std::string command = "exec " + prefix + STOWHAVEN_PROGRAM + " " + arguments;
         execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char*>(nullptr));
         _exit(127);
     }

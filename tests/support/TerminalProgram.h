@@ -10,8 +10,9 @@ namespace stowhaven::test {
 // at the device runs it: the test reads what the screen shows and types answers.
 class TerminalProgram {
 public:
-    // Starts the program with ARGUMENTS, a command-line text.
-    explicit TerminalProgram(const std::string& arguments);
+    // Starts the program with ARGUMENTS, a command-line text, after PREFIX (such as a command
+    // that runs the program in a mount namespace of its own, as ProgramRun's environment).
+    explicit TerminalProgram(const std::string& arguments, const std::string& prefix = "");
     // Ends the program if it still runs.
     ~TerminalProgram();
     TerminalProgram(const TerminalProgram&) = delete;
