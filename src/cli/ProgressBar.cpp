@@ -2,6 +2,7 @@
 
 #include "cli/TextWrap.h"
 #include "core/Text.h"
+#include "platform/PrintableOutput.h"
 
 #include <fmt/format.h>
 
@@ -68,7 +69,8 @@ void ProgressBar::redraw() {
     if (line == drawnLine_) return;
     const std::size_t columns = columnCount(line);
     const std::size_t blanks = drawnColumns_ > columns ? drawnColumns_ - columns : 0;
-    out_ << '\r' << line << std::string(blanks, ' ') << std::flush;
+    PrintableOutput::returnToLineStart(out_);
+    out_ << line << std::string(blanks, ' ') << std::flush;
     drawnLine_ = std::move(line);
     drawnColumns_ = columns;
 }

@@ -22,6 +22,7 @@
 #include "platform/FileModes.h"
 #include "platform/LifeCycleSignals.h"
 #include "platform/Log.h"
+#include "platform/PrintableOutput.h"
 #include "platform/SystemLocale.h"
 #include "platform/Terminal.h"
 #include "platform/UserDefaults.h"
@@ -74,6 +75,7 @@ int main(int argc, char** argv) {
     // Sessions hold the user's key and data: what the program makes is root's alone unless
     // it says otherwise. The device's tools get the device's usual umask back (Shell).
     FileModes::keepNewItemsPrivate();
+    PrintableOutput::filterStandardStreams();
     MainQueue::shared().bindToCurrentThread();
 
     CLI::App app{

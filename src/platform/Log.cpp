@@ -1,5 +1,7 @@
 #include "platform/Log.h"
 
+#include "platform/PrintableOutput.h"
+
 #include <syslog.h>
 
 #include <cstdio>
@@ -34,7 +36,8 @@ std::string Log::prefix(const std::source_location& where) {
 }
 
 void Log::write(const std::source_location& where, std::string_view message) {
-    const std::string line = prefix(where) + std::string(message);
+    // Log lines name files and packages from outside, and reach a terminal with --verbose.
+    const std::string line = PrintableOutput::printable(prefix(where) + std::string(message));
     std::lock_guard lock(gLogMutex);
     syslog(LOG_NOTICE, "%s", line.c_str());
     if (gVerbose) std::fprintf(stderr, "%s\n", line.c_str());

@@ -37,12 +37,6 @@ bool holdsControlCharacter(const std::string& text) {
     return std::any_of(text.begin(), text.end(), isControlCharacter);
 }
 
-// The text with its control characters shown as "?", for a log line of its own.
-std::string printable(std::string text) {
-    std::replace_if(text.begin(), text.end(), isControlCharacter, '?');
-    return text;
-}
-
 // Every text of the source that reaches either record. The package manager writes its apt
 // list from its settings, so a control character there could break a line in two later.
 bool isWritable(const RepositorySource& source) {
@@ -180,7 +174,7 @@ void SourcesRestoreOperation::restoreSource(const std::shared_ptr<RepositorySour
                                             PlistValue::Dictionary& cydiaSources) {
     const std::string line = source->debSourceAsString();
     if (source->isSelected() && !isWritable(*source)) {
-        SH_LOG("Refusing repo <{}>: it holds a control character", printable(line));
+        SH_LOG("Refusing repo <{}>: it holds a control character", line);
         advanceStep(std::nullopt);
         return;
     }
