@@ -1,5 +1,5 @@
 // A whole backup of the demo device to local storage with the camera roll chosen, read back
-// with the device's own tools. (The program's own round trip covers the other kinds.)
+// with tar. (The program's own round trip covers the other kinds.)
 
 #include "backup/BackupOperation.h"
 #include "support/OperationRun.h"
@@ -15,23 +15,22 @@
 #include "support/SandboxDevice.h"
 #include "support/SupervisorScope.h"
 #include "support/TestFolder.h"
+#include "support/TextLines.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
+#include <algorithm>
 #include <string>
+#include <vector>
 
 namespace stowhaven {
 namespace {
-
-namespace fs = std::filesystem;
 
 // One album of the library, with its photos and videos chosen.
 std::shared_ptr<PhotoVideoAlbum> cameraRoll() {
     auto album = std::make_shared<PhotoVideoAlbum>("Camera Roll");
     album->setPhotos({"IMG_0001.JPG"});
-    album->setVideos({"IMG_0002.MOV"});
+    album->setVideos({"IMG_0005.MOV"});
     album->setPhotoSelected(true);
     album->setVideoSelected(true);
     album->setPhotoSize(0.1);
@@ -56,29 +55,11 @@ protected:
     }
     ~BackupToLocalStorageTest() override { PhotoVideoManager::shared().setPhotoVideoAlbums({}, false); }
 
-    // The parts of a kind joined.
-    std::string joined(const std::string& kind) {
+    // The members of a kind's archive, its parts joined, as tar lists them.
+    std::vector<std::string> membersOf(const std::string& kind) {
         const std::string joined = work_.path().string() + "/" + kind + ".joined";
         test::runCommand("cd '" + sessionDirectory() + "/" + kind + "' && cat " + kind + "-??? > '" + joined + "'");
-        return joined;
-    }
-
-    // Unpacks an archive into a folder of its own and answers how many files it held; each
-    // must be the device's file at the same place, byte for byte.
-    std::size_t expectDevicesFilesIn(const std::string& archive, const std::string& name) {
-        const std::string unpacked = work_.path().string() + "/unpacked-" + name;
-        fs::create_directories(unpacked);
-        test::runCommand("tar -xf '" + archive + "' -C '" + unpacked + "'");
-        std::size_t count = 0;
-        for (const auto& entry : fs::recursive_directory_iterator(unpacked)) {
-            if (!entry.is_regular_file()) continue;
-            ++count;
-            const std::string devicePath = entry.path().string().substr(unpacked.size());
-            EXPECT_EQ(FileManager::contentsOfFile(entry.path().string()),
-                      FileManager::contentsOfFile(device_.path(devicePath)))
-                << devicePath;
-        }
-        return count;
+        return test::linesOf(test::runCommand("tar -tf '" + joined + "'"));
     }
 
     std::string sessionDirectory() const {
@@ -92,7 +73,8 @@ protected:
     test::TestFolder work_;
 };
 
-TEST_F(BackupToLocalStorageTest, TheChosenPhotosAndVideosAreStoredInPartsThatUnpackToTheDevicesFiles) {
+// The camera roll's photos go with the library's own data, its videos alone, and no cache.
+TEST_F(BackupToLocalStorageTest, TheChosenPhotosAndVideosEachTakeTheirOwnFilesOfTheCameraRoll) {
     CydiaFileManager& catalogue = CydiaFileManager::shared();
     catalogue.loadPackages();
     ArchivableFolders::resetFolder();
@@ -100,11 +82,18 @@ TEST_F(BackupToLocalStorageTest, TheChosenPhotosAndVideosAreStoredInPartsThatUnp
     runOperation(std::make_shared<BackupOperation>());
 
     ASSERT_TRUE(catalogue.hasSuccessfullySaveData());
-    for (const char* kind : {"PHOTOS", "VIDEOS"}) {
-        SCOPED_TRACE(kind);
-        ASSERT_TRUE(FileManager::isRegularFile(sessionDirectory() + "/" + kind + ".idx"));
-        EXPECT_GT(expectDevicesFilesIn(joined(kind), kind), 0U);
+    const auto photos = membersOf("PHOTOS");
+    const auto videos = membersOf("VIDEOS");
+    const auto holds = [](const std::vector<std::string>& members, const std::string& member) {
+        return std::find(members.begin(), members.end(), member) != members.end();
+    };
+    EXPECT_TRUE(holds(photos, "var/mobile/Media/DCIM/100APPLE/IMG_0001.JPG"));
+    EXPECT_TRUE(holds(photos, "var/mobile/Media/PhotoData/Photos.sqlite"));
+    EXPECT_TRUE(holds(videos, "var/mobile/Media/DCIM/100APPLE/IMG_0005.MOV"));
+    for (const std::string& member : photos) {
+        EXPECT_FALSE(member.ends_with(".MOV") || member.find("/Caches/") != std::string::npos) << member;
     }
+    for (const std::string& member : videos) EXPECT_FALSE(member.ends_with(".JPG")) << member;
 }
 
 }  // namespace
