@@ -146,11 +146,13 @@ void CydiaFileManager::processBackupData(const Sessions& sessions, bool withNoti
     }
 }
 
-// Sessions made within the same second are the same session.
+// Sessions of the same second are the same session: one stamp names both. Two sessions
+// less than a second apart but in seconds of their own have a history and a folder each.
 bool CydiaFileManager::hasBackupSessionDatedOn(Date date) {
-    return backupSessions_.with([date](const Sessions& sessions) {
-        return std::any_of(sessions.begin(), sessions.end(), [date](const auto& session) {
-            return session->sessionDate() && std::abs(session->sessionDate()->timeIntervalSinceDate(date)) < 1.0;
+    const auto second = [](Date moment) { return std::floor(moment.timeIntervalSinceReferenceDate()); };
+    return backupSessions_.with([&](const Sessions& sessions) {
+        return std::any_of(sessions.begin(), sessions.end(), [&](const auto& session) {
+            return session->sessionDate() && second(*session->sessionDate()) == second(date);
         });
     });
 }
