@@ -4,7 +4,6 @@
 #include "platform/Log.h"
 #include "platform/plist/PlistCodec.h"
 
-#include <cmath>
 #include <limits>
 
 namespace stowhaven {
@@ -63,10 +62,6 @@ std::optional<ArchiveValue> KeyedUnarchiver::unarchiveObjectWithPropertyList(con
     return value;
 }
 
-bool KeyedUnarchiver::containsValueForKey(std::string_view key) const {
-    return valueForKey(key) != nullptr;
-}
-
 bool KeyedUnarchiver::containsNumberForKey(std::string_view key) const {
     const PlistValue* value = valueForKey(key);
     return value != nullptr && value->isNumber();
@@ -95,10 +90,6 @@ std::optional<std::string> KeyedUnarchiver::decodeStringForKey(std::string_view 
     return decodeKindForKey<std::string>(key, "a string", [](const ArchiveValue& value) { return value.asString(); });
 }
 
-std::optional<PlistValue::Data> KeyedUnarchiver::decodeDataForKey(std::string_view key) {
-    return decodeKindForKey<PlistValue::Data>(key, "data", [](const ArchiveValue& value) { return value.asData(); });
-}
-
 std::optional<Date> KeyedUnarchiver::decodeDateForKey(std::string_view key) {
     return decodeKindForKey<Date>(key, "a date", [](const ArchiveValue& value) { return value.asDate(); });
 }
@@ -106,11 +97,6 @@ std::optional<Date> KeyedUnarchiver::decodeDateForKey(std::string_view key) {
 std::optional<ArchiveValue::Array> KeyedUnarchiver::decodeArrayForKey(std::string_view key) {
     return decodeKindForKey<ArchiveValue::Array>(key, "an array",
                                                  [](const ArchiveValue& value) { return value.asArray(); });
-}
-
-std::optional<ArchiveValue::Dictionary> KeyedUnarchiver::decodeDictionaryForKey(std::string_view key) {
-    return decodeKindForKey<ArchiveValue::Dictionary>(key, "a dictionary",
-                                                      [](const ArchiveValue& value) { return value.asDictionary(); });
 }
 
 std::optional<PlistValue> KeyedUnarchiver::decodePropertyListForKey(std::string_view key) {
@@ -125,26 +111,13 @@ bool KeyedUnarchiver::decodeBoolForKey(std::string_view key) const {
 }
 
 std::int32_t KeyedUnarchiver::decodeInt32ForKey(std::string_view key) const {
-    const std::int64_t value = decodeInt64ForKey(key);
+    const PlistValue* number = numberForKey(key);
+    const std::int64_t value = number != nullptr ? *number->numberAsInteger() : 0;
     if (value < std::numeric_limits<std::int32_t>::min() || value > std::numeric_limits<std::int32_t>::max()) {
         SH_LOG("The value {} under <{}> is beyond 32 bits", value, key);
         return 0;
     }
     return static_cast<std::int32_t>(value);
-}
-
-std::int64_t KeyedUnarchiver::decodeInt64ForKey(std::string_view key) const {
-    const PlistValue* number = numberForKey(key);
-    return number != nullptr ? *number->numberAsInteger() : 0;
-}
-
-float KeyedUnarchiver::decodeFloatForKey(std::string_view key) const {
-    const double value = decodeDoubleForKey(key);
-    // A double beyond the floats would be undefined to convert; it becomes an infinity.
-    if (std::isfinite(value) && std::abs(value) > std::numeric_limits<float>::max()) {
-        return value > 0 ? std::numeric_limits<float>::infinity() : -std::numeric_limits<float>::infinity();
-    }
-    return static_cast<float>(value);
 }
 
 double KeyedUnarchiver::decodeDoubleForKey(std::string_view key) const {

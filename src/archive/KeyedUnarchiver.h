@@ -47,25 +47,14 @@ public:
 
     // About the keys of the model object being read. A missing key answers nil, false or 0
     // without a log line; a value of another kind answers the same with one.
-    bool containsValueForKey(std::string_view key) const;
     // A number written in place under the key, as the encode calls of numbers write them.
     bool containsNumberForKey(std::string_view key) const;
     ArchiveValue decodeObjectForKey(std::string_view key);
     std::optional<std::string> decodeStringForKey(std::string_view key);
-    std::optional<PlistValue::Data> decodeDataForKey(std::string_view key);
     std::optional<Date> decodeDateForKey(std::string_view key);
     std::optional<ArchiveValue::Array> decodeArrayForKey(std::string_view key);
-    std::optional<ArchiveValue::Dictionary> decodeDictionaryForKey(std::string_view key);
     // Property-list data only: nothing when a model object is inside.
     std::optional<PlistValue> decodePropertyListForKey(std::string_view key);
-
-    template <std::derived_from<Codable> T>
-    std::shared_ptr<T> decodeObjectOfClass(std::string_view key) {
-        const ArchiveValue value = decodeObjectForKey(key);
-        auto object = value.object<T>();
-        if (!object && !value.isNull()) logWrongKind(key, "an object of the class asked for");
-        return object;
-    }
 
     // Nothing unless every element is a T.
     template <std::derived_from<Codable> T>
@@ -90,8 +79,6 @@ public:
     bool decodeBoolForKey(std::string_view key) const;
     // 0, with a log line, for a value beyond 32 bits.
     std::int32_t decodeInt32ForKey(std::string_view key) const;
-    std::int64_t decodeInt64ForKey(std::string_view key) const;
-    float decodeFloatForKey(std::string_view key) const;
     double decodeDoubleForKey(std::string_view key) const;
 
 private:
