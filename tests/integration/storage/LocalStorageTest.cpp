@@ -1,64 +1,41 @@
-// The local engine: the shared engine tests, and what is its own (the folder and its
-// fallback, copies that never overwrite, moves by the device's mv, the deep listing).
+// The local engine: the storage folder and its fallback, copies that never overwrite,
+// moves by the device's mv, the deep listing, deletion.
 
 #include "core/ProcessFlags.h"
+#include "platform/FileManager.h"
+#include "platform/TemporaryDirectory.h"
 #include "platform/UserDefaults.h"
 #include "storage/local/LocalStorageHelper.h"
-#include "support/StorageEngineHarness.h"
+#include "storage/StorageLayout.h"
+#include "support/SampleSessions.h"
+#include "support/StorageRequest.h"
 #include "support/SupervisorScope.h"
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 namespace stowhaven {
 namespace {
 
-// The storage folder read directly.
-class FolderProbe final : public test::StorageProbe {
-public:
-    std::optional<std::string> read(const std::string& path) override {
-        return FileManager::contentsOfFile(localStoragePath() + "/" + path);
-    }
-    bool exists(const std::string& path) override { return FileManager::fileExists(localStoragePath() + "/" + path); }
-};
-
 // A device of the test's own whose commands run, with local storage in its usual place.
-struct LocalStorageFixture {
-    LocalStorageFixture() {
-        scope.services.shell.runsCommands = true;
-        LocalStorageHelper::settleStoragePath();
-        local = LocalStorageHelper::createLocalStorageHelper();
-        engine = local;
-    }
-
-    test::StorageProbe& probe() { return probe_; }
-    static constexpr bool kDeleteWithoutDirectoryLeavesError = true;
-
-    test::SupervisorScope scope;
-    std::shared_ptr<LocalStorageHelper> local;
-    std::shared_ptr<StorageHelperProtocol> engine;
-
-private:
-    FolderProbe probe_;
-};
-
-}  // namespace
-
-namespace test {
-INSTANTIATE_TYPED_TEST_SUITE_P(Local, StorageEngineContractTest, LocalStorageFixture);
-}  // namespace test
-
-namespace {
-
 class LocalStorageTest : public ::testing::Test {
 protected:
+    LocalStorageTest() {
+        scope_.services.shell.runsCommands = true;
+        LocalStorageHelper::settleStoragePath();
+        local_ = LocalStorageHelper::createLocalStorageHelper();
+    }
+
     std::string folder() const { return localStoragePath(); }
     void writeInFolder(const std::string& path, const std::string& contents) {
         FileManager::createDirectory(std::filesystem::path(folder() + "/" + path).parent_path().string(), true);
         FileManager::writeFile(folder() + "/" + path, contents);
     }
 
-    LocalStorageFixture fixture_;
-    LocalStorageHelper& engine_ = *fixture_.local;
+    test::SupervisorScope scope_;
+    std::shared_ptr<LocalStorageHelper> local_;
+    LocalStorageHelper& engine_ = *local_;
 };
 
 TEST_F(LocalStorageTest, HistoryFilesInFoldersBelowAreListedByTheirRelativePaths) {
@@ -106,6 +83,8 @@ TEST_F(LocalStorageTest, AFileComesBackTwiceWithTheSameHooks) {
     engine_.loadFile("b.deb", date, "DEBS");
     EXPECT_EQ(fetched,
               (std::vector<std::string>{TemporaryDirectory::path() + "/a.deb", TemporaryDirectory::path() + "/b.deb"}));
+    EXPECT_EQ(FileManager::contentsOfFile(fetched.back()), "b");
+    EXPECT_TRUE(test::request(engine_, [&] { engine_.loadFile("c.deb", date, "DEBS"); }).failed);
 }
 
 // A history that isn't written is no session: the request fails and nothing is listed.
@@ -121,9 +100,23 @@ TEST_F(LocalStorageTest, AHistoryUploadThatWritesNothingFailsAndNeverReplacesAno
     EXPECT_TRUE(engine_.existingFiles().empty());
 }
 
-TEST_F(LocalStorageTest, DeletingASessionThatIsntThereStillSucceeds) {
+TEST_F(LocalStorageTest, DeletingASessionTakesItsHistoryAndItsDirectoryAndAMissingOneStillSucceeds) {
+    const Date older(700000000);
+    const Date newer(700086400);
+    writeInFolder(StorageLayout::historyFileName(older), "with data");
+    writeInFolder(StorageLayout::stamp(older) + "/NOTES/NOTES_001", "part");
+    writeInFolder(StorageLayout::historyFileName(newer), "packages only");
     auto session = test::fullSession();
+
+    session->setSessionDate(older);
     EXPECT_TRUE(test::request(engine_, [&] { engine_.deleteBackupSession(session); }).succeeded);
+    EXPECT_EQ(FileManager::contentsOfDirectory(folder()),
+              std::vector<std::string>{StorageLayout::historyFileName(newer)});
+    EXPECT_FALSE(engine_.hasError());
+
+    session->setSessionDate(newer);
+    EXPECT_TRUE(test::request(engine_, [&] { engine_.deleteBackupSession(session); }).succeeded);
+    EXPECT_EQ(FileManager::contentsOfDirectory(folder()), std::vector<std::string>{});
     EXPECT_TRUE(engine_.errorMessage()->ends_with("doesn't exist!"));
 }
 
