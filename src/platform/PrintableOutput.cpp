@@ -44,10 +44,9 @@ std::string PrintableOutput::printable(std::string text) {
 }
 
 void PrintableOutput::filterStandardStreams() {
-    static PrintableBuffer output(std::cout.rdbuf());
-    static PrintableBuffer errors(std::cerr.rdbuf());
-    std::cout.rdbuf(&output);
-    std::cerr.rdbuf(&errors);
+    // Never destroyed: the standard streams are flushed after every static object is gone.
+    std::cout.rdbuf(new PrintableBuffer(std::cout.rdbuf()));
+    std::cerr.rdbuf(new PrintableBuffer(std::cerr.rdbuf()));
 }
 
 void PrintableOutput::returnToLineStart(std::ostream& out) {
