@@ -22,10 +22,12 @@
 #include "platform/FileModes.h"
 #include "platform/LifeCycleSignals.h"
 #include "platform/Log.h"
+#include "platform/Platform.h"
 #include "platform/PrintableOutput.h"
 #include "platform/SystemLocale.h"
 #include "platform/Terminal.h"
 #include "platform/UserDefaults.h"
+#include "platform/dispatch/GlobalQueue.h"
 #include "platform/dispatch/MainQueue.h"
 
 #include <unistd.h>
@@ -44,19 +46,31 @@ bool becomeRoot() { return setuid(0) == 0 && setgid(0) == 0; }
 constexpr int kUsageError = 2;
 constexpr int kInterrupted = 130;
 
+// Before the program leaves on a signal, the work still running on its threads (the
+// catalogue's load, say) comes to its end with no tool left to start, so that none of it
+// writes into the temporary folder after the leaving's sweep.
+void endWorkInProgress() {
+    Platform::current().shell().stopCommandsForGood();
+    GlobalQueue::shutdownAll();
+}
+
 // The life-cycle events that signals bring go to the main thread, like the others. Ctrl-C
 // is the running flow's to take, during a job or a question; otherwise the user leaves.
 void watchLifeCycleSignals(StowhavenAppDelegate* delegate) {
     const auto onMainQueue = [](Block event) { return [event] { MainQueue::shared().async(event); }; };
+    const auto leaving = [](Block leave) {
+        return [leave] {
+            endWorkInProgress();
+            leave();
+        };
+    };
     LifeCycleSignals::watch({
-        .hangUp = onMainQueue([delegate] { delegate->applicationDidEnterBackground(0); }),
-        .terminate = onMainQueue([delegate] { delegate->applicationWillTerminate(); }),
+        .hangUp = onMainQueue(leaving([delegate] { delegate->applicationDidEnterBackground(0); })),
+        .terminate = onMainQueue(leaving([delegate] { delegate->applicationWillTerminate(); })),
         .resume = onMainQueue([delegate] { delegate->applicationWillEnterForeground(); }),
         .interrupt =
-            [delegate] {
-                if (!TerminalFlow::interruptCurrent()) {
-                    MainQueue::shared().async([delegate] { delegate->applicationDidEnterBackground(kInterrupted); });
-                }
+            [leave = onMainQueue(leaving([delegate] { delegate->applicationDidEnterBackground(kInterrupted); }))] {
+                if (!TerminalFlow::interruptCurrent()) leave();
             },
     });
 }

@@ -16,9 +16,7 @@ Queues& queues() {
     static auto* const made = [] {
         auto* all = new Queues{ConcurrentQueue(kThreadsPerQueue), ConcurrentQueue(kThreadsPerQueue),
                                ConcurrentQueue(kThreadsPerQueue)};
-        std::atexit([] {
-            for (auto& queue : queues()) queue.shutdown();
-        });
+        std::atexit(GlobalQueue::shutdownAll);
         return all;
     }();
     return *made;
@@ -28,6 +26,10 @@ Queues& queues() {
 
 ConcurrentQueue& GlobalQueue::get(Priority priority) {
     return queues()[static_cast<std::size_t>(priority)];
+}
+
+void GlobalQueue::shutdownAll() {
+    for (auto& queue : queues()) queue.shutdown();
 }
 
 }  // namespace stowhaven

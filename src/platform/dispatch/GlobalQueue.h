@@ -13,6 +13,9 @@ public:
     // The queues are never destroyed, so that blocks still running at exit can reach them;
     // at exit they drop what has not started and wait for what is running.
     static ConcurrentQueue& get(Priority priority);
+    // Shuts every global queue down, as at exit: what has not started is dropped, what runs
+    // is waited for, and blocks sent afterwards are dropped.
+    static void shutdownAll();
 
     GlobalQueue() = delete;
 };
