@@ -4,7 +4,6 @@
 #include "archive/Zlib.h"
 #include "platform/plist/PlistCodec.h"
 #include "core/ModelClasses.h"
-#include "support/CapturedLog.h"
 
 #include <gtest/gtest.h>
 
@@ -23,9 +22,11 @@ TEST(HistoryTextTest, IsTheArchiveDeflatedInBase64OnOneLine) {
     EXPECT_EQ(HistoryText::decode(*text, modelClasses()), kSession);
 }
 
-TEST(HistoryTextTest, ADamagedTextGivesNothingAndALogLineAtEachStage) {
+TEST(HistoryTextTest, ADamagedTextGivesNothingAtEachStage) {
     const std::string archive = *KeyedArchiver::archivedData(kSession);
     const std::string stream = Zlib::deflate(archive);
+    std::string flippedStream = stream;
+    flippedStream[stream.size() / 2] ^= 0x20;
     std::string flippedArchive = archive;
     flippedArchive.replace(flippedArchive.find("$archiver"), 9, "$archivex");
     const std::pair<std::string, const char*> damaged[] = {
@@ -33,6 +34,8 @@ TEST(HistoryTextTest, ADamagedTextGivesNothingAndALogLineAtEachStage) {
         {"not base64 at all!", "text outside the alphabet"},
         {Base64::encode(archive), "an archive that isn't deflated"},
         {Base64::encode(stream.substr(0, stream.size() - 3)), "a stream cut short"},
+        {Base64::encode(flippedStream), "a stream with a flipped bit"},
+        {Base64::encode(stream + "x"), "bytes after the stream's end"},
         {Base64::encode(Zlib::deflate("plain words")), "a stream of no property list"},
         {Base64::encode(Zlib::deflate(*PlistCodec::serialize(PlistValue::Array{1}, PlistFormat::Binary))),
          "a property list that is no archive"},
@@ -41,9 +44,7 @@ TEST(HistoryTextTest, ADamagedTextGivesNothingAndALogLineAtEachStage) {
          "a stream that inflates beyond the limit"},
     };
     for (const auto& [text, what] : damaged) {
-        test::CapturedLog log;
         EXPECT_EQ(HistoryText::decode(text, modelClasses()), std::nullopt) << what;
-        EXPECT_TRUE(log.contains("Refused a history text")) << what;
     }
 }
 

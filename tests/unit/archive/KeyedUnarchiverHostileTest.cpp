@@ -149,14 +149,13 @@ TEST(KeyedUnarchiverHostileTest, AValueOfTheWrongKindAnswersNothingToThatKeyAlon
                    {"packageName", "in place, not a reference"},
                    {"dataFolderPath", uid(4)},
                    {"fExists", "yes"},
-                   {"folderType", uid(4)},
+                   {"folderType", std::int64_t{1} << 40},
                    {"folderContents", uid(3)},
                    {"$class", uid(2)}},
         classDescription("ArchivableFolder"),
         12,
         "/Library/Themes/",
     });
-    test::CapturedLog log;
     const auto read = test::unarchive(archive);
     ASSERT_TRUE(read);
     const auto folder = read->object<ArchivableFolder>();
@@ -166,22 +165,16 @@ TEST(KeyedUnarchiverHostileTest, AValueOfTheWrongKindAnswersNothingToThatKeyAlon
     EXPECT_EQ(folder->packageName(), std::nullopt);
     EXPECT_EQ(folder->dataFolderPath(), "/Library/Themes/");
     EXPECT_FALSE(folder->exists());
-    EXPECT_EQ(folder->folderType(), 0);
+    EXPECT_EQ(folder->folderType(), 0) << "a number beyond 32 bits";
     EXPECT_TRUE(folder->contentItems().empty());
-    for (const char* key : {"<name> is not a string", "<packageName> is not an object", "<fExists> is not a number",
-                            "<folderType> is not a number", "<folderContents> is not an array"}) {
-        EXPECT_TRUE(log.contains(key)) << key;
-    }
 }
 
 TEST(KeyedUnarchiverHostileTest, AnObjectItsFactoryRefusesReadsAsNil) {
     ClassRegistry classes;
     classes.registerClass("Refused", [](KeyedUnarchiver&) { return nullptr; });
     const auto archive = arrayArchive({uid(3), uid(3)}, {Dictionary{{"$class", uid(4)}}, classDescription("Refused")});
-    test::CapturedLog log;
     EXPECT_EQ(KeyedUnarchiver::unarchiveObjectWithPropertyList(archive, classes),
               ArchiveValue(ArchiveValue::Array{ArchiveValue(), ArchiveValue()}));
-    EXPECT_TRUE(log.contains("stands as nil"));
 }
 
 TEST(KeyedUnarchiverHostileTest, SurvivesEveryDamagedByteOfAnArchive) {
