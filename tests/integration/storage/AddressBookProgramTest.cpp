@@ -67,12 +67,5 @@ TEST(AddressBookProgramTest, AVCardSharedOnOneDeviceImportsOnAnotherAndReadsBack
     EXPECT_TRUE(has(imported.output, "Imported: Shared [IMPORTED DATA]!")) << imported.output;
 }
 
-TEST(AddressBookProgramTest, WithNothingBackedUpThereIsNoVCard) {
-    const test::SandboxDevice device("minimal");
-    const auto share = run(device, "share vcard " + device.root() + "/../none.vcf");
-    EXPECT_EQ(share.status, 1);
-    EXPECT_TRUE(has(share.errors, "stowhaven: ")) << share.errors;
-}
-
 }  // namespace
 }  // namespace stowhaven
