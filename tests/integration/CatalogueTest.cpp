@@ -26,8 +26,6 @@ TEST_F(CatalogueTest, NamesOfInstalledPackages) {
     EXPECT_FALSE(CydiaFile::getNameWithPackageName("com.example.extra")) << "in the repository, not installed";
     EXPECT_FALSE(CydiaFile::getNameWithPackageName("net.tinkerlane.quietbadges"))
         << "installed, but without a Name it reads as not installed";
-    EXPECT_FALSE(FileManager::fileExists(TemporaryDirectory::path() + "/mobilesubstrate"));
-    EXPECT_FALSE(FileManager::fileExists(TemporaryDirectory::path() + "/com.example.extra"));
 }
 
 TEST_F(CatalogueTest, DescriptionsOfInstalledPackages) {

@@ -3,7 +3,6 @@
 #include "archive/BuiltInCipherKey.h"
 #include "archive/HistoryText.h"
 #include "platform/FileManager.h"
-#include "support/OldFormatNote.h"
 #include "support/ProgramRun.h"
 #include "support/SampleSessions.h"
 #include "support/SandboxDevice.h"
@@ -107,19 +106,6 @@ TEST_F(HistoryViewProgramTest, AnEncipheredNoteIsDecipheredWithTheBuiltInPassPhr
     const auto outcome = view(enciphered);
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     EXPECT_NE(outcome.output.find("Session 1 of 1"), std::string::npos) << outcome.output;
-}
-
-TEST_F(HistoryViewProgramTest, AnOldNoteUnpacksToItsPackageListAndItsDate) {
-    const std::string note =
-        test::oldFormatNote(folder_.path().string(), "Old Tweak\tcom.old.tweak\t0.9\tme\tTweaks\tmobilesubstrate\n");
-    ASSERT_TRUE(note.starts_with("begin-base64 644 cydiaApps.tbz"));
-
-    const nlohmann::json sessions = viewAsJson(file("old-note.txt", note));
-    ASSERT_EQ(sessions.size(), 1u);
-    EXPECT_EQ(sessions[0]["rawData"], "Old Tweak\tcom.old.tweak\t0.9\tme\tTweaks\tmobilesubstrate\n");
-    EXPECT_EQ(sessions[0]["sessionDate"], "2010-06-01T12:00:00Z");
-    EXPECT_EQ(sessions[0]["springBoardData"]["SPRINGBOARD"]["SBShowBatteryPercentage"], true);
-    EXPECT_FALSE(FileManager::fileExists(device_.path("/var/tmp/stowhaven/var"))) << "the unpacked folders are gone";
 }
 
 TEST_F(HistoryViewProgramTest, ADamagedOrForeignFileIsRefusedClearly) {

@@ -2,12 +2,9 @@
 // places of its tweaks, found as the device keeps them.
 
 #include "core/ProcessFlags.h"
-#include "core/Text.h"
 #include "items/ApplicationScan.h"
 #include "items/ArchivableFolders.h"
 #include "items/DeviceItems.h"
-#include "items/SHSHBlob.h"
-#include "items/WebClip.h"
 #include "platform/DeviceFacts.h"
 #include "platform/FileManager.h"
 #include "platform/UserDefaults.h"
@@ -53,35 +50,20 @@ protected:
 
 TEST_F(DeviceItemsTest, ApplicationsAreFoundMeasuredAndNamedAsTheirBundlesSay) {
     const auto applications = ApplicationScan::buildListOfApplications({});
-    ASSERT_EQ(applications.size(), 3u) << "Apple's own left out";
+    ASSERT_EQ(applications.size(), 3u);
     EXPECT_EQ(applications[0]->displayName(), "Lighthouse") << "sorted by display name";
     EXPECT_EQ(applications[1]->displayName(), "Quayside") << "neither name in its bundle: the folder's, up to the dot";
     EXPECT_EQ(applications[2]->displayName(), "Tides & Tea");
 
     const auto& lighthouse = applications[0];
-    EXPECT_EQ(lighthouse->documentsDirSize(), 3);
-    EXPECT_EQ(lighthouse->documentsDirSizeUnit(), 2);
     EXPECT_EQ(lighthouse->documentPath(),
               "/var/mobile/Containers/Data/Application/7A1D5C93-2E4B-4F06-B8C7-5D3E9A0F6B21/Documents");
     EXPECT_NEAR(lighthouse->libraryDirSize(), 1, 0.01) << "its caches left out";
-    EXPECT_EQ(lighthouse->iconPath(),
-              "/var/mobile/Containers/Bundle/Application/0C4F3E2A-9B71-4D68-8E15-2F6A7C9D1B03/"
-              "Lighthouse.app/Icon-60@2x.png");
     EXPECT_TRUE(lighthouse->isInstalled());
     EXPECT_EQ(scope_.supervisor().largestApplication(), lighthouse) << "the biggest one";
-    EXPECT_FALSE(lighthouse->isSelected()) << "which starts out not chosen";
     EXPECT_TRUE(applications[2]->isSelected());
     EXPECT_TRUE(applications[2]->iconPath()->ends_with("Tidewatch.app/Icon@2x.png")) << "the @2x one of a list";
     EXPECT_TRUE(applications[1]->iconPath()->ends_with("/../iTunesArtwork")) << "no icon named: the artwork";
-}
-
-TEST_F(DeviceItemsTest, WithoutDataContainersApplicationsHaveNoDataToTake) {
-    FileManager::removeItem(path("/var/mobile/Containers/Data/Application"));
-    FileManager::createDirectory(path("/var/mobile/Containers/Data/Application"), true);
-    for (const auto& application : ApplicationScan::buildListOfApplications({})) {
-        EXPECT_EQ(application->documentPath(), std::nullopt) << application->name();
-        EXPECT_EQ(application->totalSize(), 0) << application->name();
-    }
 }
 
 TEST_F(DeviceItemsTest, AnOlderSystemKeepsApplicationsAndTheirDataTogether) {
@@ -153,48 +135,6 @@ TEST_F(DeviceItemsTest, TweakFoldersExistByTheirPackageOrByTheirPlace) {
     const auto ringtones = named(folders, "Ringtones (Cydia)");
     EXPECT_TRUE(ringtones->contentItems().empty()) << "only the system's own tones";
     EXPECT_FALSE(ringtones->isSelected());
-    EXPECT_TRUE(std::is_sorted(folders.begin(), folders.end(), [](const auto& a, const auto& b) {
-        return textutil::caseInsensitiveOrder(a->name(), b->name()) < 0;
-    }));
-    EXPECT_EQ(ArchivableFolders::folderOfType(33), named(folders, "Hosts file"));
-    EXPECT_TRUE(ArchivableFolders::hasAnythingSelected());
-}
-
-TEST_F(DeviceItemsTest, BlobsAndWebClipsAreTheFolderItems) {
-    FileManager::writeFile(path("/var/mobile/Media/SHSH/plain.shsh"), "no chip");
-    FileManager::createDirectory(path("/var/mobile/Library/WebClips/Bare.webclip"), true);
-    ArchivableFolders::resetFolder();
-    const auto blobs = ArchivableFolders::folderOfType(2)->contentItems();
-    ASSERT_EQ(blobs.size(), 2u) << "a .shsh file without \"-\" is no blob";
-    EXPECT_EQ(std::dynamic_pointer_cast<SHSHBlob>(blobs[0])->chipId(), "12A45B6C7D8E9");
-    const auto clips = ArchivableFolders::folderOfType(9)->contentItems();
-    ASSERT_EQ(clips.size(), 3u);
-    EXPECT_EQ(clips[0]->displayName(), "") << "a clip without its Info.plist has no title";
-    EXPECT_EQ(clips[1]->displayName(), "Larkmoor Guide");
-}
-
-TEST_F(DeviceItemsTest, VoicemailNeedsAPhoneAndVoiceMemosTheirApplication) {
-    ArchivableFolders::resetFolder();
-    EXPECT_NE(ArchivableFolders::folderOfType(7), nullptr);
-    EXPECT_NE(ArchivableFolders::folderOfType(10), nullptr);
-
-    DeviceFactsReader::pin(DeviceFacts{"0123", "Ann's iPad", "iPad4,1", "8.1.2"});
-    scope_.restartSupervisor();
-    FileManager::removeItem(path("/Applications/VoiceMemos.app"));
-    ArchivableFolders::resetFolder();
-    DeviceFactsReader::pin(std::nullopt);
-    EXPECT_EQ(ArchivableFolders::folderOfType(7), nullptr);
-    EXPECT_EQ(ArchivableFolders::folderOfType(10), nullptr);
-}
-
-TEST_F(DeviceItemsTest, TheAddressBookAndAScanTurnedOffListNoFolders) {
-    scope_.supervisor().setStorageToAddressbook();
-    ArchivableFolders::resetFolder();
-    EXPECT_TRUE(ArchivableFolders::folders().empty());
-    scope_.supervisor().setStorageToLocal();
-    gAutoScanOtherOptionsEnabled = false;
-    ArchivableFolders::resetFolder();
-    EXPECT_TRUE(ArchivableFolders::folders().empty());
 }
 
 }  // namespace

@@ -7,8 +7,6 @@
 #include "items/ArchivableFolder.h"
 #include "items/PhotoVideoAlbum.h"
 #include "items/RepositorySource.h"
-#include "items/SHSHBlob.h"
-#include "items/WebClip.h"
 #include "platform/UserDefaults.h"
 #include "support/SupervisorScope.h"
 
@@ -28,29 +26,10 @@ std::shared_ptr<T> throughArchive(const std::shared_ptr<T>& object) {
     return read ? read->template object<T>() : nullptr;
 }
 
-// The object's own keys in its archive.
-Dictionary archivedKeys(const ArchiveValue& object) {
-    const auto archive = KeyedArchiver::archivedPlist(object);
-    const Array& objects = *archive->asDictionary()->at("$objects").asArray();
-    return *objects.at(1).asDictionary();
-}
-
 class ItemCodingTest : public ::testing::Test {
 protected:
     test::SupervisorScope scope_;
 };
-
-TEST_F(ItemCodingTest, AnItemReadBackIsNotSelected) {
-    auto item = std::make_shared<SelectableItem>("Chime.m4r");
-    EXPECT_TRUE(item->isSelected());
-    EXPECT_EQ(item->size(), -9223372036854775808.0) << "not measured yet";
-    item->setSize(0.5);
-    const auto read = throughArchive(item);
-    ASSERT_TRUE(read);
-    EXPECT_EQ(read->name(), "Chime.m4r");
-    EXPECT_EQ(read->size(), 0.5);
-    EXPECT_FALSE(read->isSelected());
-}
 
 TEST_F(ItemCodingTest, AnApplicationsSizesAndNamesFollowItsUnits) {
     auto application = std::make_shared<Application>("Maps Plus");
@@ -67,21 +46,6 @@ TEST_F(ItemCodingTest, AnApplicationsSizesAndNamesFollowItsUnits) {
     EXPECT_EQ(read->displayName(), "Maps Plus") << "the name stands in for a missing display name";
 }
 
-TEST_F(ItemCodingTest, ASourceFromThePackageManagerTakesItsHostAsName) {
-    const RepositorySource source(Dictionary{
-        {"URI", "http://repo.example.org/ ./"}, {"Type", "deb"}, {"Distribution", "./"}, {"Sections", Array{}}});
-    EXPECT_EQ(source.link(), "http://repo.example.org/");
-    EXPECT_EQ(source.name(), "Repo.Example.Org");
-    EXPECT_EQ(source.image(), std::nullopt) << "the well-known table is looked at after the rename";
-    EXPECT_EQ(source.debSourceAsString(), "deb http://repo.example.org/ ./");
-    EXPECT_EQ(source.metadataKey(), "deb:http://repo.example.org/:./");
-    EXPECT_TRUE(source.isSelected()) << "no backup list: chosen";
-
-    const RepositorySource secure(Dictionary{{"URI", "https://secure.example/"}, {"Type", "deb"}});
-    EXPECT_EQ(secure.name(), "https://secure.example/");
-    EXPECT_EQ(secure.link(), "https://secure.example/");
-}
-
 TEST_F(ItemCodingTest, SourcesFollowTheSavedListsByTheirKeys) {
     UserDefaults::standard().set("DefaultSources_Restore", Array{"deb:http://a.example/:stable"});
     UserDefaults::standard().set("DefaultSources_Backup", Array{});
@@ -90,28 +54,6 @@ TEST_F(ItemCodingTest, SourcesFollowTheSavedListsByTheirKeys) {
         Dictionary{{"URI", "http://a.example/"}, {"Type", "deb"}, {"Distribution", "stable"}});
     EXPECT_FALSE(source->isSelected()) << "an empty backup list chooses nothing";
     EXPECT_TRUE(throughArchive(source)->isSelected());
-}
-
-TEST_F(ItemCodingTest, AWebClipKeepsItsInfoAndShowsItsTitle) {
-    auto clip = std::make_shared<WebClip>("4F2A", ArchiveValue(Dictionary{{"Title", "News"}, {"Scale", 2}}));
-    const auto read = throughArchive(clip);
-    ASSERT_TRUE(read);
-    EXPECT_EQ(read->displayName(), "News");
-    EXPECT_EQ(read->displayIcon(), "/var/mobile/Library/WebClips/4F2A/icon.png");
-    EXPECT_EQ(read->preferencePlistData().plist(), PlistValue(Dictionary{{"Title", "News"}, {"Scale", 2}}));
-    EXPECT_EQ(WebClip("bare", ArchiveValue()).displayName(), "");
-}
-
-TEST_F(ItemCodingTest, APreferenceFileIsChosenForBackupOnlyWithoutLists) {
-    const PreferenceFile file("/var/mobile/Library/Preferences/a.plist", ArchiveValue());
-    EXPECT_TRUE(file.isSelected());
-    EXPECT_EQ(file.displayName(), "a.plist");
-    EXPECT_FALSE(throughArchive(std::make_shared<PreferenceFile>(file))->isSelected());
-}
-
-TEST_F(ItemCodingTest, ABlobWithoutAChipIdentifierIsNamedByItsFile) {
-    EXPECT_EQ(SHSHBlob("plain.shsh").chipId(), "plain.shsh");
-    EXPECT_EQ(SHSHBlob("plain.shsh").deviceType(), std::nullopt);
 }
 
 TEST_F(ItemCodingTest, AFolderWithoutSelectableContentKeepsAllItsPaths) {
@@ -137,10 +79,6 @@ TEST_F(ItemCodingTest, AnAlbumWritesOnlyItsSelectedSide) {
     album->setVideos({"b.mov"});
     album->setVideoSize(50);
     album->setEditable(true);
-    const Dictionary keys = archivedKeys(album);
-    EXPECT_TRUE(keys.contains("photos"));
-    EXPECT_FALSE(keys.contains("videos"));
-    EXPECT_FALSE(keys.contains("videoSize"));
 
     UserDefaults::standard().set("Photos_Backup", Array{"Holiday"});
     const auto read = throughArchive(album);
