@@ -134,25 +134,17 @@ TEST_F(ApplicationAndFolderBackupTest, AnApplicationsArchiveHoldsBothDataFolders
     EXPECT_EQ(sessionContents(), std::vector<std::string>{"APPLICATIONS_DATA"});
 }
 
-TEST_F(ApplicationAndFolderBackupTest, APlaceIsStoredBesideTheApplicationsAndOneWithNothingChosenIsPassedOver) {
-    makeFile("/var/mobile/Library/iBlacklist/blocked.db");
-    makeFile("/var/mobile/Library/iBlacklist/Logs/calls.log");
+// The places themselves come back in the program's round trip.
+TEST_F(ApplicationAndFolderBackupTest, APlaceWithNothingChosenIsPassedOver) {
     makeFile("/var/mobile/Media/ROMs/Quest.gba");
-    auto blacklist = placeOf(17, "/var/mobile/Library/iBlacklist", false);
     auto games = placeOf(5, "/var/mobile/Media/ROMs", true);
     games->setContentItems({itemNamed("Quest.gba", false)});
 
-    backUp({}, {games, blacklist});
+    backUp({}, {games});
 
-    const std::string archiveName = blacklist->archiveName() + ".tbz";
-    EXPECT_EQ(sessionContents(), (std::vector<std::string>{"APPLICATIONS_DATA", archiveName}));
-    EXPECT_EQ(FileManager::contentsOfDirectory(sessionDirectory() + "/APPLICATIONS_DATA"), std::vector<std::string>{});
-    EXPECT_EQ(fileMembers(sessionDirectory() + "/" + archiveName, "j"),
-              (std::set<std::string>{"var/mobile/Library/iBlacklist/blocked.db",
-                                     "var/mobile/Library/iBlacklist/Logs/calls.log"}));
+    EXPECT_EQ(sessionContents(), std::vector<std::string>{"APPLICATIONS_DATA"});
     for (const char* extension : {".tar", ".tbz"}) {
-        EXPECT_FALSE(FileManager::fileExists(TemporaryDirectory::path() + "/" + games->archiveName() + extension))
-            << "nothing of the place without a choice is archived";
+        EXPECT_FALSE(FileManager::fileExists(TemporaryDirectory::path() + "/" + games->archiveName() + extension));
     }
 }
 

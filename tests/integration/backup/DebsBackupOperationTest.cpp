@@ -65,17 +65,6 @@ protected:
     }
 };
 
-TEST_F(DebsBackupOperationTest, WithTheSettingOffNothingIsFetchedAndNoFolderIsMade) {
-    gBackupDebsEnabled = false;
-    const auto operation = captureFor("Extra\tcom.example.extra\t1.0\tme\tTweaks\tmobilesubstrate\n");
-
-    EXPECT_EQ(operation->operationResult(), 0);
-    EXPECT_TRUE(commandsStartingWith("apt-get update ").empty());
-    EXPECT_TRUE(commandsStartingWith("apt-get install ").empty());
-    EXPECT_FALSE(FileManager::fileExists(sessionDirectory() + "/DEBS"));
-    EXPECT_TRUE(operation->errorMsg().empty());
-}
-
 TEST_F(DebsBackupOperationTest, EachPackagesFileIsStoredUnderItsCleanedNameAndOnlyForTheDevicesArchitecture) {
     placeInCache("Tweak_1:2.3_iphoneos-arm.deb");
     placeInCache("newer_1.0_iphoneos-arm64.deb");
