@@ -4,7 +4,6 @@
 #include "support/TestFolder.h"
 
 #include <gtest/gtest.h>
-#include <sys/utsname.h>
 
 #include <filesystem>
 
@@ -29,17 +28,6 @@ TEST_F(DeviceFactsTest, ComeFromWhereTheDeviceImageKeepsThem) {
                PlistFormat::Binary);
 
     EXPECT_EQ(DeviceFactsReader::read(), (DeviceFacts{"3f2a9c", "Ann's iPhone", "iPhone7,2", "8.1.2"}));
-}
-
-TEST_F(DeviceFactsTest, WhatTheImageLacksComesFromTheHost) {
-    writePlist("/var/root/Library/Lockdown/data_ark.plist", {{"-DeviceName", 42}}, PlistFormat::Binary);
-    utsname host{};
-    ASSERT_EQ(uname(&host), 0);
-
-    const DeviceFacts facts = DeviceFactsReader::read();
-    EXPECT_EQ(facts.platform, host.machine);
-    EXPECT_FALSE(facts.name.empty());
-    EXPECT_EQ(facts.systemVersion, "");
 }
 
 }  // namespace

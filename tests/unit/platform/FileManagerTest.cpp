@@ -59,14 +59,6 @@ TEST_F(FileManagerTest, CopyAndMoveNeverReplaceAnExistingItem) {
     EXPECT_FALSE(FileManager::fileExists(folder_ / "from"));
 }
 
-TEST_F(FileManagerTest, WritesAtomicallyWithTheModeAskedFor) {
-    const std::string path = folder_ / "settings";
-    ASSERT_TRUE(FileManager::writeFile(path, std::string("a\0b", 3), nullptr, 0600));
-    EXPECT_EQ(*FileManager::contentsOfFile(path), std::string("a\0b", 3));
-    EXPECT_EQ(FileManager::attributesOfItem(path)->permissions, 0600u);
-    EXPECT_EQ(FileManager::contentsOfDirectory(folder_.path())->size(), 1u) << "no temporary file is left behind";
-}
-
 TEST_F(FileManagerTest, AFailedWriteLeavesWhatStoodThereAndNoLitter) {
     write("occupied/inside", "old");
     std::string error;
@@ -100,15 +92,6 @@ TEST_F(FileManagerTest, OnlyTheTemporaryFilesOfDeadWritesToTheTargetsAskedForAre
                                         ".settings.plist.partial-LiVe12", ".settings.plist.partial-Lnk123", "elsewhere",
                                         "settings.plist.partial-AbC123"}));
     EXPECT_EQ(FileManager::contentsOfFile(folder_ / "elsewhere"), "half");
-}
-
-TEST_F(FileManagerTest, AttributesDescribeTheItemItselfNotTheLinkTarget) {
-    write("target", "12345");
-    fs::create_symlink(folder_ / "target", folder_ / "link");
-    EXPECT_EQ(FileManager::attributesOfItem(folder_ / "target")->type, FileType::Regular);
-    EXPECT_EQ(FileManager::attributesOfItem(folder_ / "target")->size, 5u);
-    EXPECT_EQ(FileManager::attributesOfItem(folder_ / "link")->type, FileType::SymbolicLink);
-    EXPECT_GT(FileManager::attributesOfFileSystem(folder_.path())->freeSize, 0u);
 }
 
 }  // namespace

@@ -48,7 +48,6 @@ public:
         setAvailableDeviceBackups(std::move(names));
         migrateDeviceDirectory();
     }
-    using AbstractStorageHelper::observeOperationCanceled;
 
     int failures = 0;
     int attempts = 0;
@@ -125,13 +124,6 @@ TEST_F(StorageContractTest, ACancelDuringTheWaitRunsNeitherHookNorTheRetry) {
     EXPECT_EQ(engine_->attempts, 1);
 }
 
-TEST_F(StorageContractTest, ACanceledRequestThatSucceedsRunsNoHook) {
-    NotificationCenter::defaultCenter().post("PROGRESS_CANCELED");
-    EXPECT_FALSE(upload(0s).succeeded);
-    supervisor_.resetCancelStatus();
-    EXPECT_TRUE(upload(0s).succeeded);
-}
-
 TEST_F(StorageContractTest, HooksAreClearedAsTheyAreReadSoThatAHookCanSetTheNextOnes) {
     std::vector<std::string> steps;
     engine_->setSuccessSelector(
@@ -144,15 +136,6 @@ TEST_F(StorageContractTest, HooksAreClearedAsTheyAreReadSoThatAHookCanSetTheNext
     engine_->uploadFile("/tmp/b", Date(1), std::nullopt);
     engine_->uploadFile("/tmp/c", Date(1), std::nullopt);
     EXPECT_EQ(steps, (std::vector<std::string>{"first done", "second done"})) << "one request, one hook";
-}
-
-TEST_F(StorageContractTest, TheCancelNotificationForgetsTheRequestInHand) {
-    engine_->observeOperationCanceled();
-    bool hooked = false;
-    engine_->setSuccessSelector([&](const HookObject&) { hooked = true; }, nullptr);
-    NotificationCenter::defaultCenter().post("OPERATION_CANCELED");
-    engine_->uploadFile("/tmp/x", Date(1), std::nullopt);
-    EXPECT_FALSE(hooked);
 }
 
 TEST_F(StorageContractTest, AnOldDeviceDirectoryTakesTheDevicesNameWithoutRetriesOrHooks) {

@@ -55,15 +55,6 @@ TEST_F(StorageLayoutTest, StampsAreInTheDevicesTimeZoneAndReadBackThere) {
     }
 }
 
-TEST_F(StorageLayoutTest, OnlyNamesThatEndInTheSuffixAreHistoryFilesAndTheLastIsTheNewest) {
-    const std::vector<std::string> listing = {"2024-01-01_10~00~00.stowhvn", "2024-01-01_10~00~00", "notes.stowhvn.txt",
-                                              "2024-02-01_10~00~00.STOWHVN", "2024-03-01_10~00~00.stowhvn"};
-    const auto files = StorageLayout::existingFiles(listing);
-    EXPECT_EQ(files, (std::vector<std::string>{"2024-01-01_10~00~00.stowhvn", "2024-03-01_10~00~00.stowhvn"}));
-    EXPECT_EQ(StorageLayout::mostRecent(files), "2024-03-01_10~00~00.stowhvn");
-    EXPECT_EQ(StorageLayout::mostRecent({}), std::nullopt);
-}
-
 TEST_F(StorageLayoutTest, NamesThatHoldNoStampGiveNoDate) {
     EXPECT_EQ(StorageLayout::dateOfHistoryFile("holiday.stowhvn"), std::nullopt);
     EXPECT_EQ(StorageLayout::dateOfHistoryFile("2024-13-01_10~00~00.stowhvn"), std::nullopt);
