@@ -8,6 +8,7 @@
 // cancel lands at that step and no later.
 
 #include "support/FolderSnapshot.h"
+#include "platform/ShellQuote.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 #include "support/TerminalProgram.h"
@@ -51,7 +52,7 @@ protected:
     void SetUp() override {
         if (geteuid() != 0) GTEST_SKIP() << "a mount namespace needs root";
         ASSERT_TRUE(test::turnOnScans(device_.root()));
-        const auto backup = test::runProgram("--root " + device_.root() + " backup --yes --title Earlier");
+        const auto backup = test::runProgram("--root " + ShellQuote::path(device_.root()) + " backup --yes --title Earlier");
         ASSERT_EQ(backup.status, 0) << backup.errors;
     }
 
@@ -63,10 +64,11 @@ protected:
         std::ofstream(real).put('\n');
         std::ofstream(standIn) << "#!/bin/sh\ncase \"$*\" in *'" << arguments << "'*)\n"
                                << "  echo 'held: " << tool << "' > /dev/tty; exec sleep infinity;;\nesac\n"
-                               << "exec " << real.string() << " \"$@\"\n";
+                               << "exec " << ShellQuote::path(real.string()) << " \"$@\"\n";
         fs::permissions(standIn, fs::perms::owner_all);
-        return "unshare -m sh -c 'mount --bind /usr/bin/" + tool + " " + real.string() + " && mount --bind " +
-               standIn.string() + " /usr/bin/" + tool + " && exec \"$0\" \"$@\"' ";
+        return "env HELD_REAL=" + ShellQuote::path(real.string()) + " HELD_STAND_IN=" + ShellQuote::path(standIn.string()) +
+               " unshare -m sh -c 'mount --bind /usr/bin/" + tool + " \"$HELD_REAL\" && mount --bind \"$HELD_STAND_IN\" /usr/bin/" +
+               tool + " && exec \"$0\" \"$@\"' ";
     }
 
     const test::SandboxDevice device_{"demo"};
@@ -77,7 +79,7 @@ TEST_P(CancelProgramTest, AJobCanceledAtItsStepLeavesEverythingAsItWas) {
     const Step step = GetParam();
     const auto before = test::snapshot(device_.path(kStorageFolder));
 
-    test::TerminalProgram terminal("--root " + device_.root() + " " + step.job,
+    test::TerminalProgram terminal("--root " + ShellQuote::path(device_.root()) + " " + step.job,
                                    holding(step.tool, step.arguments));
     ASSERT_TRUE(terminal.waitFor(std::string("held: ") + step.tool)) << terminal.screen();
     terminal.type("\x03");
@@ -88,7 +90,7 @@ TEST_P(CancelProgramTest, AJobCanceledAtItsStepLeavesEverythingAsItWas) {
     EXPECT_TRUE(test::snapshot(device_.path(kStorageFolder)) == before) << "the storage changed";
     EXPECT_TRUE(fs::is_empty(device_.path(kTemporaryFolder)));
     EXPECT_EQ(processesNaming(device_.root()), 0) << "a tool of the job still runs";
-    EXPECT_EQ(test::runCommand("dpkg --admindir='" + device_.root() + "/var/lib/dpkg' --audit"), "");
+    EXPECT_EQ(test::runCommand("dpkg --admindir=" + ShellQuote::path(device_.root() + "/var/lib/dpkg") + " --audit"), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Steps, CancelProgramTest,

@@ -3,6 +3,7 @@
 // session stays byte for byte, no new session stands, nothing is left in the temporary
 // folder and the package database is left consistent.
 
+#include "platform/ShellQuote.h"
 #include "support/FolderSnapshot.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
@@ -50,7 +51,7 @@ protected:
     }
 
     test::ProgramOutcome run(const std::string& arguments) const {
-        return test::runProgram("--root " + device_.root() + " " + arguments);
+        return test::runProgram("--root " + ShellQuote::path(device_.root()) + " " + arguments);
     }
 
     void backUp() const {
@@ -103,7 +104,7 @@ TEST_F(FullDiskProgramTest, ARestoreThatFillsTheTemporaryFolderUnpacksNothingAnd
         << restore.output;
     EXPECT_FALSE(fs::exists(device_.path("/var/mobile/Library/Notes")));
     EXPECT_TRUE(fs::is_empty(device_.path(kTemporaryFolder)));
-    EXPECT_EQ(test::runCommand("dpkg --admindir='" + device_.root() + "/var/lib/dpkg' --audit"), "");
+    EXPECT_EQ(test::runCommand("dpkg --admindir=" + ShellQuote::path(device_.root() + "/var/lib/dpkg") + " --audit"), "");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "archive/BuiltInCipherKey.h"
 #include "archive/HistoryText.h"
+#include "platform/ShellQuote.h"
 #include "platform/FileManager.h"
 #include "support/ProgramRun.h"
 #include "support/SampleSessions.h"
@@ -24,7 +25,7 @@ protected:
     }
 
     test::ProgramOutcome view(const std::string& path, const std::string& options = "") const {
-        return test::runProgram("--root " + device_.root() + " inspect " + options + " '" + path + "'");
+        return test::runProgram("--root " + ShellQuote::path(device_.root()) + " inspect " + options + " " + ShellQuote::path(path));
     }
 
     nlohmann::json viewAsJson(const std::string& path) const {
@@ -100,8 +101,8 @@ TEST_F(HistoryViewProgramTest, ANoteAndItsVCardShowEverySessionOfTheDevice) {
 TEST_F(HistoryViewProgramTest, AnEncipheredNoteIsDecipheredWithTheBuiltInPassPhrase) {
     const std::string plain = file("plain.txt", *HistoryText::encode(ArchiveValue::Array{test::fullSession()}));
     const std::string enciphered = folder_ / "enciphered.txt";
-    test::runCommand("openssl enc -e -a -salt -aes-256-cbc -in '" + plain + "' -k '" +
-                     std::string(BuiltInCipherKey::kKeyHex) + "' -out '" + enciphered + "'");
+    test::runCommand("openssl enc -e -a -salt -aes-256-cbc -in " + ShellQuote::path(plain) + " -k '" +
+                     std::string(BuiltInCipherKey::kKeyHex) + "' -out " + ShellQuote::path(enciphered));
 
     const auto outcome = view(enciphered);
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
@@ -118,7 +119,7 @@ TEST_F(HistoryViewProgramTest, ADamagedOrForeignFileIsRefusedClearly) {
         EXPECT_NE(outcome.errors.find("holds no backup history that can be read"), std::string::npos) << outcome.errors;
     }
     EXPECT_EQ(view(folder_ / "missing.stowhvn").status, 1);
-    test::runCommand("truncate -s 65M '" + (folder_ / "huge.stowhvn") + "'");
+    test::runCommand("truncate -s 65M " + ShellQuote::path(folder_ / "huge.stowhvn"));
     const auto huge = view(folder_ / "huge.stowhvn");
     EXPECT_EQ(huge.status, 1);
     EXPECT_NE(huge.errors.find("too large"), std::string::npos) << huge.errors;

@@ -1,6 +1,7 @@
 // The program runs its tools as root: what a stranger's note carries, or what another user
 // put where the program's folders go, never runs and is never deleted or written through.
 
+#include "platform/ShellQuote.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 
@@ -23,15 +24,17 @@ constexpr const char* kNarrowPath = "PATH=/usr/bin:/bin ";
 bool has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 test::ProgramOutcome run(const test::SandboxDevice& device, const std::string& arguments) {
-    return test::runProgram("--root " + device.root() + " " + arguments, kNarrowPath);
+    return test::runProgram("--root " + ShellQuote::path(device.root()) + " " + arguments, kNarrowPath);
 }
 
 // A script that leaves MARKER behind when something runs it.
-std::string plantedTool(const std::string& marker) { return "printf '#!/bin/sh\\ntouch " + marker + "\\n'"; }
+std::string plantedTool(const std::string& marker) {
+    return "printf '#!/bin/sh\\ntouch %s\\n' " + ShellQuote::path(ShellQuote::path(marker));
+}
 
 // Every path under FOLDER, with its size, for telling whether anything changed there.
 std::string listing(const std::string& folder) {
-    return fs::exists(folder) ? test::runCommand("cd '" + folder + "' && find . -printf '%p %s\\n' | sort") : "";
+    return fs::exists(folder) ? test::runCommand("cd " + ShellQuote::path(folder) + " && find . -printf '%p %s\\n' | sort") : "";
 }
 
 bool isPrivateFolder(const std::string& path) {
@@ -56,8 +59,8 @@ TEST(HostileFoldersProgramTest, AnOldNoteIsReadInMemoryAndWhatItCarriesNeverRuns
     const std::string marker = folder / "ifconfig-ran";
     // The package list beside an ifconfig where unpacking in the temporary folder would put it
     // on the search path; members named "./..." as tar writes them from ".".
-    test::runCommand("cd '" + folder.path().string() +
-                     "' && mkdir -p packed/var/mobile packed/tools && cd packed && "
+    test::runCommand("cd " + ShellQuote::path(folder.path().string()) +
+                     " && mkdir -p packed/var/mobile packed/tools && cd packed && "
                      "printf 'Old Tweak\\tcom.old.tweak\\t0.9\\tme\\tTweaks\\tmobilesubstrate\\n' > "
                      "var/mobile/cydiaApps.txt && touch -d '2010-06-01 12:00:00 UTC' var/mobile/cydiaApps.txt && " +
                      plantedTool(marker) + " > tools/ifconfig && chmod 755 tools/ifconfig && " +
@@ -69,7 +72,7 @@ TEST(HostileFoldersProgramTest, AnOldNoteIsReadInMemoryAndWhatItCarriesNeverRuns
     const std::string before = listing(temporary) + listing(tools);
     ASSERT_TRUE(has(before, "plutil")) << "the tool folder is made where the test looks";
 
-    const auto inspect = run(device, "inspect --json '" + (folder / "note.txt") + "'");
+    const auto inspect = run(device, "inspect --json " + ShellQuote::path(folder / "note.txt"));
     ASSERT_EQ(inspect.status, 0) << inspect.errors;
     const auto sessions = nlohmann::json::parse(inspect.output);
     ASSERT_EQ(sessions.size(), 1u);
@@ -79,18 +82,18 @@ TEST(HostileFoldersProgramTest, AnOldNoteIsReadInMemoryAndWhatItCarriesNeverRuns
 
     EXPECT_EQ(run(device, "status").status, 0);
     EXPECT_FALSE(fs::exists(marker)) << "the note's ifconfig ran";
-    EXPECT_EQ(test::runCommand("find '" + device.root() + "' -name ifconfig"), "");
+    EXPECT_EQ(test::runCommand("find " + ShellQuote::path(device.root()) + " -name ifconfig"), "");
 }
 
 TEST(HostileFoldersProgramTest, AnOldNoteThatUnpacksBeyondAnyPackageListIsRefused) {
     const test::SandboxDevice device("minimal");
     const test::TestFolder folder;
     // 80 MiB of zeros, a few dozen KiB once packed.
-    test::runCommand("cd '" + folder.path().string() +
-                     "' && mkdir -p var/mobile && truncate -s 80M var/mobile/cydiaApps.txt && "
+    test::runCommand("cd " + ShellQuote::path(folder.path().string()) +
+                     " && mkdir -p var/mobile && truncate -s 80M var/mobile/cydiaApps.txt && "
                      "tar -czf cydiaApps.tbz var && uuencode -m cydiaApps.tbz cydiaApps.tbz > note.txt");
 
-    const auto inspect = run(device, "--verbose inspect '" + (folder / "note.txt") + "'");
+    const auto inspect = run(device, "--verbose inspect " + ShellQuote::path(folder / "note.txt"));
     EXPECT_EQ(inspect.status, 1);
     EXPECT_TRUE(has(inspect.errors, "holds no backup history that can be read")) << inspect.errors;
     EXPECT_TRUE(has(inspect.errors, "Refused a gzip stream that inflates beyond")) << inspect.errors;
@@ -126,9 +129,11 @@ protected:
 
 TEST_F(ForeignFolderProgramTest, AnotherUsersFolderIsMovedAsideWithItsFilesKept) {
     for (const std::string& path : {temporary_, toolParent_}) {
-        test::runCommand("mkdir -p '" + path + "/tools' && touch '" + path + "/left-1.txt' && " + plantedTool(marker_) +
-                         " > '" + path + "/tools/ifconfig' && chmod 755 '" + path + "/tools/ifconfig' && chmod 0777 '" +
-                         path + "' && chown -R 1234 '" + path + "'");
+        test::runCommand("mkdir -p " + ShellQuote::path(path + "/tools") + " && touch " +
+                         ShellQuote::path(path + "/left-1.txt") + " && " + plantedTool(marker_) + " > " +
+                         ShellQuote::path(path + "/tools/ifconfig") + " && chmod 755 " +
+                         ShellQuote::path(path + "/tools/ifconfig") + " && chmod 0777 " + ShellQuote::path(path) +
+                         " && chown -R 1234 " + ShellQuote::path(path));
     }
 
     const std::string log = runAndCheck();
@@ -147,10 +152,12 @@ TEST_F(ForeignFolderProgramTest, AnotherUsersFolderIsMovedAsideWithItsFilesKept)
 TEST_F(ForeignFolderProgramTest, ALinkIsMovedAsideAndWhatItPointsAtIsLeftAlone) {
     for (const std::string& path : {temporary_, toolParent_}) {
         const std::string target = folder_ / ("target-of-" + fs::path(path).filename().string());
-        test::runCommand("mkdir -p '" + target + "/tools' && touch '" + target + "/left-1.txt' && " +
-                         plantedTool(marker_) + " > '" + target + "/tools/ifconfig' && chmod 755 '" + target +
-                         "/tools/ifconfig' && mkdir -p '" + fs::path(path).parent_path().string() + "' && ln -s '" +
-                         target + "' '" + path + "'");
+        test::runCommand("mkdir -p " + ShellQuote::path(target + "/tools") + " && touch " +
+                         ShellQuote::path(target + "/left-1.txt") + " && " + plantedTool(marker_) + " > " +
+                         ShellQuote::path(target + "/tools/ifconfig") + " && chmod 755 " +
+                         ShellQuote::path(target + "/tools/ifconfig") + " && mkdir -p " +
+                         ShellQuote::path(fs::path(path).parent_path().string()) + " && ln -s " +
+                         ShellQuote::path(target) + " " + ShellQuote::path(path));
     }
     const std::string before = listing(folder_.path().string());
 

@@ -2,6 +2,7 @@
 // file stands over the host's tool, which the shell then can't find or run. The program
 // names the tool at start, and the job that needs it fails naming the tool and the step.
 
+#include "platform/ShellQuote.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 
@@ -27,7 +28,7 @@ test::ProgramOutcome runWithout(const std::string& tool, const std::string& argu
 TEST(MissingToolProgramTest, ABackupWithoutSplitFailsNamingItAndStoresNoSession) {
     if (geteuid() != 0) GTEST_SKIP() << "a mount namespace needs root";
     const test::SandboxDevice device("minimal");
-    const std::string root = "--root " + device.root() + " ";
+    const std::string root = "--root " + ShellQuote::path(device.root()) + " ";
     ASSERT_TRUE(test::turnOnScans(device.root()));
 
     const auto backup = runWithout("split", root + "backup --yes");

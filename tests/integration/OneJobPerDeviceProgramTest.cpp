@@ -2,6 +2,7 @@
 // job, names the running one, and leaves the first one's working files alone; once the
 // first is killed, nothing of it stands in the way.
 
+#include "platform/ShellQuote.h"
 #include "platform/FileManager.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
@@ -21,7 +22,7 @@ namespace fs = std::filesystem;
 class OneJobPerDeviceProgramTest : public ::testing::Test {
 protected:
     test::ProgramOutcome run(const std::string& arguments) const {
-        return test::runProgram("--root " + device_.root() + " " + arguments);
+        return test::runProgram("--root " + ShellQuote::path(device_.root()) + " " + arguments);
     }
 
     const test::SandboxDevice device_{"minimal"};
@@ -30,7 +31,7 @@ protected:
 
 TEST_F(OneJobPerDeviceProgramTest, ASecondProgramRefusesAJobWhileOneRunsAndLeavesItsWorkingFiles) {
     ASSERT_EQ(run("settings AutoScanPkgEnabled true").status, 0);
-    test::TerminalProgram first("--root " + device_.root() + " --verbose backup --yes");
+    test::TerminalProgram first("--root " + ShellQuote::path(device_.root()) + " --verbose backup --yes");
     ASSERT_TRUE(first.waitFor("Creating data dir for <Preferences>")) << first.screen();
     first.signal(SIGSTOP);
     // Working files of the running job, named as the sweeps at start delete them.

@@ -1,3 +1,4 @@
+#include "platform/ShellQuote.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 
@@ -13,7 +14,7 @@ using Outcome = test::ProgramOutcome;
 using test::runProgram;
 
 nlohmann::json catalogueOf(const std::string& root) {
-    const Outcome listing = runProgram("--root " + root + " packages --json");
+    const Outcome listing = runProgram("--root " + ShellQuote::path(root) + " packages --json");
     EXPECT_EQ(listing.status, 0) << listing.output;
     return nlohmann::json::parse(listing.output);
 }
@@ -102,7 +103,7 @@ TEST_F(ProgramTest, FirmwareIsJudgedAgainstTheDevicesOwnSystemVersion) {
 }
 
 TEST_F(ProgramTest, TheTableHasAHeadingWithItsCountForEachSection) {
-    const Outcome listing = runProgram("--root " + device_->root() + " packages");
+    const Outcome listing = runProgram("--root " + ShellQuote::path(device_->root()) + " packages");
     ASSERT_EQ(listing.status, 0) << listing.output;
     EXPECT_NE(listing.output.find("\nArchiving (2)\n"), std::string::npos) << listing.output;
     EXPECT_NE(listing.output.find("\nTweaks (3)\n"), std::string::npos) << listing.output;
@@ -111,7 +112,7 @@ TEST_F(ProgramTest, TheTableHasAHeadingWithItsCountForEachSection) {
 }
 
 TEST_F(ProgramTest, TheRootMayComeFromTheEnvironment) {
-    const Outcome listing = runProgram("packages", "STOWHAVEN_ROOT=" + device_->root() + " ");
+    const Outcome listing = runProgram("packages", "STOWHAVEN_ROOT=" + ShellQuote::path(device_->root()) + " ");
     ASSERT_EQ(listing.status, 0) << listing.output;
     EXPECT_NE(listing.output.find("mobilesubstrate"), std::string::npos);
     EXPECT_EQ(listing.output.find("coreutils"), std::string::npos) << "the host's own packages stay out";
@@ -119,14 +120,14 @@ TEST_F(ProgramTest, TheRootMayComeFromTheEnvironment) {
 
 TEST_F(ProgramTest, RefusesToRunWithoutRoot) {
     const Outcome outcome =
-        runProgram("--root " + device_->root() + " packages", "setpriv --reuid=65534 --regid=65534 --clear-groups ");
+        runProgram("--root " + ShellQuote::path(device_->root()) + " packages", "setpriv --reuid=65534 --regid=65534 --clear-groups ");
     EXPECT_EQ(outcome.status, 255);
     EXPECT_NE(outcome.errors.find("must run as root"), std::string::npos) << outcome.errors;
 }
 
 TEST_F(ProgramTest, RefusesARootThatIsNoFolderOrCouldBreakACommand) {
     EXPECT_EQ(runProgram("--root /nonexistent/device packages").status, 2);
-    EXPECT_EQ(runProgram("--root '" + device_->root() + "/a b' packages").status, 2);
+    EXPECT_EQ(runProgram("--root " + ShellQuote::path(device_->root() + "/a b") + " packages").status, 2);
 }
 
 TEST_F(ProgramTest, AnswersVersionAndHelpWithoutADevice) {

@@ -1,3 +1,4 @@
+#include "platform/ShellQuote.h"
 #include "platform/FileManager.h"
 #include "platform/PreferenceStore.h"
 #include "support/ProgramRun.h"
@@ -22,7 +23,7 @@ using Outcome = test::ProgramOutcome;
 class SettingsProgramTest : public ::testing::Test {
 protected:
     Outcome run(const std::string& arguments) const {
-        return test::runProgram("--root " + device_.root() + " " + arguments);
+        return test::runProgram("--root " + ShellQuote::path(device_.root()) + " " + arguments);
     }
     // Runs a command that must succeed and answers what it printed.
     std::string output(const std::string& arguments) const {
@@ -183,13 +184,13 @@ TEST_F(SettingsProgramTest, OpenRunsTheAutomaticBackupForThisRunOnlyAndOffersAFi
     const std::string history = device_.path("/var/mobile/Downloads/2015-01-01_10~00~00.stowhvn");
     ASSERT_TRUE(FileManager::createDirectory(device_.path("/var/mobile/Downloads"), true));
     ASSERT_TRUE(FileManager::writeFile(history, "history"));
-    const Outcome unanswered = run("open " + history);
+    const Outcome unanswered = run("open " + ShellQuote::path(history));
     EXPECT_EQ(unanswered.status, 2);
     EXPECT_NE(unanswered.errors.find("--yes"), std::string::npos) << unanswered.errors;
-    EXPECT_EQ(output("open --yes " + history), "Nothing was imported.\n") << "the file holds no session";
+    EXPECT_EQ(output("open --yes " + ShellQuote::path(history)), "Nothing was imported.\n") << "the file holds no session";
 
     EXPECT_EQ(run("open stowhaven://restore").status, 2);
-    EXPECT_EQ(run("open " + device_.path("/var/mobile/Downloads/missing.stowhvn")).status, 2);
+    EXPECT_EQ(run("open " + ShellQuote::path(device_.path("/var/mobile/Downloads/missing.stowhvn"))).status, 2);
 }
 
 // A reset asked for in the settings ends the next start once its alert is told, and the

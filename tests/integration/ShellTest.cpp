@@ -57,7 +57,7 @@ protected:
 // The program keeps its own files private; the device's files keep their usual modes.
 TEST_F(ShellTest, TheDevicesToolsWriteWithTheDevicesUsualModesWhateverTheProgramsUmask) {
     const mode_t saved = umask(077);
-    shell_.systemExecute("echo status > " + (folder_ / "status") + "; mkdir " + (folder_ / "lists"));
+    shell_.systemExecute("echo status > " + ShellQuote::path(folder_ / "status") + "; mkdir " + ShellQuote::path(folder_ / "lists"));
     umask(saved);
     EXPECT_EQ(FileManager::attributesOfItem(folder_ / "status")->permissions & 0777, 0644u);
     EXPECT_EQ(FileManager::attributesOfItem(folder_ / "lists")->permissions & 0777, 0755u);
@@ -67,7 +67,7 @@ TEST_F(ShellTest, TheDevicesToolsWriteWithTheDevicesUsualModesWhateverTheProgram
 // alone.
 TEST_F(ShellTest, ToolsSeeNeitherTheUsersKeyNorTheTemporaryFolderOnTheirPath) {
     ASSERT_EQ(setenv("STOWHAVEN_KEY", "secret", 1), 0);
-    shell_.systemExecute("env > " + (folder_ / "env.txt"));
+    shell_.systemExecute("env > " + ShellQuote::path(folder_ / "env.txt"));
     unsetenv("STOWHAVEN_KEY");
     const std::string environment = "\n" + contentsOf(folder_ / "env.txt");
     EXPECT_EQ(environment.find("secret"), std::string::npos) << environment;
@@ -93,7 +93,7 @@ TEST_F(ShellTest, NothingReachesTheTerminalWhateverTheCommandDoes) {
 TEST_F(ShellTest, ALineWhoseFolderChangeFailsStaysInTheProgramsOwnFolder) {
     const std::string outside = folder_ / "victim-1";
     std::ofstream(outside) << "keep";
-    shell_.systemExecute("cd \"" + (folder_ / "missing") + "\"; touch here-1");
+    shell_.systemExecute("cd " + ShellQuote::path(folder_ / "missing") + "; touch here-1");
     EXPECT_TRUE(fs::exists(outside));
     EXPECT_TRUE(fs::exists(TemporaryDirectory::path() + "/here-1"));
 }
@@ -113,7 +113,7 @@ TEST_F(ShellTest, HostileValuesStayInertBetweenDoubleQuotes) {
     };
     for (const std::string& name : hostile) {
         const std::string safeName = std::to_string(std::hash<std::string>{}(name));
-        shell_.systemExecute("printf %s \"" + ShellQuote::inDoubleQuotes(name) + "\" > \"" + files + "/" + safeName +
+        shell_.systemExecute("printf %s \"" + ShellQuote::inDoubleQuotes(name) + "\" > \"" + ShellQuote::inDoubleQuotes(files) + "/" + safeName +
                              "\"");
         EXPECT_EQ(contentsOf(files + "/" + safeName), name) << name;
     }

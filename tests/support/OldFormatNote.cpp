@@ -1,6 +1,7 @@
 #include "support/OldFormatNote.h"
 
 #include "platform/FileManager.h"
+#include "platform/ShellQuote.h"
 #include "platform/plist/PlistCodec.h"
 #include "support/SandboxDevice.h"
 
@@ -17,9 +18,9 @@ std::string oldFormatNote(const std::string& folder, const std::string& rawData)
         PlistCodec::writeFile(packed + "/tmp/com.apple.springboard.plist",
                               PlistValue::Dictionary{{"SBShowBatteryPercentage", true}}, PlistFormat::Xml, 0644);
     if (!written) throw std::runtime_error("couldn't lay out an old note in " + folder);
-    runCommand("touch -d '2010-06-01 12:00:00 UTC' '" + packed + "/var/mobile/cydiaApps.txt'");
-    runCommand("tar -C '" + packed + "' -czf '" + folder + "/cydiaApps.tbz' var tmp");
-    return runCommand("cd '" + folder + "' && uuencode -m cydiaApps.tbz cydiaApps.tbz");
+    runCommand("touch -d '2010-06-01 12:00:00 UTC' " + ShellQuote::path(packed + "/var/mobile/cydiaApps.txt"));
+    runCommand("tar -C " + ShellQuote::path(packed) + " -czf " + ShellQuote::path(folder + "/cydiaApps.tbz") + " var tmp");
+    return runCommand("cd " + ShellQuote::path(folder) + " && uuencode -m cydiaApps.tbz cydiaApps.tbz");
 }
 
 }  // namespace stowhaven::test

@@ -1,5 +1,6 @@
 #include "support/ProgramRun.h"
 
+#include "platform/ShellQuote.h"
 #include "support/TestFolder.h"
 
 #include <sys/wait.h>
@@ -13,7 +14,7 @@ namespace stowhaven::test {
 ProgramOutcome runProgram(const std::string& arguments, const std::string& environment) {
     const TestFolder folder;
     const std::string errorsFile = folder / "errors.txt";
-    const std::string command = environment + STOWHAVEN_PROGRAM + " " + arguments + " 2>" + errorsFile;
+    const std::string command = environment + STOWHAVEN_PROGRAM + " " + arguments + " 2>" + ShellQuote::path(errorsFile);
     FILE* pipe = popen(command.c_str(), "r");
     std::string output;
     char buffer[4096];
@@ -26,7 +27,7 @@ ProgramOutcome runProgram(const std::string& arguments, const std::string& envir
 
 bool turnOnScans(const std::string& root) {
     for (const char* key : {"AutoScanPkgEnabled", "AutoScanStockAppsEnabled", "AutoScanOtherOptionsEnabled"}) {
-        if (runProgram("--root " + root + " settings " + key + " true").status != 0) return false;
+        if (runProgram("--root " + ShellQuote::path(root) + " settings " + key + " true").status != 0) return false;
     }
     return true;
 }

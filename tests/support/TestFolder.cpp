@@ -10,8 +10,7 @@ namespace stowhaven::test {
 TestFolder::TestFolder() {
     // A blank and a quote in every test's folder, as a user's folder may hold them: each
     // command line of the program must still read the paths as one word each.
-    const char* name = std::getenv("STOWHAVEN_TEST_HOSTILE_FOLDERS") ? "stowhaven test's XXXXXX" : "stowhaven-test-XXXXXX";
-    std::string pattern = (std::filesystem::path(::testing::TempDir()) / name).string();
+    std::string pattern = (std::filesystem::path(::testing::TempDir()) / "stowhaven test's XXXXXX").string();
     if (mkdtemp(pattern.data()) == nullptr) throw std::system_error(errno, std::generic_category(), pattern);
     path_ = pattern;
 }

@@ -11,6 +11,7 @@
 #include "items/ArchivableFolder.h"
 #include "platform/DeviceRoot.h"
 #include "platform/FileManager.h"
+#include "platform/ShellQuote.h"
 #include "platform/TemporaryDirectory.h"
 #include "storage/StorageLayout.h"
 #include "storage/local/LocalStorageHelper.h"
@@ -37,7 +38,7 @@ constexpr const char* kContainer = "/var/mobile/Containers/Data/Application/7A1D
 // The members of an archive that are files, as tar lists them.
 std::set<std::string> fileMembers(const std::string& archive, const std::string& readFlags) {
     std::set<std::string> members;
-    for (const std::string& member : test::linesOf(test::runCommand("tar -t" + readFlags + "f '" + archive + "'"))) {
+    for (const std::string& member : test::linesOf(test::runCommand("tar -t" + readFlags + "f " + ShellQuote::path(archive)))) {
         if (!member.ends_with('/')) members.insert(member);
     }
     return members;
@@ -101,7 +102,7 @@ protected:
         const std::string innerPath = "var/tmp/stowhaven/" + folder.archiveName() + ".tar";
         EXPECT_EQ(fileMembers(archive, "j"), std::set<std::string>{innerPath});
         EXPECT_FALSE(FileManager::fileExists(scope_.path("/" + innerPath))) << "the inner tar is not left behind";
-        test::runCommand("tar -xjf '" + archive + "' -C '" + work_.path().string() + "'");
+        test::runCommand("tar -xjf " + ShellQuote::path(archive) + " -C " + ShellQuote::path(work_.path().string()));
         return fileMembers(work_ / innerPath, "");
     }
 

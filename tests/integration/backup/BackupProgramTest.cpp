@@ -1,5 +1,6 @@
 // "stowhaven backup" on a sandbox device with local storage, and what it leaves there.
 
+#include "platform/ShellQuote.h"
 #include "platform/FileManager.h"
 #include "support/FolderSnapshot.h"
 #include "support/ProgramRun.h"
@@ -25,7 +26,7 @@ protected:
     }
 
     test::ProgramOutcome run(const std::string& arguments, const std::string& environment = "") const {
-        return test::runProgram("--root " + device_.root() + " " + arguments, environment);
+        return test::runProgram("--root " + ShellQuote::path(device_.root()) + " " + arguments, environment);
     }
 
     std::vector<std::string> stored() const {

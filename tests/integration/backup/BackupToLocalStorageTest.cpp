@@ -2,6 +2,7 @@
 // with tar. (The program's own round trip covers the other kinds.)
 
 #include "backup/BackupOperation.h"
+#include "platform/ShellQuote.h"
 #include "support/OperationRun.h"
 #include "core/CydiaFileManager.h"
 #include "core/ProcessFlags.h"
@@ -58,8 +59,9 @@ protected:
     // The members of a kind's archive, its parts joined, as tar lists them.
     std::vector<std::string> membersOf(const std::string& kind) {
         const std::string joined = work_.path().string() + "/" + kind + ".joined";
-        test::runCommand("cd '" + sessionDirectory() + "/" + kind + "' && cat " + kind + "-??? > '" + joined + "'");
-        return test::linesOf(test::runCommand("tar -tf '" + joined + "'"));
+        test::runCommand("cd " + ShellQuote::path(sessionDirectory() + "/" + kind) + " && cat " + kind + "-??? > " +
+                         ShellQuote::path(joined));
+        return test::linesOf(test::runCommand("tar -tf " + ShellQuote::path(joined)));
     }
 
     std::string sessionDirectory() const {

@@ -11,6 +11,7 @@
 #include "core/Supervisor.h"
 #include "items/DeviceItems.h"
 #include "platform/FileManager.h"
+#include "platform/ShellQuote.h"
 #include "platform/TemporaryDirectory.h"
 #include "storage/StorageEngines.h"
 #include "storage/StorageLayout.h"
@@ -103,7 +104,7 @@ protected:
     }
 
     static std::vector<std::string> membersOf(const std::string& archive) {
-        return test::linesOf(test::runCommand("tar -tf '" + archive + "'"));
+        return test::linesOf(test::runCommand("tar -tf " + ShellQuote::path(archive)));
     }
 
     test::SandboxDevice device_;
@@ -249,11 +250,11 @@ TEST_F(DataBackupOperationTest, WithEncryptionOnThePartsOpenWithTheBuiltInPassPh
     ASSERT_GT(storedIndex("NOTES").size(), 1u);
     const std::string enciphered = joinedParts("NOTES");
     const std::string deciphered = work_ / "notes.tar";
-    test::runCommand("openssl enc -d -a -salt -aes-256-cbc -in '" + enciphered + "' -out '" + deciphered + "' -k '" +
+    test::runCommand("openssl enc -d -a -salt -aes-256-cbc -in " + ShellQuote::path(enciphered) + " -out " + ShellQuote::path(deciphered) + " -k '" +
                      std::string(BuiltInCipherKey::kKeyHex) + "' 2>/dev/null");
     const std::string unpacked = work_ / "unpacked";
     fs::create_directories(unpacked);
-    test::runCommand("tar -xf '" + deciphered + "' -C '" + unpacked + "'");
+    test::runCommand("tar -xf " + ShellQuote::path(deciphered) + " -C " + ShellQuote::path(unpacked));
     EXPECT_EQ(FileManager::contentsOfFile(unpacked + "/var/mobile/Library/Notes/notes.sqlite"), notesBytes);
 }
 

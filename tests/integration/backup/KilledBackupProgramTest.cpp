@@ -3,6 +3,7 @@
 // every history file on the storage reads, the settings read, and the next start clears
 // what the killed run left half written.
 
+#include "platform/ShellQuote.h"
 #include "platform/FileManager.h"
 #include "platform/plist/PlistCodec.h"
 #include "support/FolderSnapshot.h"
@@ -54,12 +55,12 @@ protected:
     ~KilledBackupProgramTest() override { prctl(PR_SET_CHILD_SUBREAPER, 0); }
 
     test::ProgramOutcome run(const std::string& arguments) const {
-        return test::runProgram("--root " + device_.root() + " " + arguments);
+        return test::runProgram("--root " + ShellQuote::path(device_.root()) + " " + arguments);
     }
 
     void killBackupAt(const std::string& step) const {
         waitForTheNextSecond();
-        test::TerminalProgram backup("--root " + device_.root() + " --verbose backup --yes");
+        test::TerminalProgram backup("--root " + ShellQuote::path(device_.root()) + " --verbose backup --yes");
         ASSERT_TRUE(backup.waitFor(step)) << backup.screen();
         backup.signal(SIGKILL);
         EXPECT_EQ(backup.finish(), -1);
@@ -71,7 +72,7 @@ protected:
         for (const std::string& name :
              FileManager::contentsOfDirectory(storage_).value_or(std::vector<std::string>{})) {
             if (!name.ends_with(".stowhvn")) continue;
-            const auto outcome = run("inspect '" + storage_ + "/" + name + "'");
+            const auto outcome = run("inspect " + ShellQuote::path(storage_ + "/" + name));
             EXPECT_EQ(outcome.status, 0) << name << ": " << outcome.errors;
             EXPECT_NE(outcome.output.find("Session 1 of 1"), std::string::npos) << name << ": " << outcome.output;
         }

@@ -4,6 +4,7 @@
 
 #include "archive/HistoryText.h"
 #include "platform/FileManager.h"
+#include "platform/ShellQuote.h"
 #include "storage/StorageLayout.h"
 #include "support/ProgramRun.h"
 #include "support/SampleSessions.h"
@@ -33,7 +34,7 @@ TEST(AdjacentSessionsProgramTest, SessionsInAdjacentSecondsAreListedApart) {
                                            *HistoryText::encode(session)));
     }
 
-    const auto history = test::runProgram("--root " + device.root() + " history");
+    const auto history = test::runProgram("--root " + ShellQuote::path(device.root()) + " history");
 
     ASSERT_EQ(history.status, 0) << history.errors;
     EXPECT_NE(history.output.find("2 session(s)"), std::string::npos) << history.output;

@@ -2,6 +2,7 @@
 
 #include "archive/HistoryText.h"
 #include "core/BackupSession.h"
+#include "platform/ShellQuote.h"
 #include "platform/FileManager.h"
 #include "storage/StorageLayout.h"
 #include "support/ProgramRun.h"
@@ -24,7 +25,7 @@ protected:
     }
 
     test::ProgramOutcome run(const std::string& arguments) const {
-        return test::runProgram("--root " + device_.root() + " " + arguments);
+        return test::runProgram("--root " + ShellQuote::path(device_.root()) + " " + arguments);
     }
 
     // A session of that date with that title and one package, on the device's local storage.
@@ -102,7 +103,7 @@ TEST_F(StatusAndHistoryProgramTest, WithAStoredEngineThatCantStartTheCommandsWor
     EXPECT_EQ(nlohmann::json::parse(history.output).size(), 2u);
 
     const std::string card = device_.path("/var/mobile/Second.vcf");
-    const auto share = run("share vcard " + card);
+    const auto share = run("share vcard " + ShellQuote::path(card));
     ASSERT_EQ(share.status, 0) << share.errors;
     EXPECT_TRUE(told(share)) << share.errors;
     EXPECT_NE(FileManager::contentsOfFile(card).value_or("").find("BEGIN:VCARD"), std::string::npos);

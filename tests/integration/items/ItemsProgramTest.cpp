@@ -1,3 +1,4 @@
+#include "platform/ShellQuote.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 
@@ -15,7 +16,7 @@ bool lists(const nlohmann::json& list, const std::string& key, const std::string
 
 TEST(ItemsProgramTest, TheDemoDeviceHasAnItemOfEveryKindInJsonAndInText) {
     const test::SandboxDevice device("demo");
-    const auto outcome = test::runProgram("--root " + device.root() + " items --json");
+    const auto outcome = test::runProgram("--root " + ShellQuote::path(device.root()) + " items --json");
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     const nlohmann::json items = nlohmann::json::parse(outcome.output);
 
@@ -32,7 +33,7 @@ TEST(ItemsProgramTest, TheDemoDeviceHasAnItemOfEveryKindInJsonAndInText) {
     ASSERT_NE(clips, folders.end());
     EXPECT_TRUE(lists((*clips)["contents"], "title", "Tides"));
 
-    const auto text = test::runProgram("--root " + device.root() + " items");
+    const auto text = test::runProgram("--root " + ShellQuote::path(device.root()) + " items");
     ASSERT_EQ(text.status, 0) << text.errors;
     for (const char* line : {"Applications (3)", "[ ] Lighthouse (org.harbourgames.lighthouse)  0Mb",
                              "SpringBoard files (", "Sources (5)", "[ ] Ringtones (Cydia)  /Library/Ringtones/"}) {

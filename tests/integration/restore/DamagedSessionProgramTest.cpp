@@ -3,6 +3,7 @@
 // log, nothing of it is unpacked, the rest of the restore goes on and the job ends with
 // status 1.
 
+#include "platform/ShellQuote.h"
 #include "platform/FileManager.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
@@ -30,7 +31,7 @@ protected:
     }
 
     test::ProgramOutcome run(const std::string& arguments) const {
-        return test::runProgram("--root " + device_.root() + " " + arguments);
+        return test::runProgram("--root " + ShellQuote::path(device_.root()) + " " + arguments);
     }
     std::string keyFile() const { return (work_.path() / "key").string(); }
 
@@ -59,7 +60,7 @@ TEST_F(DamagedSessionProgramTest, AKindWithAPartMissingOrCutShortIsNotUnpackedAn
     // The notes in three parts, the middle one lost; the calendar's only part cut in half.
     const std::string notes = kindFolder("NOTES");
     const auto size = fs::file_size(notes + "/NOTES-000");
-    test::runCommand("cd '" + notes + "' && split -b " + std::to_string(size / 3 + 1) +
+    test::runCommand("cd " + ShellQuote::path(notes) + " && split -b " + std::to_string(size / 3 + 1) +
                      " -d -a 3 NOTES-000 part- && rm NOTES-000 part-001 && mv part-000 NOTES-000 && "
                      "mv part-002 NOTES-002 && printf 'NOTES-000\\nNOTES-001\\nNOTES-002\\n' > ../NOTES.idx");
     const std::string calendar = kindFolder("CALENDAR") + "/CALENDAR-000";
@@ -83,15 +84,15 @@ TEST_F(DamagedSessionProgramTest, AKindWithAPartMissingOrCutShortIsNotUnpackedAn
 
 TEST_F(DamagedSessionProgramTest, AnArchiveEncipheredUnderAnotherKeyIsNotUnpacked) {
     ASSERT_EQ(run("settings EncryptBackupEnabled true").status, 0);
-    backUp("--key-file " + keyFile());
+    backUp("--key-file " + ShellQuote::path(keyFile()));
     const std::string notes = kindFolder("NOTES") + "/NOTES-000";
     const std::string plain = (work_.path() / "notes.tar").string();
-    test::runCommand("tar -cf '" + plain + "' -C '" + device_.root() + "' var/mobile/Library/Notes");
-    test::runCommand("openssl enc -e -a -salt -aes-256-cbc -pbkdf2 -in '" + plain + "' -k another -out '" + notes + "'");
+    test::runCommand("tar -cf " + ShellQuote::path(plain) + " -C " + ShellQuote::path(device_.root()) + " var/mobile/Library/Notes");
+    test::runCommand("openssl enc -e -a -salt -aes-256-cbc -pbkdf2 -in " + ShellQuote::path(plain) + " -k another -out " + ShellQuote::path(notes));
     removeFromDevice("/var/mobile/Library/Notes");
     removeFromDevice("/var/mobile/Library/Safari");
 
-    const auto restore = run("restore --yes --key-file " + keyFile());
+    const auto restore = run("restore --yes --key-file " + ShellQuote::path(keyFile()));
 
     EXPECT_EQ(restore.status, 1) << restore.output << restore.errors;
     EXPECT_NE(restore.output.find("failed             Notes data: its archive couldn't be deciphered"),

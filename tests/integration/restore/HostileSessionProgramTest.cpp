@@ -8,6 +8,7 @@
 #include "core/SessionHistory.h"
 #include "items/ArchivableFolder.h"
 #include "items/ArchivableFolderTable.h"
+#include "platform/ShellQuote.h"
 #include "platform/FileManager.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
@@ -54,7 +55,7 @@ protected:
     }
 
     static test::ProgramOutcome run(const test::SandboxDevice& device, const std::string& arguments) {
-        return test::runProgram("--root " + device.root() + " " + arguments);
+        return test::runProgram("--root " + ShellQuote::path(device.root()) + " " + arguments);
     }
 
     test::ProgramOutcome restore() const { return run(device_, "--verbose restore --yes"); }
@@ -81,7 +82,7 @@ protected:
     // A tar of the staging folder made by TAR_ARGUMENTS, as one more command line runs it.
     std::string makeTar(const std::string& name, const std::string& tarArguments) const {
         const std::string archive = work_ / name;
-        test::runCommand("cd '" + staging_.path().string() + "' && tar -cf '" + archive + "' " + tarArguments);
+        test::runCommand("cd " + ShellQuote::path(staging_.path().string()) + " && tar -cf " + ShellQuote::path(archive) + " " + tarArguments);
         return archive;
     }
 
@@ -125,7 +126,7 @@ TEST_F(HostileSessionProgramTest, NamesThatLeaveTheKindsFolderStayInTheArchive) 
                                                      "var/mobile/Library/Preferences/planted.plist "
                                                      "var/mobile/Library/NotesEvil/b.txt");
     for (const char* transform : {"s,^,var/mobile/Library/Notes/../../../../,", "s,^,/,"}) {
-        test::runCommand("cd '" + staging_.path().string() + "' && tar -rf '" + archive + "' -P --transform='" +
+        test::runCommand("cd " + ShellQuote::path(staging_.path().string()) + " && tar -rf " + ShellQuote::path(archive) + " -P --transform='" +
                          transform + "' outside.txt");
     }
     storeKind("NOTES", archive);
@@ -166,8 +167,8 @@ TEST_F(HostileSessionProgramTest, AHardLinkToAFileOutsideIsNeitherMadeNorGivenTo
     const std::string archive = makeTar("hardlink.tar", "etc/victim var/mobile/Library/Notes/kept.txt");
     // The link is stored after its target, which then goes: the link points out of the archive.
     fs::create_hard_link(staging_.path() / "etc/victim", staging_.path() / "var/mobile/Library/Notes/h");
-    test::runCommand("cd '" + staging_.path().string() + "' && tar -rf '" + archive +
-                     "' etc/victim var/mobile/Library/Notes/h && tar --delete -f '" + archive + "' etc/victim");
+    test::runCommand("cd " + ShellQuote::path(staging_.path().string()) + " && tar -rf " + ShellQuote::path(archive) +
+                     " etc/victim var/mobile/Library/Notes/h && tar --delete -f " + ShellQuote::path(archive) + " etc/victim");
     storeKind("NOTES", archive);
 
     const auto outcome = restore();
@@ -219,7 +220,7 @@ TEST_F(HostileSessionProgramTest, AFolderPlacedBySessionOutsideItsKindIsNeitherU
     EXPECT_NE(outcome.errors.find("the session places it at </tmp/victim>"), std::string::npos);
 
     // Handed in as another application hands a file, and restored from the main screen.
-    test::TerminalProgram terminal("--root " + device_.root() + " --verbose open --yes " + handedIn);
+    test::TerminalProgram terminal("--root " + ShellQuote::path(device_.root()) + " --verbose open --yes " + ShellQuote::path(handedIn));
     ASSERT_TRUE(terminal.waitFor("0) Quit")) << terminal.screen();
     terminal.type("1\n");
     ASSERT_TRUE(terminal.waitFor("1) Dismiss")) << terminal.screen();
@@ -235,12 +236,12 @@ TEST_F(HostileSessionProgramTest, AStoredSetUserIdFileComesBackAsAPlainFileOfThe
     // The place belongs to the account of the telephony, as on a device.
     const std::string place = device_.path("/var/wireless/Library/CallHistory");
     fs::create_directories(place);
-    test::runCommand("chown 25:25 '" + place + "'");
+    test::runCommand("chown 25:25 " + ShellQuote::path(place));
     stage("var/wireless/Library/CallHistory/call_history.db", "calls");
     fs::permissions(staging_.path() / "var/wireless/Library/CallHistory/call_history.db",
                     fs::perms::owner_all | fs::perms::set_uid | fs::perms::set_gid | fs::perms::others_exec);
-    test::runCommand("chown " + std::to_string(kStranger) + " '" + staging_.path().string() +
-                     "/var/wireless/Library/CallHistory/call_history.db'");
+    test::runCommand("chown " + std::to_string(kStranger) + " " +
+                     ShellQuote::path(staging_.path().string() + "/var/wireless/Library/CallHistory/call_history.db"));
     storeKind("PHONE", makeTar("phone.tar", "var/wireless/Library/CallHistory/call_history.db"));
 
     restore();
@@ -256,17 +257,17 @@ TEST_F(HostileSessionProgramTest, AListingCutShortByAFullTemporaryFolderUnpacksN
     // temporary folder can hold: the copy ends between two members, as a whole archive would.
     const std::string temporary = device_.path("/var/tmp/stowhaven");
     fs::create_directories(temporary);
-    if (std::system(("mount -t tmpfs -o size=304k,mode=0700 tmpfs '" + temporary + "'").c_str()) != 0) {
+    if (std::system(("mount -t tmpfs -o size=304k,mode=0700 tmpfs " + ShellQuote::path(temporary)).c_str()) != 0) {
         GTEST_SKIP() << "no tmpfs can be mounted here";
     }
     stage("var/mobile/Library/Notes/a", std::string(300 * 1024 - 512, 'a'));
     stage("etc/planted", "not a note");
     const std::string archive = makeTar("full.tar", "var/mobile/Library/Notes/a etc/planted");
-    test::runCommand("bzip2 '" + archive + "'");
+    test::runCommand("bzip2 " + ShellQuote::path(archive));
     storeKind("NOTES", archive + ".bz2");
 
     const auto outcome = restore();
-    std::system(("umount -l '" + temporary + "'").c_str());
+    std::system(("umount -l " + ShellQuote::path(temporary)).c_str());
 
     EXPECT_FALSE(fs::exists(device_.path("/etc/planted")));
     EXPECT_FALSE(fs::exists(device_.path("/var/mobile/Library/Notes/a")));

@@ -8,6 +8,7 @@
 #include "core/CydiaFileManager.h"
 #include "core/ProcessFlags.h"
 #include "platform/FileManager.h"
+#include "platform/ShellQuote.h"
 #include "support/CatalogueFixture.h"
 
 #include <gtest/gtest.h>
@@ -59,8 +60,8 @@ protected:
 
     // "<version> <status>" of the package in the device's database, empty when it has none.
     std::string installed(const std::string& identifier) const {
-        return test::runCommand("DPKG_ADMINDIR=" + device_.root() +
-                                "/var/lib/dpkg dpkg-query -W -f='${Version} ${Status}' " + identifier +
+        return test::runCommand("DPKG_ADMINDIR=" + ShellQuote::path(device_.root() + "/var/lib/dpkg") +
+                                " dpkg-query -W -f='${Version} ${Status}' " + identifier +
                                 " 2>/dev/null || true");
     }
 

@@ -1,5 +1,6 @@
 // The program on the address book, and a session carried to another device as a vCard.
 
+#include "platform/ShellQuote.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 
@@ -13,7 +14,7 @@ constexpr const char* kTweak = "net.tinkerlane.quietbadges";
 bool has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 test::ProgramOutcome run(const test::SandboxDevice& device, const std::string& arguments) {
-    return test::runProgram("--root " + device.root() + " " + arguments);
+    return test::runProgram("--root " + ShellQuote::path(device.root()) + " " + arguments);
 }
 
 // The packages are scanned, as on an owner's device.
@@ -22,7 +23,7 @@ void scanPackages(const test::SandboxDevice& device) {
 }
 
 std::string tweakStatus(const test::SandboxDevice& device) {
-    return test::runCommand("DPKG_ADMINDIR=" + device.path("/var/lib/dpkg") +
+    return test::runCommand("DPKG_ADMINDIR=" + ShellQuote::path(device.path("/var/lib/dpkg")) +
                             " dpkg-query -W -f '${db:Status-Status}' " + kTweak + " 2>/dev/null || true");
 }
 
@@ -41,7 +42,7 @@ TEST(AddressBookProgramTest, BacksUpListsAndRestoresTheDevicesPackagesFromTheCon
     EXPECT_TRUE(has(history.output, "In the contacts"));
     EXPECT_TRUE(has(run(device, "status").output, "In the contacts"));
 
-    test::runCommand("dpkg --root=" + device.root() + " --admindir=" + device.path("/var/lib/dpkg") +
+    test::runCommand("dpkg --root=" + ShellQuote::path(device.root()) + " --admindir=" + ShellQuote::path(device.path("/var/lib/dpkg")) +
                      " --force-depends --remove " + kTweak + " > /dev/null 2>&1");
     ASSERT_NE(tweakStatus(device), "installed");
     const auto restore = run(device, "restore --yes");
@@ -56,13 +57,13 @@ TEST(AddressBookProgramTest, AVCardSharedOnOneDeviceImportsOnAnotherAndReadsBack
     ASSERT_EQ(run(device, "backup --yes --title Shared").status, 0);
     const std::string vCard = device.root() + "/../Stow Haven.vcf";
 
-    const auto share = run(device, "share vcard '" + vCard + "'");
+    const auto share = run(device, "share vcard " + ShellQuote::path(vCard));
     ASSERT_EQ(share.status, 0) << share.errors;
-    const auto inspect = run(other, "inspect '" + vCard + "'");
+    const auto inspect = run(other, "inspect " + ShellQuote::path(vCard));
     ASSERT_EQ(inspect.status, 0) << inspect.errors;
     EXPECT_TRUE(has(inspect.output, "Shared")) << inspect.output;
 
-    const auto imported = run(other, "open --yes '" + vCard + "'");
+    const auto imported = run(other, "open --yes " + ShellQuote::path(vCard));
     ASSERT_EQ(imported.status, 0) << imported.errors;
     EXPECT_TRUE(has(imported.output, "Imported: Shared [IMPORTED DATA]!")) << imported.output;
 }

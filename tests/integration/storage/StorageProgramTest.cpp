@@ -1,3 +1,4 @@
+#include "platform/ShellQuote.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 
@@ -9,7 +10,7 @@ namespace {
 class StorageProgramTest : public ::testing::Test {
 protected:
     test::ProgramOutcome run(const std::string& arguments) const {
-        return test::runProgram("--root " + device_.root() + " " + arguments);
+        return test::runProgram("--root " + ShellQuote::path(device_.root()) + " " + arguments);
     }
 
     test::SandboxDevice device_{"minimal"};

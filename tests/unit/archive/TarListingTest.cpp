@@ -1,4 +1,5 @@
 #include "archive/TarListing.h"
+#include "platform/ShellQuote.h"
 #include "support/SandboxDevice.h"
 #include "support/TestFolder.h"
 #include "support/TextLines.h"
@@ -76,7 +77,7 @@ public:
         add(notes + "latest", {Type::SymbolicLink, symbolicTarget, 0});
         add(notes + "same.sqlite", {Type::HardLink, hardTarget, 0});
 
-        std::string command = "tar -C '" + root("") + "' --format=" + format + " --no-recursion -cf '" + archive_ + "'";
+        std::string command = "tar -C " + ShellQuote::path(root("")) + " --format=" + format + " --no-recursion -cf " + ShellQuote::path(archive_);
         if (!ustar) command += " --sparse";
         // The pax sparse format that hides the real name behind a stand-in in the header.
         if (format == "pax") command += " --sparse-version=1.0";
@@ -109,7 +110,7 @@ TEST(TarListingTest, ListsTheNamesTarListsWithTheirTypeLinkTargetAndSizeInEveryF
         std::string error;
         const auto members = TarListing::read(tree.archive(), &error);
         ASSERT_TRUE(members.has_value()) << error;
-        EXPECT_EQ(namesOf(*members), test::linesOf(test::runCommand("tar -tf '" + tree.archive() + "'")));
+        EXPECT_EQ(namesOf(*members), test::linesOf(test::runCommand("tar -tf " + ShellQuote::path(tree.archive()))));
         ASSERT_EQ(members->size(), tree.expected().size());
         for (const Member& member : *members) {
             SCOPED_TRACE(member.name);
@@ -379,13 +380,13 @@ TEST(TarListingTest, ReadsALongNameToItsEndAsTarDoes) {
     EXPECT_NE(archive.refusal(runningOn).find("long name running on past its size"), std::string::npos);
     test::TestFolder folder;
     writeFile(folder / "running-on.tar", runningOn);
-    EXPECT_EQ(test::runCommand("tar -tf '" + (folder / "running-on.tar") + "'"), unpacked + "\n");
+    EXPECT_EQ(test::runCommand("tar -tf " + ShellQuote::path(folder / "running-on.tar")), unpacked + "\n");
 
     const std::string endedByPadding = member(Header("././@LongLink").typed('L'), judged) +
                                        member(Header("stand-in"), "x") + kEnd;
     EXPECT_EQ(archive.names(endedByPadding), std::vector<std::string>{judged}) << "no NUL, but the block ends it";
     writeFile(folder / "ended.tar", endedByPadding);
-    EXPECT_EQ(test::runCommand("tar -tf '" + (folder / "ended.tar") + "'"), judged + "\n");
+    EXPECT_EQ(test::runCommand("tar -tf " + ShellQuote::path(folder / "ended.tar")), judged + "\n");
 }
 
 }  // namespace

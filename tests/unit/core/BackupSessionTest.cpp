@@ -6,6 +6,7 @@
 #include "items/PreferenceFile.h"
 #include "items/RepositorySource.h"
 #include "platform/FileOwnership.h"
+#include "platform/ShellQuote.h"
 #include "platform/plist/PlistCodec.h"
 #include "support/SupervisorScope.h"
 
@@ -118,7 +119,7 @@ TEST_F(BackupSessionTest, PermissionsComeBackAsRecordedOrTheFileGoesToTheMobileU
 
     session_.restoreFilePermissionData("/var/mobile/Library/other.plist");
     EXPECT_EQ(scope_.services.shell.commands.back(),
-              "chown mobile:mobile " + scope_.path("/var/mobile/Library/other.plist") + "> /dev/null 2>&1");
+              "chown mobile:mobile " + ShellQuote::path(scope_.path("/var/mobile/Library/other.plist")) + "> /dev/null 2>&1");
 
     // A path from a session that the shell would split or expand runs nothing of its own.
     scope_.services.shell.runsCommands = true;

@@ -1,5 +1,6 @@
 #include "core/Supervisor.h"
 #include "platform/Date.h"
+#include "platform/ShellQuote.h"
 #include "support/CapturedLog.h"
 #include "support/SupervisorScope.h"
 
@@ -11,17 +12,17 @@
 namespace stowhaven {
 namespace {
 
-// Stands in for the process listings: a command that sends its output to a file gets the
-// next listing written there.
+// Stands in for the process listings: a command that sends its output to the listing file
+// gets the next listing written there.
 class ListingShell final : public Shell {
 public:
-    explicit ListingShell(std::deque<std::string> listings) : listings_(std::move(listings)) {}
+    ListingShell(std::deque<std::string> listings, std::string file)
+        : listings_(std::move(listings)), file_(std::move(file)) {}
 
     void systemExecute(const std::string& command) override {
         commands.push_back(command);
-        const auto redirection = command.rfind(" > ");
-        if (redirection == std::string::npos || listings_.empty()) return;
-        std::ofstream(command.substr(redirection + 3)) << listings_.front();
+        if (!command.ends_with(" > " + ShellQuote::path(file_)) || listings_.empty()) return;
+        std::ofstream(file_) << listings_.front();
         listings_.pop_front();
     }
 
@@ -29,6 +30,7 @@ public:
 
 private:
     std::deque<std::string> listings_;
+    std::string file_;
 };
 
 class SupervisorCancellationTest : public ::testing::Test {
@@ -40,7 +42,7 @@ protected:
 
     // The commands that cancelChildProcesses runs with these listings.
     std::vector<std::string> commandsFor(std::deque<std::string> listings) {
-        auto shell = std::make_unique<ListingShell>(std::move(listings));
+        auto shell = std::make_unique<ListingShell>(std::move(listings), listing_);
         ListingShell& recorded = *shell;
         Platform::current().setShell(std::move(shell));
         supervisor_.cancelChildProcesses();
@@ -48,7 +50,7 @@ protected:
     }
 
     std::string listCommand(const std::string& pattern) const {
-        return "sudo ps -ax | \\grep " + pattern + " | awk '{print $2}' > " + listing_;
+        return "sudo ps -ax | \\grep " + pattern + " | awk '{print $2}' > " + ShellQuote::path(listing_);
     }
 
     test::SupervisorScope scope_;

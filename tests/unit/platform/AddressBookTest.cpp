@@ -1,5 +1,6 @@
 #include "platform/addressbook/AddressBook.h"
 
+#include "platform/ShellQuote.h"
 #include "support/DeviceRootScope.h"
 #include "support/FakeServices.h"
 #include "support/SandboxDevice.h"
@@ -14,6 +15,13 @@
 
 namespace stowhaven {
 namespace {
+
+// TEXT as an SQL string literal.
+std::string sqlText(const std::string& text) {
+    std::string literal = "'";
+    for (char c : text) literal += c == '\'' ? std::string("''") : std::string(1, c);
+    return literal + "'";
+}
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -57,7 +65,7 @@ protected:
     // device attaches it; each row as its columns joined by "|".
     Rows query(const std::string& sql) const {
         return test::sqlRows(bookFolder + "/AddressBook.sqlitedb",
-                             "ATTACH '" + bookFolder + "/AddressBookImages.sqlitedb' AS images; " + sql);
+                             "ATTACH " + sqlText(bookFolder + "/AddressBookImages.sqlitedb") + " AS images; " + sql);
     }
 
     test::TestFolder folder;
@@ -257,8 +265,9 @@ TEST_F(AddressBookTest, ABookLaidOutByTheDeviceBuilderKeepsItsTablesAndItsOtherR
     const std::string root = folder / "device";
     test::runCommand("cd '" STOWHAVEN_SOURCE_DIR
                      "/tests/fixtures' && python3 -B -c 'from pathlib import Path; "
-                     "from device_builder.address_book import write_address_book; write_address_book(Path(\"" +
-                     root + "\"))'");
+                     "import sys; from device_builder.address_book import write_address_book; "
+                     "write_address_book(Path(sys.argv[1]))' " +
+                     ShellQuote::path(root));
     bookFolder = root + "/var/mobile/Library/AddressBook";
     EXPECT_EQ(schema(), madeSchema);
     const auto untouchedRows = [&] {
