@@ -42,7 +42,9 @@ bool printRestoreLog(const std::optional<std::string>& logOf, std::ostream& out,
         if (found == packages.end()) {
             fmt::print(errors, "stowhaven: no install log of {}\n", *logOf);
         } else {
-            fmt::print(out, "\nInstall log of {}:\n{}\n", *logOf, (*found)->installLog().value_or(""));
+            // The tools redraw their progress with carriage returns: each drawing is a line here.
+            const std::string log = textutil::replacingAll((*found)->installLog().value_or(""), "\r\n", "\n");
+            fmt::print(out, "\nInstall log of {}:\n{}\n", *logOf, textutil::replacingAll(log, "\r", "\n"));
         }
     }
     return allIn && failures.empty();
