@@ -145,7 +145,8 @@ ArchiveValue KeyedUnarchiver::decodeReference(const PlistValue& reference) {
     if (failed_) return {};
     const auto uid = reference.asUid();
     if (!uid) return fail(fmt::format("a reference that is no UID: {}", reference.description()));
-    if (++valuesDecoded_ > kMaximumDecodedValues) return fail(fmt::format("more than {} values", kMaximumDecodedValues));
+    if (++valuesDecoded_ > kMaximumDecodedValues)
+        return fail(fmt::format("more than {} values", kMaximumDecodedValues));
     if (*uid >= objects_.size()) return fail(fmt::format("UID {} beyond the {} objects", *uid, objects_.size()));
     if (*uid == 0) return {};
     const PlistValue& object = objects_[*uid];
@@ -208,8 +209,7 @@ ArchiveValue KeyedUnarchiver::decodeModelObject(std::uint64_t uid, const PlistVa
 const std::string* KeyedUnarchiver::classNameOf(const PlistValue::Dictionary& keys) {
     const PlistValue* classReference = find(keys, kClassKey);
     const auto uid = classReference ? classReference->asUid() : std::nullopt;
-    const PlistValue::Dictionary* description =
-        uid && *uid < objects_.size() ? objects_[*uid].asDictionary() : nullptr;
+    const PlistValue::Dictionary* description = uid && *uid < objects_.size() ? objects_[*uid].asDictionary() : nullptr;
     const PlistValue* className = description ? find(*description, kClassNameKey) : nullptr;
     if (!className || !className->isString()) {
         fail("an object without a class description");

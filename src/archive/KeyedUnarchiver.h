@@ -36,8 +36,7 @@ public:
     static constexpr std::size_t kMaximumDecodedBytes = 64 * 1024 * 1024;
 
     // The root object, which is nil for an archive of nil; nothing for a refused archive.
-    static std::optional<ArchiveValue> unarchiveObjectWithData(std::string_view archive,
-                                                               const ClassRegistry& classes);
+    static std::optional<ArchiveValue> unarchiveObjectWithData(std::string_view archive, const ClassRegistry& classes);
     // The same from the archive's property-list data.
     static std::optional<ArchiveValue> unarchiveObjectWithPropertyList(const PlistValue& archive,
                                                                        const ClassRegistry& classes);

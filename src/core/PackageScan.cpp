@@ -3,8 +3,8 @@
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
-#include "platform/TemporaryDirectory.h"
 #include "platform/ShellQuote.h"
+#include "platform/TemporaryDirectory.h"
 
 namespace stowhaven {
 

@@ -9,8 +9,8 @@
 #include "platform/MemoryStatistics.h"
 #include "platform/Platform.h"
 #include "platform/ProcessControl.h"
-#include "platform/Strings.h"
 #include "platform/ShellQuote.h"
+#include "platform/Strings.h"
 
 #include <fmt/format.h>
 

@@ -3,8 +3,8 @@
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
-#include "platform/dispatch/NotificationCenter.h"
 #include "platform/ShellQuote.h"
+#include "platform/dispatch/NotificationCenter.h"
 
 #include <fmt/format.h>
 
@@ -57,7 +57,8 @@ void Supervisor::cancelChildProcesses() {
         return;
     }
 
-    systemExecute(fmt::format("sudo ps -ax | \\grep {} | awk '{{print $2}}' > {}", reference, ShellQuote::path(listing)));
+    systemExecute(
+        fmt::format("sudo ps -ax | \\grep {} | awk '{{print $2}}' > {}", reference, ShellQuote::path(listing)));
     for (const std::string& line : linesOf(listing).value_or(std::vector<std::string>{})) {
         if (line == reference) continue;
         if (!isProcessNumberOrEmpty(line)) {

@@ -5,8 +5,8 @@
 #include "platform/DeviceRoot.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
-#include "platform/TemporaryDirectory.h"
 #include "platform/ShellQuote.h"
+#include "platform/TemporaryDirectory.h"
 
 #include <fmt/format.h>
 
@@ -23,8 +23,8 @@ bool isFolderName(const std::string& name) {
 
 void PhotoVideoManager::createSymlink() {
     const std::string link = ShellQuote::path(DeviceRoot::var() + "/root/Media");
-    Supervisor::shared().systemExecute(fmt::format("rm -rf {0}; ln -sf {1} {0}", link,
-                                                   ShellQuote::path(DeviceRoot::var() + "/mobile/Media")));
+    Supervisor::shared().systemExecute(
+        fmt::format("rm -rf {0}; ln -sf {1} {0}", link, ShellQuote::path(DeviceRoot::var() + "/mobile/Media")));
 }
 
 void PhotoVideoManager::removeSymlink() {

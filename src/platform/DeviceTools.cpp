@@ -69,7 +69,8 @@ std::string prepareToolFolder(const std::string& root, const std::string& hostPa
     std::error_code ignored;
     for (const Shim& shim : kShims) {
         // On the device a tool of its own comes first; on another root the shim does.
-        const bool deviceHasTool = root == "/" && isOnPath(shim.name, std::string(Shell::kDeviceToolFolder) + ":" + hostPath);
+        const bool deviceHasTool =
+            root == "/" && isOnPath(shim.name, std::string(Shell::kDeviceToolFolder) + ":" + hostPath);
         if (!deviceHasTool) writeFile(folder + "/" + shim.name, shim.text(), 0755);
     }
     if (root != "/") {

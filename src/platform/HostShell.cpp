@@ -74,8 +74,8 @@ void HostShell::systemExecute(const std::string& command) {
     {
         // Started and recorded at once, so that a stop never misses a command starting.
         std::lock_guard lock(mutex_);
-        spawnError = leaving_ ? ECANCELED
-                              : posix_spawn(&child, "/bin/sh", actions.get(), &attributes, argv.data(), envp.data());
+        spawnError =
+            leaving_ ? ECANCELED : posix_spawn(&child, "/bin/sh", actions.get(), &attributes, argv.data(), envp.data());
         if (spawnError == 0) running_.insert(child);
     }
     posix_spawnattr_destroy(&attributes);

@@ -48,8 +48,8 @@ TEST(AnyFolderRootProgramTest, BackupStatusHistoryAndRestoreRunOnARootWhoseNameT
     EXPECT_NE(history.output.find("Before\""), std::string::npos) << history.output;
 
     const std::string notes = *FileManager::contentsOfFile(device.path(kNotes));
-    test::runCommand("dpkg --root=" + ShellQuote::path(device.root()) + " --admindir=" +
-                     ShellQuote::path(device.path("/var/lib/dpkg")) + " --remove " + kTweak + " 2>&1");
+    test::runCommand("dpkg --root=" + ShellQuote::path(device.root()) +
+                     " --admindir=" + ShellQuote::path(device.path("/var/lib/dpkg")) + " --remove " + kTweak + " 2>&1");
     ASSERT_TRUE(FileManager::removeItem(device.path(kNotes)));
 
     const auto restore = test::runProgram(root + "restore --yes --log " + kTweak);

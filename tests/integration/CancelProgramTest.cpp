@@ -7,8 +7,8 @@
 // test's own: the stand-in says so on the terminal and waits until it is ended, so that the
 // cancel lands at that step and no later.
 
-#include "support/FolderSnapshot.h"
 #include "platform/ShellQuote.h"
+#include "support/FolderSnapshot.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 #include "support/TerminalProgram.h"
@@ -52,7 +52,8 @@ protected:
     void SetUp() override {
         if (geteuid() != 0) GTEST_SKIP() << "a mount namespace needs root";
         ASSERT_TRUE(test::turnOnScans(device_.root()));
-        const auto backup = test::runProgram("--root " + ShellQuote::path(device_.root()) + " backup --yes --title Earlier");
+        const auto backup =
+            test::runProgram("--root " + ShellQuote::path(device_.root()) + " backup --yes --title Earlier");
         ASSERT_EQ(backup.status, 0) << backup.errors;
     }
 
@@ -66,9 +67,10 @@ protected:
                                << "  echo 'held: " << tool << "' > /dev/tty; exec sleep infinity;;\nesac\n"
                                << "exec " << ShellQuote::path(real.string()) << " \"$@\"\n";
         fs::permissions(standIn, fs::perms::owner_all);
-        return "env HELD_REAL=" + ShellQuote::path(real.string()) + " HELD_STAND_IN=" + ShellQuote::path(standIn.string()) +
-               " unshare -m sh -c 'mount --bind /usr/bin/" + tool + " \"$HELD_REAL\" && mount --bind \"$HELD_STAND_IN\" /usr/bin/" +
-               tool + " && exec \"$0\" \"$@\"' ";
+        return "env HELD_REAL=" + ShellQuote::path(real.string()) +
+               " HELD_STAND_IN=" + ShellQuote::path(standIn.string()) + " unshare -m sh -c 'mount --bind /usr/bin/" +
+               tool + " \"$HELD_REAL\" && mount --bind \"$HELD_STAND_IN\" /usr/bin/" + tool +
+               " && exec \"$0\" \"$@\"' ";
     }
 
     const test::SandboxDevice device_{"demo"};
@@ -90,7 +92,8 @@ TEST_P(CancelProgramTest, AJobCanceledAtItsStepLeavesEverythingAsItWas) {
     EXPECT_TRUE(test::snapshot(device_.path(kStorageFolder)) == before) << "the storage changed";
     EXPECT_TRUE(fs::is_empty(device_.path(kTemporaryFolder)));
     EXPECT_EQ(processesNaming(device_.root()), 0) << "a tool of the job still runs";
-    EXPECT_EQ(test::runCommand("dpkg --admindir=" + ShellQuote::path(device_.root() + "/var/lib/dpkg") + " --audit"), "");
+    EXPECT_EQ(test::runCommand("dpkg --admindir=" + ShellQuote::path(device_.root() + "/var/lib/dpkg") + " --audit"),
+              "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Steps, CancelProgramTest,

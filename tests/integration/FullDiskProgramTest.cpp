@@ -104,7 +104,8 @@ TEST_F(FullDiskProgramTest, ARestoreThatFillsTheTemporaryFolderUnpacksNothingAnd
         << restore.output;
     EXPECT_FALSE(fs::exists(device_.path("/var/mobile/Library/Notes")));
     EXPECT_TRUE(fs::is_empty(device_.path(kTemporaryFolder)));
-    EXPECT_EQ(test::runCommand("dpkg --admindir=" + ShellQuote::path(device_.root() + "/var/lib/dpkg") + " --audit"), "");
+    EXPECT_EQ(test::runCommand("dpkg --admindir=" + ShellQuote::path(device_.root() + "/var/lib/dpkg") + " --audit"),
+              "");
 }
 
 }  // namespace

@@ -2,8 +2,8 @@
 
 #include "archive/BuiltInCipherKey.h"
 #include "archive/HistoryText.h"
-#include "platform/ShellQuote.h"
 #include "platform/FileManager.h"
+#include "platform/ShellQuote.h"
 #include "support/ProgramRun.h"
 #include "support/SampleSessions.h"
 #include "support/SandboxDevice.h"
@@ -25,7 +25,8 @@ protected:
     }
 
     test::ProgramOutcome view(const std::string& path, const std::string& options = "") const {
-        return test::runProgram("--root " + ShellQuote::path(device_.root()) + " inspect " + options + " " + ShellQuote::path(path));
+        return test::runProgram("--root " + ShellQuote::path(device_.root()) + " inspect " + options + " " +
+                                ShellQuote::path(path));
     }
 
     nlohmann::json viewAsJson(const std::string& path) const {

@@ -6,9 +6,9 @@
 #include "support/SandboxDevice.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <nlohmann/json.hpp>
 
 #include <filesystem>
 
@@ -34,7 +34,9 @@ std::string plantedTool(const std::string& marker) {
 
 // Every path under FOLDER, with its size, for telling whether anything changed there.
 std::string listing(const std::string& folder) {
-    return fs::exists(folder) ? test::runCommand("cd " + ShellQuote::path(folder) + " && find . -printf '%p %s\\n' | sort") : "";
+    return fs::exists(folder)
+               ? test::runCommand("cd " + ShellQuote::path(folder) + " && find . -printf '%p %s\\n' | sort")
+               : "";
 }
 
 bool isPrivateFolder(const std::string& path) {
@@ -138,8 +140,10 @@ TEST_F(ForeignFolderProgramTest, AnotherUsersFolderIsMovedAsideWithItsFilesKept)
 
     const std::string log = runAndCheck();
     for (const std::string& path : {temporary_, toolParent_}) {
-        EXPECT_TRUE(has(log, "<" + path + "> was a folder owned by uid 1234 with mode 0777, not the program's own "
-                                          "folder: moved aside to <" + fs::path(path).filename().string() + ".moved-"))
+        EXPECT_TRUE(has(log, "<" + path +
+                                 "> was a folder owned by uid 1234 with mode 0777, not the program's own "
+                                 "folder: moved aside to <" +
+                                 fs::path(path).filename().string() + ".moved-"))
             << log;
         const auto aside = movedAside(path);
         ASSERT_EQ(aside.size(), 1u);

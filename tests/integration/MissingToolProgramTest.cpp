@@ -21,8 +21,8 @@ constexpr const char* kStorageFolder = "/var/mobile/Library/Preferences/Stowhave
 
 // Runs the program with TOOL of /usr/bin out of use for it alone.
 test::ProgramOutcome runWithout(const std::string& tool, const std::string& arguments) {
-    return test::runProgram(arguments, "unshare -m sh -c 'mount --bind /dev/null /usr/bin/" + tool +
-                                           " && exec \"$0\" \"$@\"' ");
+    return test::runProgram(arguments,
+                            "unshare -m sh -c 'mount --bind /dev/null /usr/bin/" + tool + " && exec \"$0\" \"$@\"' ");
 }
 
 TEST(MissingToolProgramTest, ABackupWithoutSplitFailsNamingItAndStoresNoSession) {

@@ -2,8 +2,8 @@
 // job, names the running one, and leaves the first one's working files alone; once the
 // first is killed, nothing of it stands in the way.
 
-#include "platform/ShellQuote.h"
 #include "platform/FileManager.h"
+#include "platform/ShellQuote.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 #include "support/TerminalProgram.h"

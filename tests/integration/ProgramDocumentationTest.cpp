@@ -2,8 +2,8 @@
 
 #include "platform/FileManager.h"
 #include "support/ProgramRun.h"
-#include "support/TextLines.h"
 #include "support/SandboxDevice.h"
+#include "support/TextLines.h"
 
 #include <gtest/gtest.h>
 

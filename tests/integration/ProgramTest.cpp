@@ -119,8 +119,8 @@ TEST_F(ProgramTest, TheRootMayComeFromTheEnvironment) {
 }
 
 TEST_F(ProgramTest, RefusesToRunWithoutRoot) {
-    const Outcome outcome =
-        runProgram("--root " + ShellQuote::path(device_->root()) + " packages", "setpriv --reuid=65534 --regid=65534 --clear-groups ");
+    const Outcome outcome = runProgram("--root " + ShellQuote::path(device_->root()) + " packages",
+                                       "setpriv --reuid=65534 --regid=65534 --clear-groups ");
     EXPECT_EQ(outcome.status, 255);
     EXPECT_NE(outcome.errors.find("must run as root"), std::string::npos) << outcome.errors;
 }

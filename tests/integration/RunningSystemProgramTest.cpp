@@ -1,8 +1,8 @@
 // On a copy of a device the program changes the copy and nothing of the machine it runs on.
 
-#include "platform/ShellQuote.h"
 #include "platform/FileManager.h"
 #include "platform/Shell.h"
+#include "platform/ShellQuote.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 

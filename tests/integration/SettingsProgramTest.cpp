@@ -1,6 +1,6 @@
-#include "platform/ShellQuote.h"
 #include "platform/FileManager.h"
 #include "platform/PreferenceStore.h"
+#include "platform/ShellQuote.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 
@@ -187,7 +187,8 @@ TEST_F(SettingsProgramTest, OpenRunsTheAutomaticBackupForThisRunOnlyAndOffersAFi
     const Outcome unanswered = run("open " + ShellQuote::path(history));
     EXPECT_EQ(unanswered.status, 2);
     EXPECT_NE(unanswered.errors.find("--yes"), std::string::npos) << unanswered.errors;
-    EXPECT_EQ(output("open --yes " + ShellQuote::path(history)), "Nothing was imported.\n") << "the file holds no session";
+    EXPECT_EQ(output("open --yes " + ShellQuote::path(history)), "Nothing was imported.\n")
+        << "the file holds no session";
 
     EXPECT_EQ(run("open stowhaven://restore").status, 2);
     EXPECT_EQ(run("open " + ShellQuote::path(device_.path("/var/mobile/Downloads/missing.stowhvn"))).status, 2);

@@ -6,8 +6,8 @@
 #include "support/TestFolder.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -57,7 +57,8 @@ protected:
 // The program keeps its own files private; the device's files keep their usual modes.
 TEST_F(ShellTest, TheDevicesToolsWriteWithTheDevicesUsualModesWhateverTheProgramsUmask) {
     const mode_t saved = umask(077);
-    shell_.systemExecute("echo status > " + ShellQuote::path(folder_ / "status") + "; mkdir " + ShellQuote::path(folder_ / "lists"));
+    shell_.systemExecute("echo status > " + ShellQuote::path(folder_ / "status") + "; mkdir " +
+                         ShellQuote::path(folder_ / "lists"));
     umask(saved);
     EXPECT_EQ(FileManager::attributesOfItem(folder_ / "status")->permissions & 0777, 0644u);
     EXPECT_EQ(FileManager::attributesOfItem(folder_ / "lists")->permissions & 0777, 0755u);
@@ -113,8 +114,8 @@ TEST_F(ShellTest, HostileValuesStayInertBetweenDoubleQuotes) {
     };
     for (const std::string& name : hostile) {
         const std::string safeName = std::to_string(std::hash<std::string>{}(name));
-        shell_.systemExecute("printf %s \"" + ShellQuote::inDoubleQuotes(name) + "\" > \"" + ShellQuote::inDoubleQuotes(files) + "/" + safeName +
-                             "\"");
+        shell_.systemExecute("printf %s \"" + ShellQuote::inDoubleQuotes(name) + "\" > \"" +
+                             ShellQuote::inDoubleQuotes(files) + "/" + safeName + "\"");
         EXPECT_EQ(contentsOf(files + "/" + safeName), name) << name;
     }
     EXPECT_FALSE(fs::exists(marker));

@@ -19,7 +19,8 @@ std::string oldFormatNote(const std::string& folder, const std::string& rawData)
                               PlistValue::Dictionary{{"SBShowBatteryPercentage", true}}, PlistFormat::Xml, 0644);
     if (!written) throw std::runtime_error("couldn't lay out an old note in " + folder);
     runCommand("touch -d '2010-06-01 12:00:00 UTC' " + ShellQuote::path(packed + "/var/mobile/cydiaApps.txt"));
-    runCommand("tar -C " + ShellQuote::path(packed) + " -czf " + ShellQuote::path(folder + "/cydiaApps.tbz") + " var tmp");
+    runCommand("tar -C " + ShellQuote::path(packed) + " -czf " + ShellQuote::path(folder + "/cydiaApps.tbz") +
+               " var tmp");
     return runCommand("cd " + ShellQuote::path(folder) + " && uuencode -m cydiaApps.tbz cydiaApps.tbz");
 }
 

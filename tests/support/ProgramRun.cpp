@@ -14,7 +14,8 @@ namespace stowhaven::test {
 ProgramOutcome runProgram(const std::string& arguments, const std::string& environment) {
     const TestFolder folder;
     const std::string errorsFile = folder / "errors.txt";
-    const std::string command = environment + STOWHAVEN_PROGRAM + " " + arguments + " 2>" + ShellQuote::path(errorsFile);
+    const std::string command =
+        environment + STOWHAVEN_PROGRAM + " " + arguments + " 2>" + ShellQuote::path(errorsFile);
     FILE* pipe = popen(command.c_str(), "r");
     std::string output;
     char buffer[4096];

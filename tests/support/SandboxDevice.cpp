@@ -41,7 +41,8 @@ std::size_t builderFingerprint(const fs::path& description) {
 class FileLock {
 public:
     explicit FileLock(const fs::path& path) : descriptor_(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
-        if (descriptor_ < 0 || flock(descriptor_, LOCK_EX) != 0) throw std::runtime_error("can't lock " + path.string());
+        if (descriptor_ < 0 || flock(descriptor_, LOCK_EX) != 0)
+            throw std::runtime_error("can't lock " + path.string());
     }
     ~FileLock() { close(descriptor_); }
     FileLock(const FileLock&) = delete;
@@ -94,8 +95,7 @@ SandboxDevice::SandboxDevice(const std::string& description, bool fresh) : root_
 
 SandboxDevice SandboxDevice::fresh(const std::string& description) { return SandboxDevice(description, true); }
 
-SandboxDevice::SandboxDevice(const SandboxDevice& original, const std::string& copyName)
-    : root_(folder_ / copyName) {
+SandboxDevice::SandboxDevice(const SandboxDevice& original, const std::string& copyName) : root_(folder_ / copyName) {
     runCommand("cp -a " + ShellQuote::path(original.root()) + " " + ShellQuote::path(root_));
 }
 

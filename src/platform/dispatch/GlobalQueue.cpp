@@ -24,9 +24,7 @@ Queues& queues() {
 
 }  // namespace
 
-ConcurrentQueue& GlobalQueue::get(Priority priority) {
-    return queues()[static_cast<std::size_t>(priority)];
-}
+ConcurrentQueue& GlobalQueue::get(Priority priority) { return queues()[static_cast<std::size_t>(priority)]; }
 
 void GlobalQueue::shutdownAll() {
     for (auto& queue : queues()) queue.shutdown();

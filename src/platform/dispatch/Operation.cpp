@@ -17,17 +17,11 @@ void Operation::start() {
     if (completion) completion();
 }
 
-void Operation::cancel() {
-    canceled_ = true;
-}
+void Operation::cancel() { canceled_ = true; }
 
-bool Operation::isCanceled() const {
-    return canceled_;
-}
+bool Operation::isCanceled() const { return canceled_; }
 
-bool Operation::isFinished() const {
-    return state_ == State::Finished;
-}
+bool Operation::isFinished() const { return state_ == State::Finished; }
 
 void Operation::setCompletionBlock(Block block) {
     std::lock_guard lock(mutex_);

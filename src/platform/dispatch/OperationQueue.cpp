@@ -25,12 +25,9 @@ void OperationQueue::addOperation(std::shared_ptr<Operation> operation) {
     addOperations({std::move(operation)}, false);
 }
 
-void OperationQueue::addOperation(Block block) {
-    addOperation(std::make_shared<BlockOperation>(std::move(block)));
-}
+void OperationQueue::addOperation(Block block) { addOperation(std::make_shared<BlockOperation>(std::move(block))); }
 
-void OperationQueue::addOperations(const std::vector<std::shared_ptr<Operation>>& operations,
-                                   bool waitUntilFinished) {
+void OperationQueue::addOperations(const std::vector<std::shared_ptr<Operation>>& operations, bool waitUntilFinished) {
     std::unique_lock lock(mutex_);
     for (const auto& operation : operations) {
         if (operation) held_.push_back(operation);
@@ -38,9 +35,8 @@ void OperationQueue::addOperations(const std::vector<std::shared_ptr<Operation>>
     changed_.notify_all();
     if (!waitUntilFinished) return;
     changed_.wait(lock, [&] {
-        return std::ranges::none_of(operations, [this](const auto& operation) {
-            return std::ranges::find(held_, operation) != held_.end();
-        });
+        return std::ranges::none_of(
+            operations, [this](const auto& operation) { return std::ranges::find(held_, operation) != held_.end(); });
     });
 }
 

@@ -4,8 +4,8 @@
 #include "platform/DeviceRoot.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
-#include "platform/plist/PlistCodec.h"
 #include "platform/ShellQuote.h"
+#include "platform/plist/PlistCodec.h"
 
 #include <fmt/format.h>
 
@@ -77,7 +77,8 @@ void ABAddressBookHelper::createSymlink() {
 }
 
 void ABAddressBookHelper::removeSymlink() {
-    Supervisor::shared().systemExecute(fmt::format("rm -rf {}", ShellQuote::path(DeviceRoot::var() + "/root/Library/AddressBook")));
+    Supervisor::shared().systemExecute(
+        fmt::format("rm -rf {}", ShellQuote::path(DeviceRoot::var() + "/root/Library/AddressBook")));
 }
 
 void ABAddressBookHelper::reset() {

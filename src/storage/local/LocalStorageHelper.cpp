@@ -248,8 +248,7 @@ void LocalStorageHelper::uploadFile(const std::string& path, Date date, const st
     const std::string target = directory ? StorageLayout::dataDirectory(sessionFolder, *directory) : sessionFolder;
     SH_LOG("Moving {} -> {}...", path, target);
     const std::uint64_t size = FileManager::sizeOfItem(path);
-    Supervisor::shared().systemExecute(
-        fmt::format("mv {} {}", ShellQuote::path(path), ShellQuote::path(target + "/")));
+    Supervisor::shared().systemExecute(fmt::format("mv {} {}", ShellQuote::path(path), ShellQuote::path(target + "/")));
     // A move onto a full disk may leave part of the file behind: only the whole file counts.
     // The device's mv keeps the mode the file was made with, by a device tool: the stored
     // file is made root's alone here.

@@ -38,7 +38,8 @@ constexpr const char* kContainer = "/var/mobile/Containers/Data/Application/7A1D
 // The members of an archive that are files, as tar lists them.
 std::set<std::string> fileMembers(const std::string& archive, const std::string& readFlags) {
     std::set<std::string> members;
-    for (const std::string& member : test::linesOf(test::runCommand("tar -t" + readFlags + "f " + ShellQuote::path(archive)))) {
+    for (const std::string& member :
+         test::linesOf(test::runCommand("tar -t" + readFlags + "f " + ShellQuote::path(archive)))) {
         if (!member.ends_with('/')) members.insert(member);
     }
     return members;

@@ -1,7 +1,7 @@
 // "stowhaven backup" on a sandbox device with local storage, and what it leaves there.
 
-#include "platform/ShellQuote.h"
 #include "platform/FileManager.h"
+#include "platform/ShellQuote.h"
 #include "support/FolderSnapshot.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"

@@ -2,8 +2,6 @@
 // with tar. (The program's own round trip covers the other kinds.)
 
 #include "backup/BackupOperation.h"
-#include "platform/ShellQuote.h"
-#include "support/OperationRun.h"
 #include "core/CydiaFileManager.h"
 #include "core/ProcessFlags.h"
 #include "core/Supervisor.h"
@@ -11,8 +9,10 @@
 #include "items/PhotoVideoAlbum.h"
 #include "items/PhotoVideoManager.h"
 #include "platform/FileManager.h"
+#include "platform/ShellQuote.h"
 #include "storage/StorageLayout.h"
 #include "storage/local/LocalStorageHelper.h"
+#include "support/OperationRun.h"
 #include "support/SandboxDevice.h"
 #include "support/SupervisorScope.h"
 #include "support/TestFolder.h"
@@ -46,8 +46,8 @@ protected:
         // The Supervisor's start-up commands are for a device: recorded, not run here.
         scope_.supervisor();
         scope_.services.shell.runsCommands = true;
-        for (auto* flag : {&gAutoScanPkgEnabled, &gAutoScanStockAppsEnabled, &gAutoScanPhotosEnabled,
-                           &gAutoScanVideosEnabled}) {
+        for (auto* flag :
+             {&gAutoScanPkgEnabled, &gAutoScanStockAppsEnabled, &gAutoScanPhotosEnabled, &gAutoScanVideosEnabled}) {
             *flag = true;
         }
         PhotoVideoManager::shared().setPhotoVideoAlbums({cameraRoll()}, true);

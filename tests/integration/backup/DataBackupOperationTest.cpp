@@ -250,8 +250,8 @@ TEST_F(DataBackupOperationTest, WithEncryptionOnThePartsOpenWithTheBuiltInPassPh
     ASSERT_GT(storedIndex("NOTES").size(), 1u);
     const std::string enciphered = joinedParts("NOTES");
     const std::string deciphered = work_ / "notes.tar";
-    test::runCommand("openssl enc -d -a -salt -aes-256-cbc -in " + ShellQuote::path(enciphered) + " -out " + ShellQuote::path(deciphered) + " -k '" +
-                     std::string(BuiltInCipherKey::kKeyHex) + "' 2>/dev/null");
+    test::runCommand("openssl enc -d -a -salt -aes-256-cbc -in " + ShellQuote::path(enciphered) + " -out " +
+                     ShellQuote::path(deciphered) + " -k '" + std::string(BuiltInCipherKey::kKeyHex) + "' 2>/dev/null");
     const std::string unpacked = work_ / "unpacked";
     fs::create_directories(unpacked);
     test::runCommand("tar -xf " + ShellQuote::path(deciphered) + " -C " + ShellQuote::path(unpacked));

@@ -3,8 +3,8 @@
 // every history file on the storage reads, the settings read, and the next start clears
 // what the killed run left half written.
 
-#include "platform/ShellQuote.h"
 #include "platform/FileManager.h"
+#include "platform/ShellQuote.h"
 #include "platform/plist/PlistCodec.h"
 #include "support/FolderSnapshot.h"
 #include "support/ProgramRun.h"

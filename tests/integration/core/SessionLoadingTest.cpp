@@ -2,9 +2,9 @@
 // history behind it, and the comparison that says what a restore would bring back.
 
 #include "core/SessionHistory.h"
-#include "support/CatalogueFixture.h"
 #include "platform/Strings.h"
 #include "support/CapturedLog.h"
+#include "support/CatalogueFixture.h"
 
 #include <algorithm>
 

@@ -2,8 +2,8 @@
 
 #include "archive/HistoryText.h"
 #include "core/BackupSession.h"
-#include "platform/ShellQuote.h"
 #include "platform/FileManager.h"
+#include "platform/ShellQuote.h"
 #include "storage/StorageLayout.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"

@@ -3,8 +3,8 @@
 // log, nothing of it is unpacked, the rest of the restore goes on and the job ends with
 // status 1.
 
-#include "platform/ShellQuote.h"
 #include "platform/FileManager.h"
+#include "platform/ShellQuote.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 #include "support/TestFolder.h"
@@ -65,7 +65,8 @@ TEST_F(DamagedSessionProgramTest, AKindWithAPartMissingOrCutShortIsNotUnpackedAn
                      "mv part-002 NOTES-002 && printf 'NOTES-000\\nNOTES-001\\nNOTES-002\\n' > ../NOTES.idx");
     const std::string calendar = kindFolder("CALENDAR") + "/CALENDAR-000";
     fs::resize_file(calendar, fs::file_size(calendar) / 2);
-    for (const char* folder : {"/var/mobile/Library/Notes", "/var/mobile/Library/Calendar", "/var/mobile/Library/Safari"}) {
+    for (const char* folder :
+         {"/var/mobile/Library/Notes", "/var/mobile/Library/Calendar", "/var/mobile/Library/Safari"}) {
         removeFromDevice(folder);
     }
 
@@ -87,8 +88,10 @@ TEST_F(DamagedSessionProgramTest, AnArchiveEncipheredUnderAnotherKeyIsNotUnpacke
     backUp("--key-file " + ShellQuote::path(keyFile()));
     const std::string notes = kindFolder("NOTES") + "/NOTES-000";
     const std::string plain = (work_.path() / "notes.tar").string();
-    test::runCommand("tar -cf " + ShellQuote::path(plain) + " -C " + ShellQuote::path(device_.root()) + " var/mobile/Library/Notes");
-    test::runCommand("openssl enc -e -a -salt -aes-256-cbc -pbkdf2 -in " + ShellQuote::path(plain) + " -k another -out " + ShellQuote::path(notes));
+    test::runCommand("tar -cf " + ShellQuote::path(plain) + " -C " + ShellQuote::path(device_.root()) +
+                     " var/mobile/Library/Notes");
+    test::runCommand("openssl enc -e -a -salt -aes-256-cbc -pbkdf2 -in " + ShellQuote::path(plain) +
+                     " -k another -out " + ShellQuote::path(notes));
     removeFromDevice("/var/mobile/Library/Notes");
     removeFromDevice("/var/mobile/Library/Safari");
 

@@ -8,8 +8,8 @@
 #include "core/SessionHistory.h"
 #include "items/ArchivableFolder.h"
 #include "items/ArchivableFolderTable.h"
-#include "platform/ShellQuote.h"
 #include "platform/FileManager.h"
+#include "platform/ShellQuote.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 #include "support/SupervisorScope.h"
@@ -82,7 +82,8 @@ protected:
     // A tar of the staging folder made by TAR_ARGUMENTS, as one more command line runs it.
     std::string makeTar(const std::string& name, const std::string& tarArguments) const {
         const std::string archive = work_ / name;
-        test::runCommand("cd " + ShellQuote::path(staging_.path().string()) + " && tar -cf " + ShellQuote::path(archive) + " " + tarArguments);
+        test::runCommand("cd " + ShellQuote::path(staging_.path().string()) + " && tar -cf " +
+                         ShellQuote::path(archive) + " " + tarArguments);
         return archive;
     }
 
@@ -122,12 +123,13 @@ TEST_F(HostileSessionProgramTest, NamesThatLeaveTheKindsFolderStayInTheArchive) 
     stage("var/mobile/Library/NotesEvil/b.txt", "beside the notes");
     stage("outside.txt", "above the device");
     stageLink("var/mobile/Library/Notes/up", "../../../..");
-    const std::string archive = makeTar("names.tar", "var/mobile/Library/Notes/notes.sqlite var/mobile/Library/Notes/up "
-                                                     "var/mobile/Library/Preferences/planted.plist "
-                                                     "var/mobile/Library/NotesEvil/b.txt");
+    const std::string archive = makeTar("names.tar",
+                                        "var/mobile/Library/Notes/notes.sqlite var/mobile/Library/Notes/up "
+                                        "var/mobile/Library/Preferences/planted.plist "
+                                        "var/mobile/Library/NotesEvil/b.txt");
     for (const char* transform : {"s,^,var/mobile/Library/Notes/../../../../,", "s,^,/,"}) {
-        test::runCommand("cd " + ShellQuote::path(staging_.path().string()) + " && tar -rf " + ShellQuote::path(archive) + " -P --transform='" +
-                         transform + "' outside.txt");
+        test::runCommand("cd " + ShellQuote::path(staging_.path().string()) + " && tar -rf " +
+                         ShellQuote::path(archive) + " -P --transform='" + transform + "' outside.txt");
     }
     storeKind("NOTES", archive);
 
@@ -168,7 +170,8 @@ TEST_F(HostileSessionProgramTest, AHardLinkToAFileOutsideIsNeitherMadeNorGivenTo
     // The link is stored after its target, which then goes: the link points out of the archive.
     fs::create_hard_link(staging_.path() / "etc/victim", staging_.path() / "var/mobile/Library/Notes/h");
     test::runCommand("cd " + ShellQuote::path(staging_.path().string()) + " && tar -rf " + ShellQuote::path(archive) +
-                     " etc/victim var/mobile/Library/Notes/h && tar --delete -f " + ShellQuote::path(archive) + " etc/victim");
+                     " etc/victim var/mobile/Library/Notes/h && tar --delete -f " + ShellQuote::path(archive) +
+                     " etc/victim");
     storeKind("NOTES", archive);
 
     const auto outcome = restore();
@@ -197,7 +200,8 @@ TEST_F(HostileSessionProgramTest, AFolderPlacedBySessionOutsideItsKindIsNeitherU
         BackupSession::FolderList folders;
         for (const char* place : {"/", "/tmp/victim"}) {
             const auto& row = ArchivableFolderTable::rows()[folders.size()];
-            auto folder = std::make_shared<ArchivableFolder>(row.name, std::nullopt, row.type, place, false, false, false);
+            auto folder =
+                std::make_shared<ArchivableFolder>(row.name, std::nullopt, row.type, place, false, false, false);
             folder->setExists(true);
             folders.push_back(folder);
         }
@@ -220,7 +224,8 @@ TEST_F(HostileSessionProgramTest, AFolderPlacedBySessionOutsideItsKindIsNeitherU
     EXPECT_NE(outcome.errors.find("the session places it at </tmp/victim>"), std::string::npos);
 
     // Handed in as another application hands a file, and restored from the main screen.
-    test::TerminalProgram terminal("--root " + ShellQuote::path(device_.root()) + " --verbose open --yes " + ShellQuote::path(handedIn));
+    test::TerminalProgram terminal("--root " + ShellQuote::path(device_.root()) + " --verbose open --yes " +
+                                   ShellQuote::path(handedIn));
     ASSERT_TRUE(terminal.waitFor("0) Quit")) << terminal.screen();
     terminal.type("1\n");
     ASSERT_TRUE(terminal.waitFor("1) Dismiss")) << terminal.screen();

@@ -61,10 +61,8 @@ protected:
     // "<version> <status>" of the package in the device's database, empty when it has none.
     std::string installed(const std::string& identifier) const {
         return test::runCommand("DPKG_ADMINDIR=" + ShellQuote::path(device_.root() + "/var/lib/dpkg") +
-                                " dpkg-query -W -f='${Version} ${Status}' " + identifier +
-                                " 2>/dev/null || true");
+                                " dpkg-query -W -f='${Version} ${Status}' " + identifier + " 2>/dev/null || true");
     }
-
 };
 
 TEST_F(PackagesRestoreOperationTest, APackageAptGetFindsInstalledAlreadyIsTriedOnce) {
@@ -94,7 +92,8 @@ TEST_F(PackagesRestoreOperationTest, IdentifiersThatAreNoPackageNamesNeverReachT
 
     EXPECT_EQ(operation->nbPackages(), static_cast<std::int64_t>(refused.size()));
     EXPECT_EQ(commandsStartingWith("apt-get"), std::vector<std::string>{"apt-get update"});
-    for (const std::string& command : scope_.services.shell.commands) EXPECT_EQ(command.find("touch"), std::string::npos);
+    for (const std::string& command : scope_.services.shell.commands)
+        EXPECT_EQ(command.find("touch"), std::string::npos);
     for (const char* kind : {"-chained", "-substituted", "-quoted"}) {
         EXPECT_FALSE(FileManager::fileExists(mark + kind)) << kind;
     }

@@ -1,11 +1,11 @@
 // How a whole restore ends, whatever the session held.
 
-#include "support/OperationRun.h"
 #include "core/BackupSession.h"
 #include "core/CydiaFileManager.h"
 #include "core/ProcessFlags.h"
 #include "restore/RestoreOperation.h"
 #include "storage/local/LocalStorageHelper.h"
+#include "support/OperationRun.h"
 #include "support/SandboxDevice.h"
 #include "support/SupervisorScope.h"
 

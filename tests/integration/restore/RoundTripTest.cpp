@@ -1,8 +1,8 @@
 // A backup of the demo device with everything, restored by the program onto the same
 // device after a wipe: packages, sources and files come back as they were.
 
-#include "platform/ShellQuote.h"
 #include "platform/FileManager.h"
+#include "platform/ShellQuote.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 #include "support/TestFolder.h"
@@ -60,7 +60,8 @@ void expectSameFiles(const test::SandboxDevice& original, const test::SandboxDev
 }
 
 std::string installedPackages(const test::SandboxDevice& device) {
-    return test::runCommand("dpkg-query --admindir=" + ShellQuote::path(device.root() + "/var/lib/dpkg") + " -W -f='${Package}\\n'");
+    return test::runCommand("dpkg-query --admindir=" + ShellQuote::path(device.root() + "/var/lib/dpkg") +
+                            " -W -f='${Package}\\n'");
 }
 
 // One backup of the demo device serves every restore of the suite.
@@ -75,7 +76,8 @@ protected:
         FileManager::writeFile(original_->path("/Library/Themes/Handmade.theme/Info.plist"), "<plist/>");
         turnOn(*original_, {"AutoScanPkgEnabled", "AutoScanStockAppsEnabled", "AutoScanAppStoreAppsEnabled",
                             "AutoScanOtherOptionsEnabled", "BackupDebsEnabled", "EncryptBackupEnabled"});
-        const auto backup = run(*original_, "backup --yes --title 'Before the wipe' --key-file " + ShellQuote::path(keyFile()));
+        const auto backup =
+            run(*original_, "backup --yes --title 'Before the wipe' --key-file " + ShellQuote::path(keyFile()));
         EXPECT_EQ(backup.status, 0) << backup.errors;
     }
     static void TearDownTestSuite() {
@@ -106,7 +108,8 @@ TEST_F(RoundTripTest, ARestoreOntoTheWipedDeviceBringsEverythingBack) {
     const auto withoutKey = run(wiped, "restore --yes");
     EXPECT_EQ(withoutKey.status, 2) << "an encrypted session needs its key";
     EXPECT_NE(withoutKey.errors.find("--key-file"), std::string::npos) << withoutKey.errors;
-    const auto restore = run(wiped, "restore --yes --key-file " + ShellQuote::path(keyFile()) + " --log com.fuyuchi.flex2");
+    const auto restore =
+        run(wiped, "restore --yes --key-file " + ShellQuote::path(keyFile()) + " --log com.fuyuchi.flex2");
     EXPECT_EQ(restore.status, 0) << restore.output << restore.errors;
     EXPECT_NE(restore.output.find("installed          Flex 2 (com.fuyuchi.flex2 2.4.1)"), std::string::npos)
         << restore.output;

@@ -42,8 +42,9 @@ TEST(AddressBookProgramTest, BacksUpListsAndRestoresTheDevicesPackagesFromTheCon
     EXPECT_TRUE(has(history.output, "In the contacts"));
     EXPECT_TRUE(has(run(device, "status").output, "In the contacts"));
 
-    test::runCommand("dpkg --root=" + ShellQuote::path(device.root()) + " --admindir=" + ShellQuote::path(device.path("/var/lib/dpkg")) +
-                     " --force-depends --remove " + kTweak + " > /dev/null 2>&1");
+    test::runCommand("dpkg --root=" + ShellQuote::path(device.root()) +
+                     " --admindir=" + ShellQuote::path(device.path("/var/lib/dpkg")) + " --force-depends --remove " +
+                     kTweak + " > /dev/null 2>&1");
     ASSERT_NE(tweakStatus(device), "installed");
     const auto restore = run(device, "restore --yes");
     ASSERT_EQ(restore.status, 0) << restore.errors;

@@ -9,9 +9,14 @@ namespace stowhaven {
 namespace {
 
 TEST(Base64Test, MatchesTheVectorsOfRfc4648AndTheStandardAlphabet) {
-    const std::pair<const char*, const char*> vectors[] = {
-        {"", ""},         {"f", "Zg=="},         {"fo", "Zm8="},         {"foo", "Zm9v"},        {"foob", "Zm9vYg=="},
-        {"fooba", "Zm9vYmE="}, {"foobar", "Zm9vYmFy"}, {"\xfb\xef\xff", "++//"}};
+    const std::pair<const char*, const char*> vectors[] = {{"", ""},
+                                                           {"f", "Zg=="},
+                                                           {"fo", "Zm8="},
+                                                           {"foo", "Zm9v"},
+                                                           {"foob", "Zm9vYg=="},
+                                                           {"fooba", "Zm9vYmE="},
+                                                           {"foobar", "Zm9vYmFy"},
+                                                           {"\xfb\xef\xff", "++//"}};
     for (const auto& [bytes, text] : vectors) {
         EXPECT_EQ(Base64::encode(bytes), text);
         EXPECT_EQ(Base64::decode(text), bytes);
@@ -40,8 +45,8 @@ TEST(ZlibTest, RoundTripsAsAPlainZlibStream) {
     // A plain zlib stream, as uncompress() reads it.
     std::string check(text.size(), '\0');
     uLongf length = check.size();
-    ASSERT_EQ(uncompress(reinterpret_cast<Bytef*>(check.data()), &length,
-                         reinterpret_cast<const Bytef*>(stream.data()), stream.size()),
+    ASSERT_EQ(uncompress(reinterpret_cast<Bytef*>(check.data()), &length, reinterpret_cast<const Bytef*>(stream.data()),
+                         stream.size()),
               Z_OK);
     EXPECT_EQ(check, text);
     EXPECT_EQ(Zlib::inflate(stream, text.size()), text);

@@ -2,15 +2,16 @@
 #include "archive/HistoryText.h"
 #include "archive/KeyedArchiver.h"
 #include "archive/Zlib.h"
-#include "platform/plist/PlistCodec.h"
 #include "core/ModelClasses.h"
+#include "platform/plist/PlistCodec.h"
 
 #include <gtest/gtest.h>
 
 namespace stowhaven {
 namespace {
 
-const ArchiveValue kSession = ArchiveValue::Dictionary{{"title", "Before the upgrade"}, {"sessionDate", Date(747763200.5)}};
+const ArchiveValue kSession =
+    ArchiveValue::Dictionary{{"title", "Before the upgrade"}, {"sessionDate", Date(747763200.5)}};
 
 TEST(HistoryTextTest, IsTheArchiveDeflatedInBase64OnOneLine) {
     const auto text = HistoryText::encode(kSession);

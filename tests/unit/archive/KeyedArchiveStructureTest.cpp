@@ -35,25 +35,29 @@ TEST(KeyedArchiveStructureTest, ObjectsOfFoundationClassesAreLaidOutAsFoundation
         {"a string stands in place", "text", {"$null", "text"}},
         {"nested arrays",
          ArchiveValue::Array{"a", ArchiveValue::Array{"b"}},
-         {"$null", Dictionary{{"NS.objects", Array{PlistValue::uid(2), PlistValue::uid(3)}}, {"$class", PlistValue::uid(5)}},
+         {"$null",
+          Dictionary{{"NS.objects", Array{PlistValue::uid(2), PlistValue::uid(3)}}, {"$class", PlistValue::uid(5)}},
           "a", Dictionary{{"NS.objects", Array{PlistValue::uid(4)}}, {"$class", PlistValue::uid(5)}}, "b",
           described("NSArray", {"NSArray", "NSObject"})}},
         {"nil in an array is the null object, written once",
          ArchiveValue::Array{ArchiveValue(), ArchiveValue()},
-         {"$null", Dictionary{{"NS.objects", Array{PlistValue::uid(2), PlistValue::uid(2)}}, {"$class", PlistValue::uid(4)}},
+         {"$null",
+          Dictionary{{"NS.objects", Array{PlistValue::uid(2), PlistValue::uid(2)}}, {"$class", PlistValue::uid(4)}},
           Dictionary{{"$class", PlistValue::uid(3)}}, described("NSNull", {"NSNull", "NSObject"}),
           described("NSArray", {"NSArray", "NSObject"})}},
         {"a mutable string",
          ArchiveValue::mutableString("raw"),
          {"$null", Dictionary{{"NS.string", "raw"}, {"$class", PlistValue::uid(2)}},
           described("NSMutableString", {"NSMutableString", "NSString", "NSObject"})}},
-        {"a date", Date(747763200.5),
+        {"a date",
+         Date(747763200.5),
          {"$null", Dictionary{{"NS.time", 747763200.5}, {"$class", PlistValue::uid(2)}},
           described("NSDate", {"NSDate", "NSObject"})}},
         {"a mutable dictionary",
          ArchiveValue::mutableDictionary({{"/var/a.plist", data}}),
          {"$null",
-          Dictionary{{"NS.keys", Array{PlistValue::uid(2)}}, {"NS.objects", Array{PlistValue::uid(3)}},
+          Dictionary{{"NS.keys", Array{PlistValue::uid(2)}},
+                     {"NS.objects", Array{PlistValue::uid(3)}},
                      {"$class", PlistValue::uid(4)}},
           "/var/a.plist", data, described("NSMutableDictionary", {"NSMutableDictionary", "NSDictionary", "NSObject"})}},
     };
@@ -76,7 +80,8 @@ TEST(KeyedArchiveStructureTest, AModelObjectKeepsItsScalarsAndEscapesDollarKeys)
     };
     const Dictionary archive = writtenArchive(std::make_shared<DollarKey>());
     const Array& objects = *archive.at("$objects").asArray();
-    EXPECT_EQ(objects.at(1), (Dictionary{{"$$class", 7}, {"nothing", PlistValue::uid(0)}, {"$class", PlistValue::uid(2)}}));
+    EXPECT_EQ(objects.at(1),
+              (Dictionary{{"$$class", 7}, {"nothing", PlistValue::uid(0)}, {"$class", PlistValue::uid(2)}}));
     EXPECT_EQ(objects.at(2), described("DollarKey", {"DollarKey", "NSObject"}));
 
     std::int32_t read = 0;

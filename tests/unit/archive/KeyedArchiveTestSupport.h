@@ -9,9 +9,7 @@
 
 namespace stowhaven::test {
 
-inline PlistValue uid(std::uint64_t value) {
-    return PlistValue::uid(value);
-}
+inline PlistValue uid(std::uint64_t value) { return PlistValue::uid(value); }
 
 // Foundation's description of a class whose superclass is NSObject.
 inline PlistValue classDescription(const std::string& className) {

@@ -33,8 +33,8 @@ TEST(KeyedUnarchiverEncodingsTest, ReadsEachEncodingOfFoundationsClasses) {
          {Dictionary{{"NS.bytes", PlistValue::data("h\xc3\xa9")}, {"$class", uid(2)}}, classDescription("NSString")},
          "h\xc3\xa9"},
         {"an array under numbered keys",
-         {Dictionary{{"NS.object.0", uid(3)}, {"NS.object.1", uid(4)}, {"$class", uid(2)}},
-          classDescription("NSArray"), "x", 5},
+         {Dictionary{{"NS.object.0", uid(3)}, {"NS.object.1", uid(4)}, {"$class", uid(2)}}, classDescription("NSArray"),
+          "x", 5},
          ArchiveValue::Array{"x", 5}},
         {"a set, read as an array",
          {Dictionary{{"NS.objects", Array{uid(3)}}, {"$class", uid(2)}}, classDescription("NSMutableSet"), "x"},
@@ -53,7 +53,8 @@ TEST(KeyedUnarchiverEncodingsTest, ReadsEachEncodingOfFoundationsClasses) {
          {Dictionary{{"NS.bytes", uid(3)}, {"$class", uid(2)}}, classDescription("NSMutableData"),
           PlistValue::data("\x03")},
          ArchiveValue::mutableData({0x03})},
-        {"a date of whole seconds", {Dictionary{{"NS.time", 10}, {"$class", uid(2)}}, classDescription("NSDate")},
+        {"a date of whole seconds",
+         {Dictionary{{"NS.time", 10}, {"$class", uid(2)}}, classDescription("NSDate")},
          Date(10)},
         {"a date as a property-list date", {Date(3.5)}, Date(3.5)},
         {"a number object of an integer",
@@ -76,9 +77,9 @@ TEST(KeyedUnarchiverEncodingsTest, ReadsEachEncodingOfFoundationsClasses) {
 }
 
 TEST(KeyedUnarchiverEncodingsTest, ReadsAnArchiveInXml) {
-    const ArchiveValue value = ArchiveValue::Dictionary{
-        {"sessionDate", Date(747763200.5)}, {"rawData", ArchiveValue::mutableString("Foo\tcom.foo\n")},
-        {"applications", ArchiveValue::mutableArray({"x", 5})}};
+    const ArchiveValue value = ArchiveValue::Dictionary{{"sessionDate", Date(747763200.5)},
+                                                        {"rawData", ArchiveValue::mutableString("Foo\tcom.foo\n")},
+                                                        {"applications", ArchiveValue::mutableArray({"x", 5})}};
     const auto xml = PlistCodec::serialize(*KeyedArchiver::archivedPlist(value), PlistFormat::Xml);
     ASSERT_TRUE(xml);
     ASSERT_NE(xml->find("CF$UID"), std::string::npos);

@@ -92,11 +92,11 @@ TEST(KeyedUnarchiverHostileTest, RefusesUnknownClasses) {
 
 TEST(KeyedUnarchiverHostileTest, RefusesObjectsThatHoldThemselves) {
     expectRefused(arrayArchive({uid(1)}), "an array holding itself", "object 1 of class <NSArray> holds itself");
-    expectRefused(arrayArchive({uid(3)}, {arrayObject({uid(1)}, 2)}),
-                  "two arrays holding each other", "object 1 of class <NSArray> holds itself");
-    expectRefused(
-        handMadeArchive({Dictionary{{"folderContents", uid(1)}, {"$class", uid(2)}}, classDescription("ArchivableFolder")}),
-        "a model object holding itself", "object 1 of class <ArchivableFolder> holds itself");
+    expectRefused(arrayArchive({uid(3)}, {arrayObject({uid(1)}, 2)}), "two arrays holding each other",
+                  "object 1 of class <NSArray> holds itself");
+    expectRefused(handMadeArchive({Dictionary{{"folderContents", uid(1)}, {"$class", uid(2)}},
+                                   classDescription("ArchivableFolder")}),
+                  "a model object holding itself", "object 1 of class <ArchivableFolder> holds itself");
 }
 
 TEST(KeyedUnarchiverHostileTest, RefusesFoundationObjectsWithoutTheirContents) {
@@ -108,7 +108,8 @@ TEST(KeyedUnarchiverHostileTest, RefusesFoundationObjectsWithoutTheirContents) {
     expectRefused(instance({}, "NSString"), "a string without text");
     expectRefused(instance({{"NS.string", 5}}, "NSString"), "a string whose text is a number");
     expectRefused(instance({{"NS.string", Array{"x"}}}, "NSString"), "a string whose text is a container");
-    expectRefused(instance({{"NS.bytes", PlistValue::data("\xff\xfe")}}, "NSString"), "a string of bytes that aren't UTF-8");
+    expectRefused(instance({{"NS.bytes", PlistValue::data("\xff\xfe")}}, "NSString"),
+                  "a string of bytes that aren't UTF-8");
     expectRefused(instance({{"NS.data", "text"}}, "NSData"), "data that is text");
     expectRefused(instance({}, "NSDate"), "a date without its time");
     expectRefused(instance({{"NS.time", "noon"}}, "NSDate"), "a date whose time is text");
@@ -117,14 +118,16 @@ TEST(KeyedUnarchiverHostileTest, RefusesFoundationObjectsWithoutTheirContents) {
     expectRefused(handMadeArchive({Dictionary{{"NS.keys", Array{uid(3)}}, {"NS.objects", Array{}}, {"$class", uid(2)}},
                                    classDescription("NSDictionary"), "key"}),
                   "a dictionary with more keys than values");
-    expectRefused(handMadeArchive({Dictionary{{"NS.keys", Array{uid(3)}}, {"NS.objects", Array{uid(3)}}, {"$class", uid(2)}},
-                                   classDescription("NSDictionary"), 5}),
-                  "a dictionary key that is no string");
+    expectRefused(
+        handMadeArchive({Dictionary{{"NS.keys", Array{uid(3)}}, {"NS.objects", Array{uid(3)}}, {"$class", uid(2)}},
+                         classDescription("NSDictionary"), 5}),
+        "a dictionary key that is no string");
 }
 
 TEST(KeyedUnarchiverHostileTest, ReadsNestingUpToTheLimitAndNoDeeper) {
     EXPECT_TRUE(test::unarchive(nestedArrays(KeyedUnarchiver::kMaximumNesting)));
-    expectRefused(nestedArrays(KeyedUnarchiver::kMaximumNesting + 1), "nesting beyond the limit", "objects nested deeper");
+    expectRefused(nestedArrays(KeyedUnarchiver::kMaximumNesting + 1), "nesting beyond the limit",
+                  "objects nested deeper");
 }
 
 TEST(KeyedUnarchiverHostileTest, RefusesSharedContainersThatMultiply) {
@@ -134,7 +137,8 @@ TEST(KeyedUnarchiverHostileTest, RefusesSharedContainersThatMultiply) {
         objects.push_back(arrayObject({uid(level + 3), uid(level + 3)}, 1));
     }
     objects.push_back("leaf");
-    expectRefused(handMadeArchive(std::move(objects), uid(2)), "a doubling chain of arrays", "more than 2097152 values");
+    expectRefused(handMadeArchive(std::move(objects), uid(2)), "a doubling chain of arrays",
+                  "more than 2097152 values");
 
     Array manyReferences;
     for (int copy = 0; copy < 20; ++copy) manyReferences.push_back(uid(3));

@@ -21,9 +21,8 @@ TEST(StringCipherTest, CutsTextsAt44Characters) {
 }
 
 TEST(StringCipherTest, DecipheringUndoesEnciphering) {
-    for (const std::string& text :
-         {std::string(), std::string("k"), std::string("0123456789abcdef"), std::string("caf\xc3\xa9 \xf0\x9f\x94\x91"),
-          std::string(44, 'z')}) {
+    for (const std::string& text : {std::string(), std::string("k"), std::string("0123456789abcdef"),
+                                    std::string("caf\xc3\xa9 \xf0\x9f\x94\x91"), std::string(44, 'z')}) {
         const std::string hex = StringCipher::encrypt(text);
         EXPECT_EQ(StringCipher::decrypt(hex), text);
     }

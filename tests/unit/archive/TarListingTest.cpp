@@ -77,7 +77,8 @@ public:
         add(notes + "latest", {Type::SymbolicLink, symbolicTarget, 0});
         add(notes + "same.sqlite", {Type::HardLink, hardTarget, 0});
 
-        std::string command = "tar -C " + ShellQuote::path(root("")) + " --format=" + format + " --no-recursion -cf " + ShellQuote::path(archive_);
+        std::string command = "tar -C " + ShellQuote::path(root("")) + " --format=" + format + " --no-recursion -cf " +
+                              ShellQuote::path(archive_);
         if (!ustar) command += " --sparse";
         // The pax sparse format that hides the real name behind a stand-in in the header.
         if (format == "pax") command += " --sparse-version=1.0";
@@ -382,8 +383,8 @@ TEST(TarListingTest, ReadsALongNameToItsEndAsTarDoes) {
     writeFile(folder / "running-on.tar", runningOn);
     EXPECT_EQ(test::runCommand("tar -tf " + ShellQuote::path(folder / "running-on.tar")), unpacked + "\n");
 
-    const std::string endedByPadding = member(Header("././@LongLink").typed('L'), judged) +
-                                       member(Header("stand-in"), "x") + kEnd;
+    const std::string endedByPadding =
+        member(Header("././@LongLink").typed('L'), judged) + member(Header("stand-in"), "x") + kEnd;
     EXPECT_EQ(archive.names(endedByPadding), std::vector<std::string>{judged}) << "no NUL, but the block ends it";
     writeFile(folder / "ended.tar", endedByPadding);
     EXPECT_EQ(test::runCommand("tar -tf " + ShellQuote::path(folder / "ended.tar")), judged + "\n");

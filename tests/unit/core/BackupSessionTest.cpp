@@ -118,8 +118,9 @@ TEST_F(BackupSessionTest, PermissionsComeBackAsRecordedOrTheFileGoesToTheMobileU
     EXPECT_EQ(FileOwnership::read(scope_.path(kTweakPlist))->permissions, 0640u);
 
     session_.restoreFilePermissionData("/var/mobile/Library/other.plist");
-    EXPECT_EQ(scope_.services.shell.commands.back(),
-              "chown mobile:mobile " + ShellQuote::path(scope_.path("/var/mobile/Library/other.plist")) + "> /dev/null 2>&1");
+    EXPECT_EQ(
+        scope_.services.shell.commands.back(),
+        "chown mobile:mobile " + ShellQuote::path(scope_.path("/var/mobile/Library/other.plist")) + "> /dev/null 2>&1");
 
     // A path from a session that the shell would split or expand runs nothing of its own.
     scope_.services.shell.runsCommands = true;

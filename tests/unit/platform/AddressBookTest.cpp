@@ -193,7 +193,8 @@ TEST_F(AddressBookTest, LookupByNameMatchesTheBeginningsOfNameWordsIncludingPend
     EXPECT_EQ(book->copyPeopleWithName("calloway"), (People{ann, calloway, freight}));
     EXPECT_EQ(book->copyPeopleWithName(" bUMB\tharb "), People{zoe});
     EXPECT_EQ(book->copyPeopleWithName("j. o'b malik"), People{malik});
-    for (const char* none : {"ann reyes", "alloway", "walnuts", " \t"}) EXPECT_TRUE(book->copyPeopleWithName(none).empty()) << none;
+    for (const char* none : {"ann reyes", "alloway", "walnuts", " \t"})
+        EXPECT_TRUE(book->copyPeopleWithName(none).empty()) << none;
 
     // A fresh book answers from the rows, and counts changes not saved yet.
     auto fresh = openBook();

@@ -30,21 +30,20 @@ bool contains(const std::string& haystack, const std::string& needle) {
 
 // Everything a property list can hold. Dates are whole seconds, as XML keeps them.
 PlistValue everyKind() {
-    return Dictionary{
-        {"booleans", Array{true, false}},
-        {"integers", Array{0, 1, -1, 255, 65536, std::numeric_limits<std::int64_t>::max(),
-                           std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::uint64_t>::max(),
-                           std::uint64_t{1} << 63}},
-        {"reals", Array{0.0, -2.5, 0.1, 1e-300, 1e300, 3.141592653589793, INFINITY, -INFINITY}},
-        {"strings", Array{"", "plain", "h\u00e9llo w\u00f6rld", "\xf0\x9f\x98\x80 emoji", "<&>\"'"}},
-        {"data", Array{PlistValue::data(""), PlistValue::data(std::string("a\0b\0", 4)),
-                       PlistValue::data(std::string(300, '\xff'))}},
-        {"dates", Array{Date(0), Date(447166800), Date(-86400 * 365.0)}},
-        {"uids", Array{PlistValue::uid(0), PlistValue::uid(1), PlistValue::uid(4000000)}},
-        {"empty", Dictionary{{"array", Array{}}, {"dictionary", Dictionary{}}}},
-        {"nested", Array{Array{Array{Dictionary{{"deep", "yes"}}}}}},
-        {"\u00fcnicode key \xf0\x9f\x98\x80", 1},
-        {"", "empty key"}};
+    return Dictionary{{"booleans", Array{true, false}},
+                      {"integers", Array{0, 1, -1, 255, 65536, std::numeric_limits<std::int64_t>::max(),
+                                         std::numeric_limits<std::int64_t>::min(),
+                                         std::numeric_limits<std::uint64_t>::max(), std::uint64_t{1} << 63}},
+                      {"reals", Array{0.0, -2.5, 0.1, 1e-300, 1e300, 3.141592653589793, INFINITY, -INFINITY}},
+                      {"strings", Array{"", "plain", "h\u00e9llo w\u00f6rld", "\xf0\x9f\x98\x80 emoji", "<&>\"'"}},
+                      {"data", Array{PlistValue::data(""), PlistValue::data(std::string("a\0b\0", 4)),
+                                     PlistValue::data(std::string(300, '\xff'))}},
+                      {"dates", Array{Date(0), Date(447166800), Date(-86400 * 365.0)}},
+                      {"uids", Array{PlistValue::uid(0), PlistValue::uid(1), PlistValue::uid(4000000)}},
+                      {"empty", Dictionary{{"array", Array{}}, {"dictionary", Dictionary{}}}},
+                      {"nested", Array{Array{Array{Dictionary{{"deep", "yes"}}}}}},
+                      {"\u00fcnicode key \xf0\x9f\x98\x80", 1},
+                      {"", "empty key"}};
 }
 
 class PlistCodecRoundTrip : public ::testing::TestWithParam<PlistFormat> {};
@@ -83,9 +82,8 @@ TEST(PlistCodecTest, XmlHoldsNoDateBeyondItsFourDigitYears) {
 }
 
 TEST(PlistCodecTest, WritesNumbersDatesAndUidsAsTheFormatDefinesThem) {
-    const auto binary = *PlistCodec::serialize(Array{-1, std::numeric_limits<std::uint64_t>::max(), Date(0.5),
-                                                     PlistValue::uid(7)},
-                                               PlistFormat::Binary);
+    const auto binary = *PlistCodec::serialize(
+        Array{-1, std::numeric_limits<std::uint64_t>::max(), Date(0.5), PlistValue::uid(7)}, PlistFormat::Binary);
     EXPECT_TRUE(contains(binary, hexToBytes("13ffffffffffffffff"))) << "a negative number: 8 bytes, two's complement";
     EXPECT_TRUE(contains(binary, hexToBytes("140000000000000000ffffffffffffffff"))) << "unsigned: 16 bytes";
     EXPECT_TRUE(contains(binary, hexToBytes("333fe0000000000000"))) << "a date: a big-endian double";
@@ -126,10 +124,10 @@ TEST(PlistCodecTest, RefusesValuesNoPropertyListCanHold) {
         Array{1, PlistValue()},
         Dictionary{{"key", Dictionary{{"inner", PlistValue()}}}},
         std::string("a\0b", 3),
-        "\xc3",                       // a sequence cut short
-        "\xed\xa0\x80",               // a surrogate
-        "\xc0\xaf",                   // an overlong form
-        "\xf4\x90\x80\x80",           // beyond U+10FFFF
+        "\xc3",              // a sequence cut short
+        "\xed\xa0\x80",      // a surrogate
+        "\xc0\xaf",          // an overlong form
+        "\xf4\x90\x80\x80",  // beyond U+10FFFF
         Dictionary{{std::string("k\0", 2), 1}},
         Dictionary{{"\xff", 1}},
         PlistValue::uid(std::uint64_t{1} << 32),

@@ -1,7 +1,7 @@
 #include "platform/plist/NestingGuard.h"
 #include "platform/plist/PlistCodec.h"
-#include "unit/plist/BinaryPlistBuilder.h"
 #include "support/CapturedLog.h"
+#include "unit/plist/BinaryPlistBuilder.h"
 
 #include <gtest/gtest.h>
 
@@ -76,8 +76,7 @@ TEST(PlistHostileInputTest, RefusesObjectTablesThatPointAstray) {
     expectRefused(binaryPlist({"\xa1\x01", "\xa1\x00"}), "two arrays holding each other");
     expectRefused(binaryPlist({"\xaf\x13\x7f\xff\xff\xff\xff\xff\xff\xff"}), "a count beyond the input");
     expectRefused(binaryPlist({"\xd1\x01\x01", "\x10\x05"}), "a dictionary key that is no string");
-    expectRefused(binaryPlist({"\xd1\x01\x02", std::string("\x53k\0y", 4), "\x10\x05"}),
-                  "an ASCII key holding a NUL");
+    expectRefused(binaryPlist({"\xd1\x01\x02", std::string("\x53k\0y", 4), "\x10\x05"}), "an ASCII key holding a NUL");
     expectRefused(binaryPlist({"\xd1\x01\x02", std::string("\x62\0k\0\0", 5), "\x10\x05"}),
                   "a UTF-16 key holding a NUL");
     EXPECT_TRUE(PlistCodec::parse(binaryPlist({"\xd1\x01\x02", std::string("\x62\0k\x01\0", 5), "\x10\x05"})))
@@ -133,10 +132,11 @@ TEST(PlistHostileInputTest, MeasuresSharedObjectsOnceAndNotPerPath) {
 }
 
 TEST(PlistHostileInputTest, XmlNestingLeavesOutCommentsCdataAndEmptyElements) {
-    const std::string text = "<?xml version=\"1.0\"?><!DOCTYPE plist><plist><array>"
-                             "<!-- <array><array><array> --><![CDATA[<array><array>]]>"
-                             "<array/><dict/><dict attribute=\"a>b\"><key>k</key><array></array></dict>"
-                             "</array></plist>";
+    const std::string text =
+        "<?xml version=\"1.0\"?><!DOCTYPE plist><plist><array>"
+        "<!-- <array><array><array> --><![CDATA[<array><array>]]>"
+        "<array/><dict/><dict attribute=\"a>b\"><key>k</key><array></array></dict>"
+        "</array></plist>";
     EXPECT_TRUE(xmlPlistNestingWithin(text, 3));
     EXPECT_FALSE(xmlPlistNestingWithin(text, 2));
 }

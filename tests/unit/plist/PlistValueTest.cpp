@@ -65,14 +65,13 @@ TEST(PlistValueTest, NumbersConvertAsTheDevicesNumberObjects) {
 }
 
 TEST(PlistValueTest, DescribesNestedValuesOnOneLine) {
-    const PlistValue value = PlistValue::Dictionary{
-        {"a", PlistValue::Array{1, 2.5, 3.0, true, PlistValue()}},
-        {"b", PlistValue::data(std::string("\x00\xff", 2))},
-        {"c", "say \"hi\"\n"},
-        {"d", Date(0)},
-        {"e", PlistValue::uid(7)},
-        {"f", PlistValue::Array{}},
-        {"g", PlistValue::Dictionary{}}};
+    const PlistValue value = PlistValue::Dictionary{{"a", PlistValue::Array{1, 2.5, 3.0, true, PlistValue()}},
+                                                    {"b", PlistValue::data(std::string("\x00\xff", 2))},
+                                                    {"c", "say \"hi\"\n"},
+                                                    {"d", Date(0)},
+                                                    {"e", PlistValue::uid(7)},
+                                                    {"f", PlistValue::Array{}},
+                                                    {"g", PlistValue::Dictionary{}}};
     EXPECT_EQ(value.description(),
               "{\"a\" = (1, 2.5, 3.0, true, <null>); \"b\" = <00ff>; \"c\" = \"say \\\"hi\\\"\\n\"; "
               "\"d\" = 2001-01-01 00:00:00 +0000; \"e\" = <uid 7>; \"f\" = (); \"g\" = {}; }");
