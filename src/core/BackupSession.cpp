@@ -16,10 +16,7 @@
 #include "platform/FileOwnership.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
-#include "platform/ShellQuote.h"
 #include "platform/plist/PlistCodec.h"
-
-#include <fmt/format.h>
 
 #include <algorithm>
 #include <charconv>
@@ -28,9 +25,6 @@
 namespace stowhaven {
 
 namespace {
-
-// The package manager's own settings, which a session always keeps inline.
-constexpr std::string_view kOwnIdentifier = "com.larkmoor.stowhaven";
 
 // The system's file-attribute keys, as the session records them.
 constexpr const char* kPosixPermissionsKey = "NSFilePosixPermissions";
@@ -73,10 +67,7 @@ bool BackupSession::isValidEncryptionKey(const std::string& key) const {
     return encryptionKey_ == StringCipher::encrypt(key);
 }
 
-void BackupSession::setRawData(std::optional<std::string> rawData) {
-    rawData_ = std::move(rawData);
-    packagesNameList_.reset();
-}
+void BackupSession::setRawData(std::optional<std::string> rawData) { rawData_ = std::move(rawData); }
 
 bool BackupSession::addCydiaFile(const std::shared_ptr<CydiaFile>& package) {
     if (!package || !package->packageName()) {
@@ -86,7 +77,6 @@ bool BackupSession::addCydiaFile(const std::shared_ptr<CydiaFile>& package) {
     if (!package->isBackupSelected() || !package->isTopLevel()) return false;
     if (!rawData_) rawData_.emplace();
     *rawData_ += package->backupData() + "\n";
-    packagesNameList_.reset();
     return true;
 }
 
@@ -147,21 +137,6 @@ void BackupSession::addSpringboardFile(const std::shared_ptr<PreferenceFile>& fi
         springboardDataObjects_.push_back(file);
     }
     retrieveAndStoreFilePermissionData(path);
-}
-
-std::vector<std::string> BackupSession::getPackagesNameList() {
-    if (packagesNameList_) return *packagesNameList_;
-    std::vector<std::string> names;
-    for (const std::string& line : textutil::split(rawData_.value_or(""), '\n')) {
-        if (line.empty()) continue;
-        const std::vector<std::string> fields = textutil::split(line, '\t');
-        const std::string identifier = fields.size() > 1 ? fields[1] : "";
-        if (identifier == kOwnIdentifier || identifier.starts_with("gsc.")) continue;
-        names.push_back(fields[0]);
-    }
-    std::sort(names.begin(), names.end());
-    packagesNameList_ = names;
-    return names;
 }
 
 // The version's digits read as one number: "7" is 7 and comes before 8, "7.1" is 71.
@@ -261,26 +236,6 @@ void BackupSession::retrieveAndStoreFilePermissionData(const std::string& path) 
     if (ownership->groupOwnerAccountName) attributes.emplace(kGroupOwnerAccountNameKey, ownership->ownerAccountName);
     if (!permissionsData_) permissionsData_.emplace();
     permissionsData_->insert_or_assign(path, std::move(attributes));
-}
-
-void BackupSession::restoreFilePermissionData(const std::string& path) const {
-    const auto entry = permissionsData_ ? permissionsData_->find(path) : PlistValue::Dictionary::const_iterator{};
-    if (!permissionsData_ || entry == permissionsData_->end() || !entry->second.isDictionary()) {
-        Supervisor::shared().systemExecute(
-            fmt::format("chown mobile:mobile {}> /dev/null 2>&1", ShellQuote::path(DeviceRoot::path(path))));
-        return;
-    }
-    const PlistValue::Dictionary& attributes = *entry->second.asDictionary();
-    const std::string* owner = stringForKey(attributes, kOwnerAccountNameKey);
-    const std::string* group = stringForKey(attributes, kGroupOwnerAccountNameKey);
-    const PlistValue* permissionBits = valueForKey(attributes, kPosixPermissionsKey);
-    const auto permissions = permissionBits ? permissionBits->asUnsignedInteger() : std::nullopt;
-    std::string error = "incomplete attributes";
-    const bool applied =
-        owner && permissions &&
-        FileOwnership{static_cast<unsigned>(*permissions), *owner, group ? std::optional(*group) : std::nullopt}
-            .applyTo(DeviceRoot::path(path), &error);
-    if (!applied) SH_LOG("<{}> while setting <{}> attributes <{}>!", error, path, entry->second.description());
 }
 
 double BackupSession::appleStockAppsSize() const {

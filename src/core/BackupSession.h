@@ -70,9 +70,6 @@ public:
     // address book only.
     void addSpringboardFile(const std::shared_ptr<PreferenceFile>& file);
 
-    // The display names of the stored packages, this program's own and "gsc." ones left
-    // out, sorted; made once.
-    std::vector<std::string> getPackagesNameList();
     bool hasRawData() const { return rawData_ && !rawData_->empty(); }
     bool hasPermissionsData() const { return permissionsData_ && !permissionsData_->empty(); }
     // Sessions of versions before 8 answer true whatever they hold.
@@ -93,10 +90,8 @@ public:
     // Turns the old string form of the sources ("repo.example.org ./") into sources.
     void buildRepositorySourceObjects(const std::vector<std::string>& lines);
 
-    // Records the permissions and owners of a device path; restores them, or without a
-    // record gives the path to the mobile user.
+    // Records the permissions and owners of a device path.
     void retrieveAndStoreFilePermissionData(const std::string& path);
-    void restoreFilePermissionData(const std::string& path) const;
 
     // Sizes in megabytes. The stock applications' sum leaves Health out; the selected
     // sum counts every set whose flag is on.
@@ -209,7 +204,6 @@ private:
     std::optional<AlbumList> photoVideoAlbums_;
     std::optional<std::string> deviceFirmware_;
     std::optional<FileData> preferencesData_;
-    std::optional<std::vector<std::string>> packagesNameList_;
     std::optional<PlistValue::Dictionary> permissionsData_;
 
     // Guard the two item lists, which backups fill from several queues and the restore

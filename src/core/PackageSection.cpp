@@ -2,8 +2,6 @@
 
 #include "core/Text.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 
 namespace stowhaven {
@@ -45,22 +43,5 @@ void PackageSection::sortPackages() {
     std::stable_sort(packages_.begin(), packages_.end(),
                      [](const auto& left, const auto& right) { return left->compareByName(*right) < 0; });
 }
-
-bool PackageSection::hasPackageWithState(PackageState state) const {
-    return std::any_of(packages_.begin(), packages_.end(), [&](const auto& package) { return ((*package).*state)(); });
-}
-
-std::size_t PackageSection::countPackagesWithState(PackageState state) const {
-    return static_cast<std::size_t>(
-        std::count_if(packages_.begin(), packages_.end(), [&](const auto& package) { return ((*package).*state)(); }));
-}
-
-void PackageSection::setPackageFilter(const PackageFilter& predicate) {
-    filteredPackages_.clear();
-    std::copy_if(packages_.begin(), packages_.end(), std::back_inserter(filteredPackages_),
-                 [&](const auto& package) { return !predicate || predicate(*package); });
-}
-
-std::string PackageSection::description() const { return fmt::format("{}:{}", name_, packages_.size()); }
 
 }  // namespace stowhaven

@@ -3,7 +3,6 @@
 #include "core/CydiaFile.h"
 
 #include <compare>
-#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -16,7 +15,6 @@ namespace stowhaven {
 class PackageSection {
 public:
     using Packages = std::vector<std::shared_ptr<CydiaFile>>;
-    using PackageFilter = std::function<bool(const CydiaFile&)>;
     // A getter of a package's selection flag, such as &CydiaFile::isBackupSelected.
     using PackageState = bool (CydiaFile::*)() const;
 
@@ -30,33 +28,16 @@ public:
     const std::string& name() const { return name_; }
     const Packages& packages() const { return packages_; }
     void addPackage(std::shared_ptr<CydiaFile> package) { packages_.push_back(std::move(package)); }
-    // What the screen shows under the current filter; set by setPackageFilter().
-    const Packages& filteredPackages() const { return filteredPackages_; }
 
-    bool isEqual(const PackageSection& other) const { return name_ == other.name_; }
     // Sorts this section's packages by name, then answers the order of the two sections'
     // names without regard to case. So sorting sections sorts the packages of those
     // sections that the sort compares.
     std::weak_ordering compare(const PackageSection& other);
     void sortPackages();
 
-    bool hasPackageWithState(PackageState state) const;
-    std::size_t countPackagesWithState(PackageState state) const;
-    bool hasBackupablePackage() const { return hasPackageWithState(&CydiaFile::isBackupSelected); }
-    bool hasRestorablePackage() const { return hasPackageWithState(&CydiaFile::isRestoreSelected); }
-    std::size_t countBackupablePackages() const { return countPackagesWithState(&CydiaFile::isBackupSelected); }
-    std::size_t countRestorablePackages() const { return countPackagesWithState(&CydiaFile::isRestoreSelected); }
-
-    // The filtered packages become those that PREDICATE lets through, or all without one.
-    void setPackageFilter(const PackageFilter& predicate);
-
-    // "Tweaks:12": the name and the count of packages.
-    std::string description() const;
-
 private:
     std::string name_;
     Packages packages_;
-    Packages filteredPackages_;
 };
 
 }  // namespace stowhaven

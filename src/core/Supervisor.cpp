@@ -73,8 +73,6 @@ Supervisor::Supervisor() : version_(STOWHAVEN_VERSION), exitHandler_(ProcessCont
 
     progressCanceledObserver_ =
         center.addObserver("PROGRESS_CANCELED", nullptr, [this](const Notification&) { handleProgressCanceled(); });
-    fSoundEnabled_ = lowLevelGetBooleanPreferencesDataForKey("SoundEnabled");
-    fVibrateEnabled_ = lowLevelGetBooleanPreferencesDataForKey("VibrateEnabled");
 
     refreshFreeSpace();
     linkAccessibilitySettings();

@@ -83,7 +83,6 @@ public:
     bool isCanceled() const { return fCanceled_; }
     void resetCancelStatus() { fCanceled_ = false; }
     void handleProgressCanceled();
-    void cancelChildProcesses();
 
     // Temporary files.
     std::string getTemporaryFileName(bool secure) const;
@@ -158,13 +157,11 @@ public:
     // An engine that works over the network: every one but the address book and local storage.
     bool isNetworkStorage() const;
     bool isStorageSameAsDefault() const;
-    void resetStorageToDefault();
     void persistStorageType();
     void cloudStorageFlushCache();
     // Of the engine of the live type; 0 keeps all.
     std::int32_t maximumBackupsToKeep() const;
     void setMaximumBackupToKeep(std::int32_t count);
-    void persistMaximumBackupsToKeep();
 
     // Progress, delivered on the main queue as "UPDATE_PROGRESS_TEXT" (object: the text as
     // a std::string) and "UPDATE_PROGRESS" (object: the fraction as a double); an absent
@@ -195,8 +192,6 @@ public:
     const std::string& version() const { return version_; }
     // "\n\n\n-- platform-system version: identifier", appended to every mail.
     const std::string& deviceInfos() const { return deviceInfos_; }
-    bool isSoundEnabled() const { return fSoundEnabled_; }
-    bool isVibrateEnabled() const { return fVibrateEnabled_; }
     // Empty when the statistics can't be read.
     std::string memoryUsageString() const;
     // Writes it to the log, where it can be read.
@@ -235,8 +230,6 @@ private:
     void composeEmail(const Email& email);
     void removeSettingsFile(const std::string& user);
 
-    std::atomic<bool> fSoundEnabled_{false};
-    std::atomic<bool> fVibrateEnabled_{false};
     std::atomic<bool> fCanceled_{false};
     std::string deviceUID_;
     std::string deviceName_;

@@ -91,11 +91,6 @@ bool Supervisor::isNetworkStorage() const { return !isStorageAddressbook() && !i
 
 bool Supervisor::isStorageSameAsDefault() const { return currentStorageType() == persistedStorageType(); }
 
-void Supervisor::resetStorageToDefault() {
-    setCurrentStorageType(persistedStorageType());
-    SH_LOG("Storage is now: {}", storageEngineName());
-}
-
 void Supervisor::persistStorageType() {
     lowLevelStorePreferencesData(static_cast<std::int64_t>(currentStorageType()), kCurrentStorageTypeKey);
 }
@@ -126,11 +121,5 @@ std::size_t Supervisor::maximumBackupsIndex() const {
 std::int32_t Supervisor::maximumBackupsToKeep() const { return maximumBackups_[maximumBackupsIndex()]; }
 
 void Supervisor::setMaximumBackupToKeep(std::int32_t count) { maximumBackups_[maximumBackupsIndex()] = count; }
-
-void Supervisor::persistMaximumBackupsToKeep() {
-    const std::size_t index = maximumBackupsIndex();
-    lowLevelStorePreferencesData(static_cast<std::uint32_t>(maximumBackups_[index].load()),
-                                 kStorageTypes[index].maximumBackupsKey);
-}
 
 }  // namespace stowhaven

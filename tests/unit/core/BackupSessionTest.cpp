@@ -6,13 +6,11 @@
 #include "items/PreferenceFile.h"
 #include "items/RepositorySource.h"
 #include "platform/FileOwnership.h"
-#include "platform/ShellQuote.h"
 #include "platform/plist/PlistCodec.h"
 #include "support/SupervisorScope.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
 
 namespace stowhaven {
@@ -50,15 +48,6 @@ TEST_F(BackupSessionTest, OnlyPackagesSelectedForBackupGoIntoTheList) {
     EXPECT_TRUE(session_.addCydiaFile(package("Foo\tcom.foo\t1.0\tme\tTweaks\ta, b\tinstall ok installed", true)));
     EXPECT_TRUE(session_.addCydiaFile(package("\tcom.bar\t2\tyou\tThemes\t\tinstall ok installed", true)));
     EXPECT_EQ(session_.rawData(), "Foo\tcom.foo\t1.0\tme\tTweaks\ta,b\ncom.bar\tcom.bar\t2\tyou\tThemes\t(null)\n");
-}
-
-TEST_F(BackupSessionTest, ThePackageNamesLeaveOutThisProgramAndSortByCode) {
-    session_.setRawData(
-        "zeta\tcom.zeta\t1\n\nStowhaven\tcom.larkmoor.stowhaven\t1\nAlpha\tcom.alpha\t1\n"
-        "Hidden\tgsc.wifi\t1\nbeta\tcom.beta\t1\n");
-    EXPECT_EQ(session_.getPackagesNameList(), (std::vector<std::string>{"Alpha", "beta", "zeta"}));
-    session_.setRawData("Only\tcom.only\t1\n");
-    EXPECT_EQ(session_.getPackagesNameList(), (std::vector<std::string>{"Only"})) << "new data, new list";
 }
 
 TEST_F(BackupSessionTest, OnAFileEngineOnlyThePackageManagersSettingsStayInline) {
@@ -107,29 +96,6 @@ TEST_F(BackupSessionTest, FilesThatCantBeReadOrAreThereAlreadyAddNothing) {
     EXPECT_EQ(session_.preferencesFileObjects().size(), 1u);
     EXPECT_TRUE(session_.springBoardData()->empty());
     EXPECT_TRUE(session_.springboardDataObjects().empty());
-}
-
-TEST_F(BackupSessionTest, PermissionsComeBackAsRecordedOrTheFileGoesToTheMobileUser) {
-    writeDeviceFile(kTweakPlist, "tweak settings");
-    std::filesystem::permissions(scope_.path(kTweakPlist), std::filesystem::perms(0640));
-    session_.retrieveAndStoreFilePermissionData(kTweakPlist);
-    std::filesystem::permissions(scope_.path(kTweakPlist), std::filesystem::perms(0600));
-    session_.restoreFilePermissionData(kTweakPlist);
-    EXPECT_EQ(FileOwnership::read(scope_.path(kTweakPlist))->permissions, 0640u);
-
-    session_.restoreFilePermissionData("/var/mobile/Library/other.plist");
-    EXPECT_EQ(
-        scope_.services.shell.commands.back(),
-        "chown mobile:mobile " + ShellQuote::path(scope_.path("/var/mobile/Library/other.plist")) + "> /dev/null 2>&1");
-
-    // A path from a session that the shell would split or expand runs nothing of its own.
-    scope_.services.shell.runsCommands = true;
-    const std::string marker = scope_.path("/marker");
-    for (const std::string& hostile : {"/var/mobile/x; touch " + marker, "/var/mobile/$(touch " + marker + ")",
-                                       "/var/mobile/`touch " + marker + "`"}) {
-        session_.restoreFilePermissionData(hostile);
-    }
-    EXPECT_FALSE(std::filesystem::exists(marker));
 }
 
 TEST_F(BackupSessionTest, SessionsBefore8AlwaysHoldPreferenceFiles) {

@@ -41,40 +41,5 @@ TEST(PackageSectionTest, SectionsGroupByExactNameAndSortThemselvesAndTheirPackag
     EXPECT_THAT(PackageSection::sectionsOf({}), IsEmpty());
 }
 
-TEST(PackageSectionTest, PackagesByState) {
-    PackageSection section("Tweaks");
-    EXPECT_FALSE(section.hasBackupablePackage());
-    EXPECT_FALSE(section.hasRestorablePackage());
-    EXPECT_EQ(section.countBackupablePackages(), 0u);
-
-    for (const char* name : {"a", "b", "c"}) section.addPackage(package(name));
-    section.packages()[1]->setBackupSelected(true);
-    section.packages()[2]->setBackupSelected(true);
-    EXPECT_TRUE(section.hasBackupablePackage());
-    EXPECT_EQ(section.countBackupablePackages(), 2u);
-    EXPECT_FALSE(section.hasRestorablePackage());
-    EXPECT_EQ(section.countRestorablePackages(), 0u);
-
-    section.packages()[0]->setRestoreSelected(true);
-    EXPECT_TRUE(section.hasRestorablePackage());
-    EXPECT_EQ(section.countRestorablePackages(), 1u);
-}
-
-TEST(PackageSectionTest, TheFilterKeepsWhatThePredicateLetsThroughInOrder) {
-    PackageSection section("Tweaks");
-    for (const char* name : {"apple", "banana", "avocado"}) section.addPackage(package(name));
-    EXPECT_THAT(section.filteredPackages(), IsEmpty());
-
-    section.setPackageFilter([](const CydiaFile& each) { return each.name()->starts_with("a"); });
-    EXPECT_THAT(namesIn(section.filteredPackages()), ElementsAre("apple", "avocado"));
-    EXPECT_EQ(section.filteredPackages()[0], section.packages()[0]) << "the same records, not copies";
-
-    section.setPackageFilter([](const CydiaFile&) { return false; });
-    EXPECT_THAT(section.filteredPackages(), IsEmpty());
-
-    section.setPackageFilter(nullptr);
-    EXPECT_THAT(namesIn(section.filteredPackages()), ElementsAre("apple", "banana", "avocado"));
-}
-
 }  // namespace
 }  // namespace stowhaven

@@ -29,17 +29,19 @@ TEST_F(SupervisorConstructionTest, WhatTheDeviceHasIsLeftAloneAndAFolderInItsPla
     EXPECT_EQ(commands(), (std::vector<std::string>{"apt-get install gawk", sweepCommand()}));
 }
 
-TEST_F(SupervisorConstructionTest, SettingsReadAtStartStayAsTheyWereRead) {
+TEST_F(SupervisorConstructionTest, EachEnginesCountOfBackupsIsReadAtStartUnderItsOwnKey) {
     PreferenceStore& settings = UserDefaults::standard();
-    settings.set("SoundEnabled", true);
     settings.set("MaximumBackupsInFTP", 3);
+    settings.set("MaximumBackupsInOwnCloud", 2);
     Supervisor& supervisor = scope_.supervisor();
-    settings.set("SoundEnabled", false);
     settings.set("MaximumBackupsInFTP", 9);
 
-    EXPECT_TRUE(supervisor.isSoundEnabled());
     supervisor.setStorageToFTP();
-    EXPECT_EQ(supervisor.maximumBackupsToKeep(), 3);
+    EXPECT_EQ(supervisor.maximumBackupsToKeep(), 3) << "as read at start";
+    supervisor.setStorageToOwnCloud();
+    EXPECT_EQ(supervisor.maximumBackupsToKeep(), 2);
+    supervisor.setStorageToDropbox();
+    EXPECT_EQ(supervisor.maximumBackupsToKeep(), 0);
 }
 
 TEST(SessionStampTest, NamesASecondOfLocalTimeAndReadsNothingButAStampOfARealDay) {

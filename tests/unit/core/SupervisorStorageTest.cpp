@@ -27,7 +27,7 @@ TEST_F(SupervisorStorageTest, TheCurrentEngineFollowsTheLiveTypeAndAnUnknownOneW
     EXPECT_EQ(supervisor_.currentStorageEngine(), nullptr);
 }
 
-TEST_F(SupervisorStorageTest, ALiveChangeStaysUnsavedUntilPersistedOrReset) {
+TEST_F(SupervisorStorageTest, ALiveChangeStaysUnsavedUntilPersisted) {
     supervisor_.setStorageToSkyDrive();
     EXPECT_TRUE(supervisor_.isStorageSkyDrive());
     EXPECT_FALSE(supervisor_.isStorageSameAsDefault());
@@ -36,10 +36,6 @@ TEST_F(SupervisorStorageTest, ALiveChangeStaysUnsavedUntilPersistedOrReset) {
     supervisor_.persistStorageType();
     EXPECT_EQ(settings_.object("CurrentStorageType"), PlistValue(3));
     EXPECT_TRUE(supervisor_.isStorageSameAsDefault());
-
-    supervisor_.setStorageToBox();
-    supervisor_.resetStorageToDefault();
-    EXPECT_TRUE(supervisor_.isStorageSkyDrive());
 }
 
 TEST_F(SupervisorStorageTest, CachesAreFlushedOnTheEnginesMadeSoFarInTheirOrder) {
@@ -58,25 +54,6 @@ TEST_F(SupervisorStorageTest, CachesAreFlushedOnTheEnginesMadeSoFarInTheirOrder)
     }
     supervisor_.cloudStorageFlushCache();
     EXPECT_EQ(*flushes, (std::vector<std::string>{"Box", "Dropbox", "FTP", "OwnCloud", "SugarSync", "SkyDrive"}));
-}
-
-TEST_F(SupervisorStorageTest, EachEngineKeepsItsOwnCountOfBackupsUnderItsOwnKey) {
-    supervisor_.setStorageToFTP();
-    supervisor_.setMaximumBackupToKeep(7);
-    supervisor_.persistMaximumBackupsToKeep();
-    supervisor_.setStorageToOwnCloud();
-    EXPECT_EQ(supervisor_.maximumBackupsToKeep(), 0);
-    supervisor_.setMaximumBackupToKeep(2);
-    supervisor_.persistMaximumBackupsToKeep();
-
-    EXPECT_EQ(settings_.object("MaximumBackupsInFTP"), PlistValue(7u));
-    EXPECT_EQ(settings_.object("MaximumBackupsInOwnCloud"), PlistValue(2u));
-    EXPECT_EQ(settings_.dictionaryRepresentation().size(), 2u);
-
-    scope_.restartSupervisor();
-    Supervisor& restarted = scope_.supervisor();
-    restarted.setStorageToFTP();
-    EXPECT_EQ(restarted.maximumBackupsToKeep(), 7);
 }
 
 }  // namespace
