@@ -23,17 +23,6 @@ protected:
     test::TestFolder folder_;
 };
 
-TEST_F(FileManagerTest, ListsNamesSortedAndReportsAMissingFolder) {
-    write("b", "");
-    write("a", "");
-    fs::create_directory(folder_ / "c");
-    EXPECT_EQ(FileManager::contentsOfDirectory(folder_.path()), (std::vector<std::string>{"a", "b", "c"}));
-
-    std::string error;
-    EXPECT_FALSE(FileManager::contentsOfDirectory(folder_ / "missing", &error));
-    EXPECT_NE(error.find("missing"), std::string::npos);
-}
-
 TEST_F(FileManagerTest, SizesAFolderByItsFilesWithoutFollowingLinks) {
     write("data/one", std::string(1000, 'x'));
     write("data/deeper/two", std::string(24, 'y'));

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -157,22 +155,8 @@ TEST(PlistCodecTest, WritesNoNestingItWouldRefuseToRead) {
 
 class PlistCodecFileTest : public ::testing::Test {
 protected:
-    unsigned modeOf(const std::string& path) { return FileManager::attributesOfItem(path)->permissions; }
     test::TestFolder folder_;
 };
-
-TEST_F(PlistCodecFileTest, WritesAtomicallyWithTheModeAskedForAndReadsBack) {
-    const std::string path = folder_ / "settings.plist";
-    ASSERT_TRUE(PlistCodec::writeFile(path, everyKind(), PlistFormat::Binary, 0600));
-    EXPECT_EQ(modeOf(path), 0600u);
-    EXPECT_EQ(PlistCodec::readFile(path), everyKind());
-
-    chmod(path.c_str(), 0644);
-    ASSERT_TRUE(PlistCodec::writeFile(path, Dictionary{{"a", 1}}, PlistFormat::Xml, 0600));
-    EXPECT_EQ(modeOf(path), 0600u) << "the new file replaces the old one with its own mode";
-    EXPECT_EQ(PlistCodec::readFile(path), PlistValue(Dictionary{{"a", 1}}));
-    EXPECT_EQ(FileManager::contentsOfDirectory(folder_.path())->size(), 1u) << "no temporary file is left";
-}
 
 TEST_F(PlistCodecFileTest, RefusesMissingOversizedAndNonPlistFiles) {
     const std::string oversized = folder_ / "oversized.plist";
