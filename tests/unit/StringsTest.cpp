@@ -43,30 +43,16 @@ std::set<std::string> argumentIds(std::string_view text) {
     return ids;
 }
 
-TEST(StringsTableTest, IsAFlatObjectOfNonEmptyTextsUnderUpperCaseKeys) {
+TEST(StringsTableTest, IsAFlatObjectOfNonEmptyTextsUnderUpperCaseKeysWithPlaceholdersNumberedFromZero) {
     const json table = embeddedTable();
     ASSERT_TRUE(table.is_object());
-    for (const auto& [key, text] : table.items()) {
+    for (const auto& [key, value] : table.items()) {
         EXPECT_TRUE(std::ranges::all_of(key, [](char c) {
             return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
         })) << key;
-        ASSERT_TRUE(text.is_string()) << key;
-        EXPECT_FALSE(text.get<std::string>().empty()) << key;
-    }
-}
-
-TEST(StringsTableTest, KeysAreWrittenOnceInSortedOrder) {
-    const auto keys = keysAsWritten(embeddedStringsTable());
-    ASSERT_FALSE(keys.empty());
-    for (std::size_t i = 1; i < keys.size(); ++i) {
-        EXPECT_LT(keys[i - 1], keys[i]) << "out of order or repeated";
-    }
-}
-
-TEST(StringsTableTest, PlaceholdersAreNumberedFromZeroWithoutGaps) {
-    const json table = embeddedTable();
-    for (const auto& [key, value] : table.items()) {
+        ASSERT_TRUE(value.is_string()) << key;
         const std::string text = value.get<std::string>();
+        EXPECT_FALSE(text.empty()) << key;
         const std::set<std::string> ids = argumentIds(text);
         std::set<std::string> contiguous;
         for (std::size_t i = 0; i < ids.size(); ++i) contiguous.insert(std::to_string(i));
@@ -75,30 +61,26 @@ TEST(StringsTableTest, PlaceholdersAreNumberedFromZeroWithoutGaps) {
     }
 }
 
-TEST(StringsTest, AnUnknownKeyAnswersItselfAndKeysAreExact) {
-    EXPECT_EQ(Strings::localized("NOT_A_KEY"), "NOT_A_KEY");
-    EXPECT_EQ(Strings::format("NOT_A_KEY", 42), "NOT_A_KEY");
-    EXPECT_EQ(Strings::localized("OK_BUTTON"), "OK");
-    EXPECT_EQ(Strings::localized("ok_button"), "ok_button");
+TEST(StringsTableTest, KeysAreWrittenOnceInSortedOrder) {
+    const auto keys = keysAsWritten(embeddedStringsTable());
+    ASSERT_FALSE(keys.empty());
+    for (std::size_t i = 1; i < keys.size(); ++i) EXPECT_LT(keys[i - 1], keys[i]) << "out of order or repeated";
 }
 
-TEST(StringsTest, FormatFillsEveryArgumentInItsPlace) {
-    EXPECT_NE(Strings::format("CONNECTING_TO_HOST", "ftp.example.org").find("ftp.example.org"), std::string::npos);
-
+TEST(StringsTest, FormatFillsEveryArgumentInItsPlaceAndOtherwiseAnswersTheBareTextOrTheKey) {
     const std::string text = Strings::format("NO_ENOUGH_SPACE", "<op>", "<name>", "<size>", "<free>", "<need>");
     for (const char* argument : {"<op>", "<name>", "<size>", "<free>", "<need>"}) {
         EXPECT_NE(text.find(argument), std::string::npos) << argument << " missing from " << text;
     }
     EXPECT_EQ(text.find('{'), std::string::npos) << text;
     EXPECT_LT(text.find("<op>"), text.find("<name>")) << "the operation word leads the data set's name";
-}
 
-TEST(StringsTest, ArgumentsThatDontFitAnswerTheBareTextWithoutThrowing) {
     const std::string bare = Strings::localized("NO_ENOUGH_SPACE");
     EXPECT_EQ(Strings::format("NO_ENOUGH_SPACE"), bare);
     EXPECT_EQ(Strings::format("NO_ENOUGH_SPACE", "archive", "Photos"), bare);
-
     EXPECT_EQ(Strings::format("OK_BUTTON", 1, 2.5, "extra"), "OK");
+    EXPECT_EQ(Strings::format("NOT_A_KEY", 42), "NOT_A_KEY");
+    EXPECT_EQ(Strings::localized("ok_button"), "ok_button") << "keys are exact";
 }
 
 TEST(StringsTest, ConcurrentFirstUseAgrees) {

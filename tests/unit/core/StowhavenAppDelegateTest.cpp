@@ -23,18 +23,12 @@ namespace {
 using Dictionary = PlistValue::Dictionary;
 using ::testing::ElementsAre;
 
-// The process-wide state that a start changes, put back afterwards for the tests that follow.
+// What a start changes beyond the flags, which the Supervisor's scope puts back itself.
 class SavedProcessState {
 public:
-    SavedProcessState() {
-        for (const SettingKey& key : SettingsKeys::all()) {
-            if (key.flag != nullptr) flags_.emplace_back(key.flag, key.flag->load());
-        }
-    }
+    SavedProcessState() = default;
     ~SavedProcessState() {
-        for (const auto& [flag, value] : flags_) flag->store(value);
         gMinDeviceBatteryLevel = minDeviceBatteryLevel_;
-        gWasForegrounded = wasForegrounded_;
         setLocalStoragePath(localStoragePath_);
         DataToImport::setURL(dataToImport_);
     }
@@ -42,9 +36,7 @@ public:
     SavedProcessState& operator=(const SavedProcessState&) = delete;
 
 private:
-    std::vector<std::pair<std::atomic<bool>*, bool>> flags_;
     float minDeviceBatteryLevel_ = gMinDeviceBatteryLevel;
-    bool wasForegrounded_ = gWasForegrounded;
     std::string localStoragePath_ = localStoragePath();
     std::optional<std::string> dataToImport_ = DataToImport::url();
 };
@@ -53,8 +45,6 @@ class StowhavenAppDelegateTest : public ::testing::Test {
 protected:
     void SetUp() override {
         ProcessControl::setExitHandler([this](int status) { exits_.push_back(status); });
-        gWasForegrounded = false;
-        gAutobackupEnabled = false;
         DataToImport::setURL(std::nullopt);
     }
     void TearDown() override { ProcessControl::setExitHandler({}); }

@@ -11,6 +11,16 @@
 namespace stowhaven {
 namespace {
 
+// Both folders measured, so that the total stands as given.
+std::shared_ptr<Application> applicationOf(const std::string& displayName, double megabytes) {
+    auto application = std::make_shared<Application>("App");
+    application->setDisplayName(displayName);
+    application->setTotalBytes(megabytes * 1048576);
+    application->setDocumentsDirSize(0);
+    application->setLibraryDirSize(0);
+    return application;
+}
+
 class SupervisorFreeSpaceTest : public ::testing::Test {
 protected:
     SupervisorFreeSpaceTest() {
@@ -19,13 +29,7 @@ protected:
     }
 
     void setLargestApplication(const std::string& displayName, double megabytes) {
-        auto application = std::make_shared<Application>("App");
-        application->setDisplayName(displayName);
-        // Both folders measured, so that the total stands as given.
-        application->setTotalBytes(megabytes * 1048576);
-        application->setDocumentsDirSize(0);
-        application->setLibraryDirSize(0);
-        supervisor_.setLargestApplication(application);
+        supervisor_.setLargestApplication(applicationOf(displayName, megabytes));
     }
 
     // The alerts shown so far, as "title: message".
@@ -163,12 +167,7 @@ TEST(SupervisorUnmeasuredSpaceTest, ADeviceWhoseRoomCantBeMeasuredHasNoneForAnyt
     test::SupervisorScope scope;
     std::ofstream(scope.path("/var")) << "not a folder";
     Supervisor& supervisor = scope.supervisor();
-    auto application = std::make_shared<Application>("App");
-    // Both folders measured, so that the total stands as given.
-    application->setTotalBytes(1);
-    application->setDocumentsDirSize(0);
-    application->setLibraryDirSize(0);
-    supervisor.setLargestApplication(application);
+    supervisor.setLargestApplication(applicationOf("App", 1));
 
     EXPECT_EQ(supervisor.freeSpace(), 0);
     EXPECT_FALSE(supervisor.hasValidFreeSpace());

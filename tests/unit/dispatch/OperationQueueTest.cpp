@@ -101,34 +101,27 @@ TEST(OperationQueueTest, ACanceledOperationThatHasNotStartedFinishesWithoutItsMa
     EXPECT_TRUE(canceled->isFinished());
 }
 
-TEST(OperationQueueTest, CancelAllReachesTheRunningOperationAndSkipsTheOthers) {
-    Journal journal;
-    Semaphore started;
-    OperationQueue queue;
-    const auto running = std::make_shared<JournaledOperation>("running", journal, runUntilCanceled(started));
-    const auto waiting = std::make_shared<JournaledOperation>("waiting", journal);
-    queue.addOperations({running, waiting}, false);
-    ASSERT_TRUE(started.wait(kFailureGuard));
-
-    queue.cancelAllOperations();
-    queue.waitUntilAllOperationsAreFinished();
-
-    EXPECT_EQ(journal.entries(), (Entries{"running starts", "running ends"}));
-    EXPECT_TRUE(running->isFinished() && waiting->isFinished());
-}
-
-TEST(OperationQueueTest, DestroyingTheQueueCancelsWhatItHoldsAndWaitsForTheRunningOne) {
-    Journal journal;
-    Semaphore started;
-    const auto running = std::make_shared<JournaledOperation>("running", journal, runUntilCanceled(started));
-    const auto waiting = std::make_shared<JournaledOperation>("waiting", journal);
-    {
-        OperationQueue queue;
-        queue.addOperations({running, waiting}, false);
-        ASSERT_TRUE(started.wait(kFailureGuard));
+// Canceling all, or destroying the queue, reaches the running operation, skips the others
+// and waits for the running one.
+TEST(OperationQueueTest, CancelingAllReachesTheRunningOperationAndSkipsTheOthers) {
+    for (const bool destroy : {false, true}) {
+        SCOPED_TRACE(destroy ? "destroyed" : "canceled");
+        Journal journal;
+        Semaphore started;
+        const auto running = std::make_shared<JournaledOperation>("running", journal, runUntilCanceled(started));
+        const auto waiting = std::make_shared<JournaledOperation>("waiting", journal);
+        {
+            OperationQueue queue;
+            queue.addOperations({running, waiting}, false);
+            ASSERT_TRUE(started.wait(kFailureGuard));
+            if (!destroy) {
+                queue.cancelAllOperations();
+                queue.waitUntilAllOperationsAreFinished();
+            }
+        }
+        EXPECT_EQ(journal.entries(), (Entries{"running starts", "running ends"}));
+        EXPECT_TRUE(running->isFinished() && waiting->isFinished());
     }
-    EXPECT_EQ(journal.entries(), (Entries{"running starts", "running ends"}));
-    EXPECT_TRUE(running->isFinished() && waiting->isFinished());
 }
 
 TEST(OperationTest, TheCompletionBlockRunsOnceAfterMainAndIsThenReleased) {

@@ -37,7 +37,7 @@ protected:
     HostContactsAccess access;
 };
 
-TEST_F(HostContactsAccessTest, TheStatusIsTheDecisionRecordedForTheProgramAndTheAddressBook) {
+TEST_F(HostContactsAccessTest, TheStatusIsTheDecisionRecordedForTheProgramAndTheAddressBookAndARequestKeepsIt) {
     EXPECT_EQ(access.authorizationStatus(), ContactsAuthorization::NotDetermined);
     EXPECT_FALSE(std::filesystem::exists(database)) << "asking the status records nothing";
 
@@ -48,9 +48,13 @@ TEST_F(HostContactsAccessTest, TheStatusIsTheDecisionRecordedForTheProgramAndThe
 
     tcc("INSERT INTO access VALUES ('kTCCServiceAddressBook', 'com.larkmoor.stowhaven', 0, 0, 1, NULL)");
     EXPECT_EQ(access.authorizationStatus(), ContactsAuthorization::Denied);
+    EXPECT_EQ(request(), false);
 
     tcc("UPDATE access SET allowed = 1 WHERE service = 'kTCCServiceAddressBook'");
     EXPECT_EQ(access.authorizationStatus(), ContactsAuthorization::Authorized);
+    EXPECT_EQ(request(), true);
+    EXPECT_THAT(tcc("SELECT allowed, prompt_count FROM access WHERE client = 'com.larkmoor.stowhaven'"),
+                ElementsAre("1|1"));
 }
 
 TEST_F(HostContactsAccessTest, ARequestWithoutADecisionRecordsTheGrantAsTheDeviceDoes) {
@@ -66,18 +70,6 @@ TEST_F(HostContactsAccessTest, ARequestWithoutADecisionRecordsTheGrantAsTheDevic
     EXPECT_EQ(request(), true);
     EXPECT_THAT(tcc("SELECT client, allowed, prompt_count, quote(csreq) FROM access ORDER BY client"),
                 ElementsAre("com.example.other|0|2|X'CAFE'", "com.larkmoor.stowhaven|1|1|NULL"));
-}
-
-TEST_F(HostContactsAccessTest, ADecisionAlreadyMadeStands) {
-    makeTable();
-    tcc("INSERT INTO access VALUES ('kTCCServiceAddressBook', 'com.larkmoor.stowhaven', 0, 0, 1, NULL)");
-    EXPECT_EQ(request(), false);
-    EXPECT_EQ(access.authorizationStatus(), ContactsAuthorization::Denied);
-    EXPECT_THAT(tcc("SELECT allowed, prompt_count FROM access"), ElementsAre("0|1"));
-
-    tcc("UPDATE access SET allowed = 1");
-    EXPECT_EQ(request(), true);
-    EXPECT_THAT(tcc("SELECT allowed, prompt_count FROM access"), ElementsAre("1|1"));
 }
 
 }  // namespace
