@@ -4,7 +4,6 @@
 #include "core/CydiaFile.h"
 #include "core/Supervisor.h"
 #include "core/Text.h"
-#include "items/AlbumTotals.h"
 #include "items/Application.h"
 #include "items/ArchivableFolder.h"
 #include "items/DeviceItems.h"
@@ -246,14 +245,6 @@ double BackupSession::appleStockAppsSize() const {
     return sum;
 }
 
-double BackupSession::selectedAppleStockAppsSize() const {
-    double sum = 0;
-    for (const StockDataSet set : kStockDataSets) {
-        if (hasData(set)) sum += dataSize(set);
-    }
-    return sum;
-}
-
 int BackupSession::countAppleStockApps() const {
     return static_cast<int>(
         std::count_if(kStockDataSets.begin(), kStockDataSets.end(), [&](StockDataSet set) { return hasData(set); }));
@@ -271,26 +262,5 @@ double BackupSession::backupTotalSize() const {
     }
     return total;
 }
-
-const BackupSession::AlbumList& BackupSession::albums() const {
-    static const AlbumList kNone;
-    return photoVideoAlbums_ ? *photoVideoAlbums_ : kNone;
-}
-
-double BackupSession::totalPhotoSize() const { return AlbumTotals::photoSize(albums(), false); }
-
-double BackupSession::totalVideoSize() const { return AlbumTotals::videoSize(albums(), false); }
-
-double BackupSession::selectedPhotoSize() const { return AlbumTotals::photoSize(albums(), true); }
-
-double BackupSession::selectedVideoSize() const { return AlbumTotals::videoSize(albums(), true); }
-
-std::size_t BackupSession::totalPhotoCount() const { return AlbumTotals::photoCount(albums(), false); }
-
-std::size_t BackupSession::totalVideoCount() const { return AlbumTotals::videoCount(albums(), false); }
-
-std::size_t BackupSession::selectedPhotoCount() const { return AlbumTotals::photoCount(albums(), true); }
-
-std::size_t BackupSession::selectedVideoCount() const { return AlbumTotals::videoCount(albums(), true); }
 
 }  // namespace stowhaven

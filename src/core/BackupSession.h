@@ -93,19 +93,9 @@ public:
     // Records the permissions and owners of a device path.
     void retrieveAndStoreFilePermissionData(const std::string& path);
 
-    // Sizes in megabytes. The stock applications' sum leaves Health out; the selected
-    // sum counts every set whose flag is on.
+    // Sizes in megabytes; the stock applications' sum leaves Health out.
     double appleStockAppsSize() const;
-    double selectedAppleStockAppsSize() const;
     int countAppleStockApps() const;
-    double totalPhotoSize() const;
-    double totalVideoSize() const;
-    double selectedPhotoSize() const;
-    double selectedVideoSize() const;
-    std::size_t totalPhotoCount() const;
-    std::size_t totalVideoCount() const;
-    std::size_t selectedPhotoCount() const;
-    std::size_t selectedVideoCount() const;
 
     bool hasData(StockDataSet set) const override { return dataSets_.has(set); }
     double dataSize(StockDataSet set) const override { return dataSets_.size(set); }
@@ -176,8 +166,6 @@ private:
 
     void writeDataSets(KeyedArchiver& coder) const;
 
-    // The albums held, none when the archive had no list.
-    const AlbumList& albums() const;
     static void addFile(std::optional<FileData>& store, const std::string& path, PlistValue content);
     bool isFromVersionBefore8() const;
 

@@ -190,8 +190,6 @@ public:
     const std::string& deviceSystemVersion() const { return deviceSystemVersion_; }
     const std::string& devicePlatform() const { return devicePlatform_; }
     const std::string& version() const { return version_; }
-    // "\n\n\n-- platform-system version: identifier", appended to every mail.
-    const std::string& deviceInfos() const { return deviceInfos_; }
     // Empty when the statistics can't be read.
     std::string memoryUsageString() const;
     // Writes it to the log, where it can be read.
@@ -237,6 +235,7 @@ private:
     std::string devicePlatform_;
     std::string version_;
     std::atomic<double> freeSpace_{0};
+    // "\n\n\n-- platform-system version: identifier", appended to every mail.
     std::string deviceInfos_;
     std::atomic<StorageType> currentStorageType_{StorageType::Local};
     std::array<std::atomic<std::int32_t>, 9> maximumBackups_{};

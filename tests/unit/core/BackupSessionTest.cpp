@@ -2,7 +2,6 @@
 #include "core/CydiaFile.h"
 #include "items/Application.h"
 #include "items/ArchivableFolder.h"
-#include "items/PhotoVideoAlbum.h"
 #include "items/PreferenceFile.h"
 #include "items/RepositorySource.h"
 #include "platform/FileOwnership.h"
@@ -124,7 +123,6 @@ TEST_F(BackupSessionTest, SizesAddUpByTheirOwnRules) {
     session_.setHasData(StockDataSet::Health, true);
     session_.setHasData(StockDataSet::Notes, true);
     EXPECT_EQ(session_.appleStockAppsSize(), 90) << "Health is left out";
-    EXPECT_EQ(session_.selectedAppleStockAppsSize(), 20) << "Health counts when chosen";
     EXPECT_EQ(session_.countAppleStockApps(), 2);
 
     auto application = std::make_shared<Application>("App");
@@ -138,24 +136,6 @@ TEST_F(BackupSessionTest, SizesAddUpByTheirOwnRules) {
     folder->setSize(3);
     session_.setArchivableFolders(BackupSession::FolderList{folder});
     EXPECT_EQ(session_.backupTotalSize(), 95);
-
-    auto holiday = std::make_shared<PhotoVideoAlbum>("Holiday");
-    holiday->setPhotoSelected(true);
-    holiday->setPhotos({"a.jpg", "b.jpg"});
-    holiday->setPhotoSize(4);
-    holiday->setVideos({"c.mov"});
-    holiday->setVideoSize(100);
-    auto other = std::make_shared<PhotoVideoAlbum>("Other");
-    other->setPhotos({"d.jpg"});
-    other->setPhotoSize(1);
-    session_.setPhotoVideoAlbums(BackupSession::AlbumList{holiday, other});
-    EXPECT_EQ(session_.totalPhotoSize(), 5);
-    EXPECT_EQ(session_.selectedPhotoSize(), 4);
-    EXPECT_EQ(session_.totalPhotoCount(), 3u);
-    EXPECT_EQ(session_.selectedPhotoCount(), 2u);
-    EXPECT_EQ(session_.totalVideoSize(), 100);
-    EXPECT_EQ(session_.selectedVideoSize(), 0);
-    EXPECT_EQ(session_.selectedVideoCount(), 0u);
 }
 
 TEST_F(BackupSessionTest, ApplicationsByIdentifierLeaveOutThoseWithout) {

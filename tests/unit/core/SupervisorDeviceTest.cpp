@@ -118,7 +118,7 @@ TEST_F(SupervisorMailTest, AMailIsComposedOnTheMainQueueWithTheDevicesFactsAndIt
     ASSERT_EQ(mail_.messages.size(), 1u);
     const MailMessage& message = mail_.messages[0];
     EXPECT_EQ(message.subject, std::string("Stowhaven™(") + STOWHAVEN_VERSION + ") - Packages list");
-    EXPECT_EQ(message.body, "Hi!" + supervisor_.deviceInfos());
+    EXPECT_EQ(message.body, "Hi!\n\n\n-- iPhone7,2-8.1.2: 0123456789abcdef0123456789abcdef01234567");
     EXPECT_EQ(message.toRecipients, packagesList().toRecipients);
     ASSERT_EQ(message.attachments.size(), 2u);
     EXPECT_EQ(message.attachments[1].fileName, "c.png");

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "platform/dispatch/Queue.h"
-#include "platform/dispatch/Semaphore.h"
 
 #include <chrono>
 #include <cstddef>
@@ -31,19 +30,8 @@ inline bool eventually(const std::function<bool()>& condition) {
 class RecordingQueue final : public Queue {
 public:
     void async(Block block) override {
-        {
-            std::lock_guard lock(mutex_);
-            blocks_.push_back(std::move(block));
-        }
-        arrived_.signal();
-    }
-
-    // Waits for `count` further blocks to arrive.
-    bool waitForArrivals(std::size_t count) {
-        for (std::size_t i = 0; i < count; ++i) {
-            if (!arrived_.wait(kFailureGuard)) return false;
-        }
-        return true;
+        std::lock_guard lock(mutex_);
+        blocks_.push_back(std::move(block));
     }
 
     std::size_t pendingCount() {
@@ -64,7 +52,6 @@ public:
 private:
     std::mutex mutex_;
     std::deque<Block> blocks_;
-    Semaphore arrived_;
 };
 
 }  // namespace stowhaven::test
