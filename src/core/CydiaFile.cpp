@@ -3,7 +3,6 @@
 #include "core/Text.h"
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <array>
@@ -11,7 +10,6 @@
 namespace stowhaven {
 
 using textutil::orNull;
-using textutil::percentEncoded;
 using textutil::split;
 using textutil::trimmed;
 
@@ -25,13 +23,6 @@ bool isRefused(const std::string& identifier) {
     return std::any_of(kRefusedPrefixes.begin(), kRefusedPrefixes.end(),
                        [&](std::string_view prefix) { return identifier.starts_with(prefix); }) ||
            std::find(kRefusedIdentifiers.begin(), kRefusedIdentifiers.end(), identifier) != kRefusedIdentifiers.end();
-}
-
-// The site whose search page the social post links a package to.
-constexpr std::string_view kPackageSearchPage = "http://search.packages.example/cydia/search.php";
-
-std::string jsonString(const std::string& text) {
-    return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
 constexpr std::string_view kRockSuffix = ".rock";
@@ -119,12 +110,6 @@ std::string CydiaFile::description() const {
     return fmt::format("{} ({}) - [v{}] - {} - {{B:{:d}|R{:d}}} - [TL:{:d}] - {{FW:{}}}", orNull(packageName_),
                        orNull(name_), orNull(version_), orNull(sectionName_), backupSelected_, restoreSelected_,
                        topLevel_, firmwareSpecs_.value_or("N/A"));
-}
-
-std::string CydiaFile::fbFeedValue() const {
-    const std::string link =
-        fmt::format("{}?search={}&repo=all&where=All", kPackageSearchPage, percentEncoded(orNull(packageName_)));
-    return fmt::format("{}:{{\"text\":\"info\",\"href\":{}}}", jsonString("- " + orNull(name_)), jsonString(link));
 }
 
 bool CydiaFile::isPackageNamed(std::string_view name) const {

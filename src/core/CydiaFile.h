@@ -27,8 +27,6 @@ public:
     bool isEqual(const CydiaFile& other) const;
     std::weak_ordering compareByName(const CydiaFile& other) const;
     std::string description() const;
-    // A fragment of a social post naming the package, with a link to its search page.
-    std::string fbFeedValue() const;
 
     // Fills note() with the package's description from the device's package database.
     void loadDescription();

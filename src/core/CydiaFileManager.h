@@ -183,8 +183,6 @@ public:
     // What the calendar entry of a finished job says: the packages text, the feed text and
     // the title and description of the newest session.
     JobSummary jobSummary();
-    PlistValue::Dictionary facebookFeedData() const;
-    void setFacebookFeedData(const std::string& caption, const Packages& packages);
     static void displayNothingToShareAlert();
 
     // Fields.
@@ -276,7 +274,6 @@ private:
     std::optional<std::string> encryptionKey_;
     std::shared_ptr<BackupSession> currentBackupSession_;
     std::shared_ptr<BackupSession> backupSessionInProgress_;
-    PlistValue::Dictionary facebookFeedData_;
 
     Monitored<PackageTable> allPackages_;
     Monitored<Applications> currentApplications_;

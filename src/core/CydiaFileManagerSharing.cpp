@@ -178,22 +178,6 @@ JobSummary CydiaFileManager::jobSummary() {
             .lastSessionDescription = last ? last->quickDescription().value_or("") : ""};
 }
 
-PlistValue::Dictionary CydiaFileManager::facebookFeedData() const {
-    std::lock_guard lock(mutex_);
-    return facebookFeedData_;
-}
-
-// The description lists the packages as the post's properties, each linked to its page.
-void CydiaFileManager::setFacebookFeedData(const std::string& caption, const Packages& packages) {
-    std::string properties;
-    for (const auto& package : packages) properties += (properties.empty() ? "" : ",") + package->fbFeedValue();
-    std::lock_guard lock(mutex_);
-    facebookFeedData_ = {{"name", "Stowhaven™ " + Supervisor::shared().version()},
-                         {"caption", caption},
-                         {"description", "{" + properties + "}"},
-                         {"href", AddressBookNote::kUserGuideURL}};
-}
-
 void CydiaFileManager::displayNothingToShareAlert() {
     Supervisor::showAlert(Strings::localized("WARNING"), Strings::localized("NOTHING_TO_SHARE"));
 }

@@ -13,8 +13,6 @@ namespace {
 
 using ::testing::ElementsAre;
 
-const std::string kTweakLine = "Foo\tcom.foo\t1.0\tme\tTweaks\tmobilesubstrate\tinstall ok installed";
-
 CydiaFile scanned(const std::string& identifier, const std::string& depends = "",
                   const std::string& status = "install ok installed") {
     return CydiaFile("Name\t" + identifier + "\t1.0\tme\tTweaks\t" + depends + "\t" + status);
@@ -88,17 +86,6 @@ TEST(CydiaFileTest, TheStoredLineReadsBackAsItWasWritten) {
     const CydiaFile storedBare(bare.backupData());
     EXPECT_THAT(*storedBare.dependsList(), ElementsAre("(null)"));
     EXPECT_EQ(storedBare.backupData(), bare.backupData());
-}
-
-TEST(CydiaFileTest, FeedValueNamesThePackageAndLinksItsSearchPage) {
-    EXPECT_EQ(CydiaFile(kTweakLine).fbFeedValue(),
-              "\"- Foo\":{\"text\":\"info\",\"href\":"
-              "\"http://search.packages.example/cydia/search.php?search=com.foo&repo=all&where=All\"}");
-    const std::string odd = CydiaFile("Say \"hi\"\tlib+x&y=1\t1\tme\tS\t\ti").fbFeedValue();
-    EXPECT_EQ(odd,
-              "\"- Say \\\"hi\\\"\":{\"text\":\"info\",\"href\":"
-              "\"http://search.packages.example/cydia/search.php?search=lib%2Bx%26y%3D1&repo=all&where=All\"}")
-        << "the fragment stays JSON and the link keeps its query";
 }
 
 TEST(CydiaFileTest, APackageIsNamedByItsIdentifierOrItsRockVariant) {

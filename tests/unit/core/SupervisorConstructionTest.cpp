@@ -44,16 +44,5 @@ TEST_F(SupervisorConstructionTest, EachEnginesCountOfBackupsIsReadAtStartUnderIt
     EXPECT_EQ(supervisor.maximumBackupsToKeep(), 0);
 }
 
-TEST(SessionStampTest, NamesASecondOfLocalTimeAndReadsNothingButAStampOfARealDay) {
-    const Date whole(436000000.0);
-    EXPECT_EQ(gDateFormatter.dateFromString(gDateFormatter.stringFromDate(whole)), whole);
-    EXPECT_EQ(gDateFormatter.stringFromDate(whole.dateByAddingTimeInterval(0.75)),
-              gDateFormatter.stringFromDate(whole));
-    for (const char* text : {"2014-02-31_10~00~00", "2014-03-09_24~00~00", "2014-03-09 17:05:42", "2014-03-09_17~05~4",
-                             "2014-03-09_17~05~42.stowhvn", "", "abcd-03-09_17~05~42"}) {
-        EXPECT_FALSE(gDateFormatter.dateFromString(text)) << text;
-    }
-}
-
 }  // namespace
 }  // namespace stowhaven

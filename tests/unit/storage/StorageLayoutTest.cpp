@@ -41,6 +41,7 @@ TEST_F(StorageLayoutTest, StampsAreInTheDevicesTimeZoneAndReadBackThere) {
     {
         const TimeZoneScope utc("UTC0");
         EXPECT_EQ(StorageLayout::stamp(date), "2024-09-12_08~00~00");
+        EXPECT_EQ(StorageLayout::stamp(date.dateByAddingTimeInterval(0.75)), "2024-09-12_08~00~00");
         EXPECT_EQ(StorageLayout::dateOfStamp("2024-09-12_08~00~00"), date);
     }
     {
@@ -55,9 +56,11 @@ TEST_F(StorageLayoutTest, StampsAreInTheDevicesTimeZoneAndReadBackThere) {
     }
 }
 
-TEST_F(StorageLayoutTest, NamesThatHoldNoStampGiveNoDate) {
-    EXPECT_EQ(StorageLayout::dateOfHistoryFile("holiday.stowhvn"), std::nullopt);
-    EXPECT_EQ(StorageLayout::dateOfHistoryFile("2024-13-01_10~00~00.stowhvn"), std::nullopt);
+TEST_F(StorageLayoutTest, NamesThatHoldNoStampOfARealDayGiveNoDate) {
+    for (const char* name : {"holiday", "2024-13-01_10~00~00", "2014-02-31_10~00~00", "2014-03-09_24~00~00",
+                             "2014-03-09 17:05:42", "2014-03-09_17~05~4", "", "abcd-03-09_17~05~42"}) {
+        EXPECT_EQ(StorageLayout::dateOfHistoryFile(name + std::string(".stowhvn")), std::nullopt) << name;
+    }
     EXPECT_TRUE(StorageLayout::dateOfHistoryFile("2024-01-01_10~00~00.stowhvn.stowhvn")) << "every suffix is taken out";
 }
 
