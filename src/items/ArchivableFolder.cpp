@@ -122,19 +122,6 @@ void ArchivableFolder::processDefaultsForBackup(bool backup) {
     SelectableItem::setSelected(types.names() ? types.contains(std::to_string(folderType_)) : backup);
 }
 
-void ArchivableFolder::saveContentSelectedAsDefault(bool backup) const {
-    const auto key = ArchivableFolderTable::defaultKey(folderType_);
-    if (!key || !fSelectableContent_) return;
-    PlistValue::Array chosen;
-    for (const auto& item : contentItems_) {
-        if (item->isSelected()) chosen.emplace_back(item->name());
-    }
-    // All chosen is stored as none, which every later reading takes as all.
-    const bool all = chosen.size() == contentItems_.size();
-    Supervisor::shared().lowLevelStorePreferencesData(all ? PlistValue() : PlistValue(std::move(chosen)),
-                                                      *key + sideSuffix(backup));
-}
-
 std::shared_ptr<ArchivableFolder> ArchivableFolder::duplicateForBackup() const {
     auto copy = std::make_shared<ArchivableFolder>(*this);
     if (fSelectableContent_) {

@@ -77,8 +77,6 @@ public:
     void refreshStatus();
     // Selects what the default of that side chooses.
     void processDefaultsForBackup(bool backup);
-    // Keeps the names of the selected items as the default of that side; none when all are.
-    void saveContentSelectedAsDefault(bool backup) const;
     // A copy for a session: with selectable content, only the selected items go along.
     std::shared_ptr<ArchivableFolder> duplicateForBackup() const;
 

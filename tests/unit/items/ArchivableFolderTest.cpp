@@ -27,21 +27,16 @@ protected:
     Supervisor& supervisor_ = scope_.supervisor();
 };
 
-TEST_F(ArchivableFolderTest, TheItemsChosenAreKeptAsTheDefaultOfTheirSideAndAllChosenAsNone) {
+TEST_F(ArchivableFolderTest, TheItemsNamedInTheDefaultOfTheirSideAreChosen) {
+    supervisor_.lowLevelStorePreferencesData(PlistValue::Array{"Chime.m4r", "Whistle.m4r"},
+                                             "DefaultRingtonesCydia_Backup");
     auto folder = ringtones();
-    folder->contentItems()[1]->setSelected(false);
-    folder->saveContentSelectedAsDefault(true);
-    EXPECT_EQ(supervisor_.lowLevelGetArrayPreferencesDataForKey("DefaultRingtonesCydia_Backup"),
-              (PlistValue::Array{"Chime.m4r", "Whistle.m4r"}));
-
-    auto fresh = ringtones();
-    fresh->processDefaultsForBackup(true);
-    EXPECT_FALSE(fresh->contentItems()[1]->isSelected());
-    EXPECT_TRUE(fresh->contentItems()[2]->isSelected());
-
-    fresh->contentItems()[1]->setSelected(true);
-    fresh->saveContentSelectedAsDefault(true);
-    EXPECT_FALSE(supervisor_.lowLevelKeyExists("DefaultRingtonesCydia_Backup")) << "all chosen is stored as none";
+    folder->processDefaultsForBackup(true);
+    EXPECT_TRUE(folder->contentItems()[0]->isSelected());
+    EXPECT_FALSE(folder->contentItems()[1]->isSelected());
+    auto restored = ringtones();
+    restored->processDefaultsForBackup(false);
+    EXPECT_TRUE(restored->contentItems()[1]->isSelected()) << "no default of the restore side: as they were";
 }
 
 TEST_F(ArchivableFolderTest, APlaceWithoutItemsFollowsTheListOfTypes) {
