@@ -1,7 +1,6 @@
 #include "platform/addressbook/AddressBook.h"
 
 #include "platform/ShellQuote.h"
-#include "support/DeviceRootScope.h"
 #include "support/FakeServices.h"
 #include "support/SandboxDevice.h"
 #include "support/SqlRows.h"
@@ -10,8 +9,6 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <filesystem>
 
 namespace stowhaven {
 namespace {
@@ -311,21 +308,6 @@ TEST_F(AddressBookTest, ABookLaidOutByTheDeviceBuilderKeepsItsTablesAndItsOtherR
     EXPECT_THAT(query("SELECT record_id, label, value FROM ABMultiValue WHERE record_id IN (1, 4)"),
                 ElementsAre("4|4|https://bea.example"));
     EXPECT_THAT(query("SELECT group_id, member_type, member_id FROM ABGroupMembers"), ElementsAre("1|0|4"));
-}
-
-TEST_F(AddressBookTest, TheBookOfTheProcessOpensThroughTheLinkToTheMobileUsersFolderNotMadeYet) {
-    const test::DeviceRootScope root(folder.path().string());
-    std::filesystem::create_directories(folder.path() / "var/root/Library");
-    std::filesystem::create_symlink(folder.path() / "var/mobile/Library/AddressBook",
-                                    folder.path() / "var/root/Library/AddressBook");
-    std::string error;
-    auto book = AddressBook::createWithOptions(&error);
-    ASSERT_NE(book, nullptr) << error;
-    ASSERT_TRUE(book->addRecord(person("Ann", "Calloway")));
-    ASSERT_TRUE(book->save(&error)) << error;
-    bookFolder = folder / "var/mobile/Library/AddressBook";
-    EXPECT_THAT(query("SELECT First FROM ABPerson UNION ALL SELECT count(*) FROM images.ABFullSizeImage"),
-                ElementsAre("Ann", "0"));
 }
 
 }  // namespace
