@@ -59,9 +59,8 @@ FtpServer::FtpServer(const FtpServerOptions& options) {
                                        kPassword};
     if (options.readLimit > 0) arguments.insert(arguments.end(), {"--read-limit", std::to_string(options.readLimit)});
     if (options.hostileListing) {
-        const std::string listingFile = ownFiles_ / "listing";
-        std::ofstream(listingFile, std::ios::binary) << *options.hostileListing;
-        arguments.insert(arguments.end(), {"--hostile-listing", listingFile});
+        setHostileListing(*options.hostileListing);
+        arguments.insert(arguments.end(), {"--hostile-listing", listingFile()});
     }
     if (options.cutListing) arguments.emplace_back("--cut-listing");
 
@@ -95,6 +94,10 @@ FtpAccount FtpServer::account() const {
     account.login = kUser;
     account.password = kPassword;
     return account;
+}
+
+void FtpServer::setHostileListing(const std::string& bytes) const {
+    std::ofstream(listingFile(), std::ios::binary | std::ios::trunc) << bytes;
 }
 
 void FtpServer::stop() {

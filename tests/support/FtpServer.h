@@ -17,7 +17,7 @@ struct FtpServerOptions {
     // Bytes per second each data connection reads: an upload slow enough to act during it.
     std::int64_t readLimit = 0;
     // When set, every MLSD sends these bytes as the listing, whatever the folder holds.
-    std::optional<std::string> hostileListing;
+    std::optional<std::string> hostileListing = std::nullopt;
     // Every MLSD answers "150" and then closes the control connection without "226".
     bool cutListing = false;
 };
@@ -38,6 +38,8 @@ public:
     FtpAccount account() const;
     // The local folder the server serves as its "/".
     const std::filesystem::path& folder() const { return root_.path(); }
+    // Replaces the bytes every MLSD sends, on a server started with a hostile listing.
+    void setHostileListing(const std::string& bytes) const;
     // Kills the server now, as a crash would.
     void stop();
     // Waits for the server to print a line that starts with PREFIX ("STOR ") and answers it;
@@ -46,6 +48,7 @@ public:
 
 private:
     std::optional<std::string> nextLine();
+    std::string listingFile() const { return ownFiles_ / "listing"; }
 
     TestFolder root_;
     TestFolder ownFiles_;

@@ -46,6 +46,7 @@ def handler_class(options):
     authorizer.add_user(options.user, options.password, options.root, perm="elradfmwMT")
     Handler.authorizer = authorizer
     Handler.banner = "Test server ready."
+    Handler.auth_failed_timeout = 0
     return Handler
 
 

@@ -1,0 +1,124 @@
+#include "net/MlsdListing.h"
+
+#include "platform/AsciiCase.h"
+
+#include <charconv>
+
+namespace stowhaven::MlsdListing {
+
+namespace {
+
+enum class EntryKind { File, Directory, SymbolicLink, ThisOrParent };
+
+// NAME as a log or a message may show it: control characters as "?", and not too long.
+std::string shown(std::string_view name) {
+    std::string text(name.substr(0, 80));
+    for (char& c : text) {
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
+    }
+    return "\"" + text + (name.size() > 80 ? "...\"" : "\"");
+}
+
+std::optional<std::string> nameProblem(std::string_view name) {
+    if (name.empty()) return "an entry without a name";
+    if (name == "." || name == "..") return "an entry named " + shown(name);
+    for (const char c : name) {
+        if (c == '/' || c == '\\' || static_cast<unsigned char>(c) < 0x20 || c == 0x7f)
+            return "an entry named " + shown(name) + ", which is not one file name";
+    }
+    return std::nullopt;
+}
+
+std::optional<EntryKind> kindOf(std::string_view type) {
+    if (equalsIgnoringAsciiCase(type, "file")) return EntryKind::File;
+    if (equalsIgnoringAsciiCase(type, "dir")) return EntryKind::Directory;
+    if (equalsIgnoringAsciiCase(type, "cdir") || equalsIgnoringAsciiCase(type, "pdir")) return EntryKind::ThisOrParent;
+    if (equalsIgnoringAsciiCase(type, "OS.unix=symlink") || beginsIgnoringAsciiCase(type, "OS.unix=slink"))
+        return EntryKind::SymbolicLink;
+    return std::nullopt;
+}
+
+struct Facts {
+    std::optional<EntryKind> kind;
+    std::int64_t size = 0;
+};
+
+// The facts before the name: "type=file;size=12;modify=...;", each "name=value;".
+std::optional<Facts> parseFacts(std::string_view text, std::string& problem) {
+    Facts facts;
+    while (!text.empty()) {
+        const auto end = text.find(';');
+        const std::string_view fact = text.substr(0, end);
+        text.remove_prefix(end + 1);
+        const auto equals = fact.find('=');
+        if (equals == 0 || equals == std::string_view::npos) {
+            problem = "a fact " + shown(fact) + " that is not name=value";
+            return std::nullopt;
+        }
+        const std::string_view name = fact.substr(0, equals);
+        const std::string_view value = fact.substr(equals + 1);
+        if (equalsIgnoringAsciiCase(name, "type")) {
+            facts.kind = kindOf(value);
+            if (!facts.kind) {
+                problem = "an entry of the unknown type " + shown(value);
+                return std::nullopt;
+            }
+        } else if (equalsIgnoringAsciiCase(name, "size")) {
+            const auto [last, error] = std::from_chars(value.data(), value.data() + value.size(), facts.size);
+            if (error != std::errc() || last != value.data() + value.size() || value.empty() || facts.size < 0) {
+                problem = "a size " + shown(value) + " that is not a number";
+                return std::nullopt;
+            }
+        }
+    }
+    if (!facts.kind) problem = "an entry without its type";
+    return facts.kind ? std::optional(facts) : std::nullopt;
+}
+
+// One line without its CRLF; nothing for "." and "..", which the listing leaves out.
+std::optional<std::optional<FtpEntry>> parseLine(std::string_view line, std::string& problem) {
+    const auto space = line.find(' ');
+    if (space == std::string_view::npos || space == 0 || line[space - 1] != ';') {
+        problem = "a line " + shown(line) + " that is not facts, \"; \" and a name";
+        return std::nullopt;
+    }
+    const auto facts = parseFacts(line.substr(0, space), problem);
+    if (!facts) return std::nullopt;
+    if (*facts->kind == EntryKind::ThisOrParent) return std::optional<FtpEntry>();
+    const std::string_view name = line.substr(space + 1);
+    if (const auto why = nameProblem(name)) {
+        problem = *why;
+        return std::nullopt;
+    }
+    FtpEntry entry;
+    entry.name = std::string(name);
+    entry.isDirectory = *facts->kind == EntryKind::Directory;
+    entry.isSymbolicLink = *facts->kind == EntryKind::SymbolicLink;
+    entry.size = facts->size;
+    return std::optional(entry);
+}
+
+}  // namespace
+
+std::optional<std::vector<FtpEntry>> parse(std::string_view data, std::string* problem) {
+    std::string why;
+    std::vector<FtpEntry> entries;
+    while (!data.empty()) {
+        const auto end = data.find('\n');
+        if (end == std::string_view::npos) {
+            why = "its last line cut short";
+            break;
+        }
+        std::string_view line = data.substr(0, end);
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        const auto entry = parseLine(line, why);
+        if (!entry) break;
+        if (*entry) entries.push_back(std::move(**entry));
+        data.remove_prefix(end + 1);
+    }
+    if (why.empty()) return entries;
+    if (problem != nullptr) *problem = "the server's listing has " + why;
+    return std::nullopt;
+}
+
+}  // namespace stowhaven::MlsdListing
