@@ -9,19 +9,35 @@ namespace stowhaven {
 
 namespace {
 
-CURL* newEasyHandle() {
+// The longest wait for the sockets between two turns of the transfer. libcurl may have
+// nothing to wait on for a moment (an FTP data connection it is about to open): it would
+// then sleep a whole second in its own loop.
+constexpr int kLongestPollMilliseconds = 10;
+
+void initialiseOnce() {
     static std::once_flag initialised;
     std::call_once(initialised, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
-    CURL* handle = curl_easy_init();
+}
+
+template <typename Handle>
+Handle* created(Handle* handle) {
     if (handle == nullptr) throw std::bad_alloc();
     return handle;
 }
 
 }  // namespace
 
-CurlHandle::CurlHandle() : handle_(newEasyHandle()) { reset(); }
+CurlHandle::CurlHandle() {
+    initialiseOnce();
+    multi_ = created(curl_multi_init());
+    handle_ = created(curl_easy_init());
+    reset();
+}
 
-CurlHandle::~CurlHandle() { curl_easy_cleanup(handle_); }
+CurlHandle::~CurlHandle() {
+    curl_easy_cleanup(handle_);
+    curl_multi_cleanup(multi_);
+}
 
 void CurlHandle::reset() {
     curl_easy_reset(handle_);
@@ -43,14 +59,27 @@ CURLcode CurlHandle::perform(TransferProgress* progress) {
     dialogue_.clear();
     if (progress != nullptr && progress->abortRequested) return CURLE_ABORTED_BY_CALLBACK;
     progress_ = progress;
-    const CURLcode code = curl_easy_perform(handle_);
+    CURLcode code = CURLE_FAILED_INIT;
+    if (curl_multi_add_handle(multi_, handle_) == CURLM_OK) {
+        int running = 1;
+        while (running > 0 && curl_multi_perform(multi_, &running) == CURLM_OK) {
+            if (running > 0) curl_multi_poll(multi_, nullptr, 0, kLongestPollMilliseconds, nullptr);
+        }
+        int left = 0;
+        while (const CURLMsg* message = curl_multi_info_read(multi_, &left)) {
+            if (message->msg == CURLMSG_DONE) code = message->data.result;
+        }
+        curl_multi_remove_handle(multi_, handle_);
+    }
     progress_ = nullptr;
     return code;
 }
 
 void CurlHandle::closeConnections() {
     curl_easy_cleanup(handle_);
-    handle_ = newEasyHandle();
+    curl_multi_cleanup(multi_);
+    multi_ = created(curl_multi_init());
+    handle_ = created(curl_easy_init());
     reset();
 }
 

@@ -47,6 +47,8 @@ private:
     static int onProgress(void* self, curl_off_t downloadTotal, curl_off_t downloaded, curl_off_t uploadTotal,
                           curl_off_t uploaded);
 
+    // The handle runs in a multi handle of its own, which keeps its connections.
+    CURLM* multi_ = nullptr;
     CURL* handle_ = nullptr;
     char errorBuffer_[CURL_ERROR_SIZE] = {};
     CurlDialogue dialogue_;
