@@ -11,6 +11,8 @@ packages=(
   libsqlite3-dev libcli11-dev libfmt-dev
   # tests and benchmarks
   libgtest-dev libgmock-dev libbenchmark-dev
+  # the FTP server of the tests, and curl's own tool beside the FTP client in its benchmark
+  python3-pyftpdlib curl
   # the device's own tools, as Debian has them
   dpkg dpkg-dev apt tar coreutils findutils bzip2 gawk openssl sharutils unzip procps sudo libplist-utils
   # the sandbox device builder
