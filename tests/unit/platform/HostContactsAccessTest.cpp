@@ -53,7 +53,8 @@ TEST_F(HostContactsAccessTest, TheStatusIsTheDecisionRecordedForTheProgramAndThe
     tcc("UPDATE access SET allowed = 1 WHERE service = 'kTCCServiceAddressBook'");
     EXPECT_EQ(access.authorizationStatus(), ContactsAuthorization::Authorized);
     EXPECT_EQ(request(), true);
-    EXPECT_THAT(tcc("SELECT allowed, prompt_count FROM access WHERE client = 'com.larkmoor.stowhaven'"),
+    EXPECT_THAT(tcc("SELECT allowed, prompt_count FROM access WHERE service = 'kTCCServiceAddressBook'"
+                    " AND client = 'com.larkmoor.stowhaven'"),
                 ElementsAre("1|1"));
 }
 
