@@ -1,7 +1,10 @@
 #include "cli/EngineChoice.h"
 
+#include "cli/FtpHostChoice.h"
 #include "cli/TerminalPrompt.h"
+#include "core/AlertPresenter.h"
 #include "core/Supervisor.h"
+#include "platform/Strings.h"
 #include "storage/StorageEngineFactory.h"
 #include "storage/addressbook/ABAddressBookHelper.h"
 
@@ -76,30 +79,48 @@ EngineUse useStorageEngine(StorageType type) {
     }
     const StorageType before = supervisor.currentStorageType();
     supervisor.setCurrentStorageType(type);
-    if (!createStorageEngine(type)) {
+    const auto engine = createStorageEngine(type);
+    if (!engine) {
         supervisor.setCurrentStorageType(before);
         return EngineUse::NotBuilt;
+    }
+    // An engine that can't work (an FTP server without a login, say) gave way as it started.
+    if (supervisor.currentStorageType() != type) {
+        AlertPresenter::shared()->showAlert(Strings::localized("WARNING"), engine->errorMessage().value_or(""),
+                                            {Strings::localized("OK_BUTTON")}, {});
+        supervisor.setCurrentStorageType(before);
+        return EngineUse::Refused;
     }
     supervisor.persistStorageType();
     return EngineUse::Current;
 }
+
+namespace {
+
+bool tookEngine(StorageType type, const std::string& name, std::ostream& out) {
+    switch (useStorageEngine(type)) {
+        case EngineUse::Current:
+            return true;
+        case EngineUse::NotBuilt:
+            fmt::print(out, "The {} engine is not available in this build.\n", name);
+            return false;
+        case EngineUse::Refused:
+            return false;
+    }
+    return false;
+}
+
+}  // namespace
 
 bool chooseStorageEngine(TerminalPrompt& prompt, std::ostream& out) {
     std::vector<std::string> names;
     for (const EngineName& engine : kEngineNames) names.emplace_back(engine.name);
     const auto chosen = prompt.choose("Storage engine", names);
     if (!chosen) return false;
-    switch (useStorageEngine(kEngineNames[*chosen].type)) {
-        case EngineUse::Current:
-            break;
-        case EngineUse::NotBuilt:
-            fmt::print(out, "The {} engine is not available in this build.\n", names[*chosen]);
-            return false;
-        case EngineUse::Refused:
-            return false;
-    }
-    fmt::print(out, "Storage is now {}.\n", Supervisor::shared().storageEngineName());
-    return true;
+    const StorageType type = kEngineNames[*chosen].type;
+    const bool taken = type == StorageType::FTP ? chooseFtpHost(prompt, out) : tookEngine(type, names[*chosen], out);
+    if (taken) fmt::print(out, "Storage is now {}.\n", Supervisor::shared().storageEngineName());
+    return taken;
 }
 
 }  // namespace stowhaven

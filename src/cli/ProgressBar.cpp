@@ -53,6 +53,11 @@ void ProgressBar::setFraction(double fraction) {
     if (redrawInPlace_) redraw();
 }
 
+void ProgressBar::setBanner(const std::string& banner) {
+    banner_ = oneLine(banner);
+    if (redrawInPlace_) redraw();
+}
+
 void ProgressBar::finish() {
     if (drawnColumns_ == 0) return;
     out_ << '\n' << std::flush;
@@ -62,6 +67,8 @@ void ProgressBar::finish() {
 
 void ProgressBar::redraw() {
     std::string line = barAndPercent(fraction_);
+    // The banner before the text, which the width may cut.
+    if (!banner_.empty()) line += " " + banner_;
     if (!text_.empty()) line += " " + text_;
     // A line as wide as the terminal would wrap on some terminals and leave the cursor below it.
     line = leadingColumns(line, width_ > 0 ? width_ - 1 : 0);

@@ -20,6 +20,9 @@ public:
     void setText(const std::string& text);
     // Clamped to 0...1.
     void setFraction(double fraction);
+    // A transfer's banner at the end of a redrawn line; nothing elsewhere, as it changes
+    // with every percent.
+    void setBanner(const std::string& banner);
     // Ends a redrawn line with a newline, so that what follows starts on a fresh line. Idempotent.
     void finish();
 
@@ -30,6 +33,7 @@ private:
     bool redrawInPlace_;
     std::size_t width_;
     std::string text_;
+    std::string banner_;
     std::optional<double> fraction_;
     std::string drawnLine_;
     std::size_t drawnColumns_ = 0;

@@ -27,6 +27,10 @@ void TerminalScreen::showProgressFraction(double fraction) {
     if (progress_) progress_->setFraction(fraction);
 }
 
+void TerminalScreen::showTransferBanner(const std::string& text) {
+    if (progress_) progress_->setBanner(text);
+}
+
 void TerminalScreen::breakProgressLine() {
     if (progress_) progress_->finish();
 }

@@ -26,6 +26,7 @@ public:
     void showWorking(bool working) override;
     void showProgressText(const std::string& text) override;
     void showProgressFraction(double fraction) override;
+    void showTransferBanner(const std::string& text) override;
     void showNetworkActivity(bool /*active*/) override {}
     void chooseFrom(const std::vector<std::string>& options, Choice choice) override;
     void open(const std::vector<FlowScreen>& screens) override;

@@ -1,4 +1,5 @@
 #include "cli/BackupCommand.h"
+#include "cli/FtpStorageCommands.h"
 #include "cli/HistoryCommand.h"
 #include "cli/HistoryViewCommand.h"
 #include "cli/InteractiveSession.h"
@@ -139,6 +140,8 @@ int main(int argc, char** argv) {
     std::optional<std::string> storageEngine;
     CLI::App* storageUse = storage->add_subcommand("use", "Make an engine current and keep it so");
     storageUse->add_option("engine", storageEngine, "local, ftp, dropbox...")->required();
+    FtpStorageCommands ftpStorage;
+    ftpStorage.add(*storage);
 
     std::string vCardFile;
     CLI::App* share = app.add_subcommand("share", "Send a session to another device");
@@ -220,7 +223,11 @@ int main(int argc, char** argv) {
             status = presets ? OpenCommand::run(delegate, openTarget, *presets, std::cout, std::cerr) : kUsageError;
         }
         if (items->parsed()) status = ItemsCommand::run(itemsAsJson, std::cout, std::cerr);
-        if (storage->parsed()) status = StorageCommand::run(storageEngine, std::cout, std::cerr);
+        if (ftpStorage.parsed()) {
+            status = ftpStorage.run(std::cout, std::cerr);
+        } else if (storage->parsed()) {
+            status = StorageCommand::run(storageEngine, std::cout, std::cerr);
+        }
         if (statusCommand->parsed()) status = StatusCommand::run(statusAsJson, std::cout, std::cerr);
         if (history->parsed()) status = HistoryCommand::run(historyAsJson, std::cout, std::cerr);
         if (backup->parsed()) status = BackupCommand::run(backupRequest, std::cout, std::cerr);

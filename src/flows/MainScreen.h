@@ -46,6 +46,8 @@ public:
     virtual void showWorking(bool working) = 0;
     virtual void showProgressText(const std::string& text) = 0;
     virtual void showProgressFraction(double fraction) = 0;
+    // The banner of a network transfer in progress, "UP: 42% @ 512Kb/s"; empty when none runs.
+    virtual void showTransferBanner(const std::string& text) { (void)text; }
     virtual void showNetworkActivity(bool active) = 0;
     virtual void chooseFrom(const std::vector<std::string>& options, Choice choice) = 0;
     // Opens the screens in turn, as each one is left.

@@ -79,6 +79,9 @@ void MainViewController::initializeEventListeners() {
     onMain("UPDATE_PROGRESS", [](MainViewController& self, const Notification& note) {
         if (const auto* fraction = std::any_cast<double>(&note.object)) self.screen_->showProgressFraction(*fraction);
     });
+    onMain("UPDATE_TRANSFER_BANNER", [](MainViewController& self, const Notification& note) {
+        if (const auto* text = std::any_cast<std::string>(&note.object)) self.screen_->showTransferBanner(*text);
+    });
     onMain("ALL_ALBUMS_ACCOUNTED", [](MainViewController& self, const Notification&) { self.updateBackupSizeLabel(); });
 }
 

@@ -1,6 +1,7 @@
 #include "storage/StorageEngineFactory.h"
 
 #include "storage/StorageEngines.h"
+#include "storage/ftp/FTPHelper.h"
 #include "storage/local/LocalStorageHelper.h"
 
 namespace stowhaven {
@@ -12,11 +13,12 @@ std::shared_ptr<StorageHelperProtocol> createStorageEngine(StorageType type) {
         case StorageType::SugarSync:
         case StorageType::SkyDrive:
         case StorageType::Box:
-        case StorageType::FTP:
         case StorageType::GDrive:
         case StorageType::OwnCloud:
             // Made by the factory its engine registered, if any.
             return StorageEngines::create(type);
+        case StorageType::FTP:
+            return FTPHelper::createFTPHelper();
         case StorageType::Local:
             break;
     }

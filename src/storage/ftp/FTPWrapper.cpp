@@ -1,0 +1,161 @@
+#include "storage/ftp/FTPWrapper.h"
+
+#include "core/Supervisor.h"
+#include "platform/FileManager.h"
+#include "platform/Log.h"
+
+#include <filesystem>
+
+namespace stowhaven {
+
+namespace {
+
+// How often a running transfer is looked at: for its progress and for a cancel of the job.
+constexpr std::chrono::milliseconds kTransferPoll{5};
+
+std::string lastPathComponent(const std::string& path) { return std::filesystem::path(path).filename().string(); }
+
+}  // namespace
+
+FTPWrapper::FTPWrapper(FTPCredentials credentials) : credentials_(std::move(credentials)) {}
+
+FTPWrapper::~FTPWrapper() { disconnect(); }
+
+bool FTPWrapper::connect() {
+    disconnect();
+    setErrorMessage(std::nullopt);
+    return server() != nullptr;
+}
+
+FtpClient* FTPWrapper::server() {
+    if (server_ && server_->isConnected()) return server_.get();
+    const auto account = credentials_.account();
+    if (!account) {
+        setErrorMessage("The port of the FTP server must be a number from 1 to 65535.");
+        return nullptr;
+    }
+    SH_LOG("Connecting to <{}>...", credentials_.host);
+    server_ = std::make_unique<FtpClient>(*account);
+    if (!server_->connect()) {
+        SH_LOG("Failed to connect to <{}>...", credentials_.host);
+        failed();
+        server_.reset();
+        return nullptr;
+    }
+    SH_LOG("Connected to <{}>!", credentials_.host);
+    return server_.get();
+}
+
+bool FTPWrapper::failed() {
+    const std::string error = server_ ? server_->lastError() : std::string("Not connected");
+    SH_LOG("error: {}", error);
+    setErrorMessage(error);
+    return false;
+}
+
+void FTPWrapper::disconnect() {
+    if (!server_) return;
+    SH_LOG("Disconnecting from <{}>...", credentials_.host);
+    server_->disconnect();
+    server_.reset();
+    SH_LOG("Disconnected from <{}>!", credentials_.host);
+}
+
+bool FTPWrapper::isLoggedIn() const { return server_ && server_->isConnected(); }
+
+std::optional<std::vector<FtpEntry>> FTPWrapper::listDirectory(const std::string& path) {
+    SH_LOG("Listing <{}>...", path);
+    setErrorMessage(std::nullopt);
+    FtpClient* client = server();
+    if (client == nullptr) return std::nullopt;
+    auto entries = client->list(path);
+    if (!entries) failed();
+    return entries;
+}
+
+bool FTPWrapper::createDirectory(const std::string& path) {
+    setErrorMessage(std::nullopt);
+    FtpClient* client = server();
+    return client != nullptr && (client->createDirectory(path) || failed());
+}
+
+bool FTPWrapper::createDirectoryWithParents(const std::string& path) {
+    setErrorMessage(std::nullopt);
+    FtpClient* client = server();
+    if (client == nullptr) return false;
+    std::string made;
+    for (const auto& component : std::filesystem::path(path).relative_path()) {
+        made += "/" + component.string();
+        // A folder that is there already refuses to be made; the listing tells.
+        if (!client->createDirectory(made) && !client->list(made)) return failed();
+    }
+    return true;
+}
+
+bool FTPWrapper::deleteTree(const std::string& path) {
+    SH_LOG("Deleting <{}>...", path);
+    setErrorMessage(std::nullopt);
+    FtpClient* client = server();
+    return client != nullptr && (client->deleteTree(path) || failed());
+}
+
+bool FTPWrapper::deleteFile(const std::string& path) {
+    setErrorMessage(std::nullopt);
+    FtpClient* client = server();
+    return client != nullptr && (client->deleteFile(path) || failed());
+}
+
+bool FTPWrapper::rename(const std::string& from, const std::string& to) {
+    SH_LOG("{} -> {}...", from, to);
+    setErrorMessage(std::nullopt);
+    FtpClient* client = server();
+    return client != nullptr && (client->rename(from, to) || failed());
+}
+
+bool FTPWrapper::uploadFromPath(const std::string& localPath, const std::string& remoteFolder) {
+    SH_LOG("{} -> {}", localPath, remoteFolder);
+    setErrorMessage(std::nullopt);
+    if (!FileManager::isRegularFile(localPath)) {
+        setErrorMessage(localPath + " is no file to send");
+        return false;
+    }
+    const auto size = static_cast<std::int64_t>(FileManager::sizeOfItem(localPath));
+    FtpClient* client = server();
+    if (client == nullptr) return false;
+    const auto transfer = client->startUpload(localPath, remoteFolder + "/" + lastPathComponent(localPath));
+    return runTransfer(*transfer, TransferDisplay::Direction::Upload, size);
+}
+
+bool FTPWrapper::getFile(const std::string& remotePath, const std::string& localPath) {
+    SH_LOG("Loading <{}> into <{}>...", remotePath, localPath);
+    setErrorMessage(std::nullopt);
+    FtpClient* client = server();
+    if (client == nullptr) return false;
+    const auto size = client->sizeOf(remotePath);
+    if (!size) return failed();
+    const auto transfer = client->startDownload(remotePath, localPath);
+    return runTransfer(*transfer, TransferDisplay::Direction::Download, *size);
+}
+
+bool FTPWrapper::runTransfer(FtpTransfer& transfer, TransferDisplay::Direction direction, std::int64_t size) {
+    TransferDisplay progress(direction, size);
+    const Supervisor& supervisor = Supervisor::shared();
+    bool aborted = false;
+    while (!transfer.waitUntilFinished(kTransferPoll)) {
+        progress.update(transfer.bytesDone(), transfer.bytesPerSecond());
+        if (supervisor.isCanceled() && !aborted) {
+            SH_LOG("Operation canceled!");
+            transfer.abort();
+            aborted = true;
+        }
+    }
+    progress.update(transfer.bytesDone(), transfer.bytesPerSecond());
+    if (transfer.succeeded()) return true;
+    // A transfer cut short may leave the connection in any state: the next one starts anew.
+    server_.reset();
+    setErrorMessage(aborted ? std::string("Canceled") : transfer.error());
+    SH_LOG("error: {}", errorMessage().value_or(""));
+    return false;
+}
+
+}  // namespace stowhaven

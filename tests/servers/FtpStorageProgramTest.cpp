@@ -1,0 +1,242 @@
+// The program with a real FTP server as its storage: the login, a backup of everything, the
+// layout it leaves on the server, the history, a restore onto a fresh device, and what a
+// wrong password, a server that dies during an upload, a device folder of an older version
+// and a hostile server do.
+
+#include "platform/FileManager.h"
+#include "platform/ShellQuote.h"
+#include "platform/plist/PlistCodec.h"
+#include "support/FtpServer.h"
+#include "support/ProgramRun.h"
+#include "support/SandboxDevice.h"
+#include "support/TestFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <future>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace stowhaven {
+namespace {
+
+namespace fs = std::filesystem;
+
+test::ProgramOutcome run(const test::SandboxDevice& device, const std::string& arguments) {
+    return test::runProgram("--root " + ShellQuote::path(device.root()) + " " + arguments);
+}
+
+void turnOn(const test::SandboxDevice& device, const std::vector<std::string>& settings) {
+    for (const std::string& setting : settings) ASSERT_EQ(run(device, "settings " + setting + " true").status, 0);
+}
+
+void turnOnEverything(const test::SandboxDevice& device) {
+    turnOn(device, {"AutoScanPkgEnabled", "AutoScanStockAppsEnabled", "AutoScanAppStoreAppsEnabled",
+                    "AutoScanOtherOptionsEnabled", "BackupDebsEnabled"});
+}
+
+std::string lockdownFact(const test::SandboxDevice& device, const char* key) {
+    const auto lockdown = PlistCodec::readFile(device.path("/var/root/Library/Lockdown/data_ark.plist"));
+    const std::string* value = stringForKey(*lockdown->asDictionary(), key);
+    return value ? *value : "";
+}
+
+std::string deviceName(const test::SandboxDevice& device) {
+    std::string name = lockdownFact(device, "-DeviceName");
+    const auto first = name.find_first_not_of(" \n\t");
+    const auto last = name.find_last_not_of(" \n\t");
+    return first == std::string::npos ? "" : name.substr(first, last - first + 1);
+}
+
+// The files of a folder by name, folders marked with a "/".
+std::vector<std::string> namesIn(const fs::path& folder) {
+    std::vector<std::string> names;
+    if (!fs::is_directory(folder)) return names;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        names.push_back(entry.path().filename().string() + (entry.is_directory() ? "/" : ""));
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::vector<std::string> historyFilesIn(const fs::path& folder) {
+    auto names = namesIn(folder);
+    std::erase_if(names, [](const std::string& name) { return !name.ends_with(".stowhvn"); });
+    return names;
+}
+
+class FtpStorageProgramTest : public ::testing::Test {
+protected:
+    void SetUp() override { STOWHAVEN_SKIP_WITHOUT_FTP_SERVER(); }
+
+    // `storage login ftp` with the server's account, OPTIONS, and its password or PASSWORD.
+    static test::ProgramOutcome logIn(const test::SandboxDevice& device, const test::FtpServer& server,
+                                      const std::string& options = "",
+                                      const std::optional<std::string>& password = std::nullopt) {
+        const test::TestFolder folder;
+        const std::string file = folder / "password";
+        const FtpAccount account = server.account();
+        FileManager::writeFile(file, password.value_or(account.password) + "\n");
+        return run(device, "storage login ftp " + account.host + " --port " + std::to_string(account.port) +
+                               " --user " + account.login + " --password-file " + ShellQuote::path(file) + " " +
+                               options);
+    }
+};
+
+TEST_F(FtpStorageProgramTest, ABackupGoesToTheServerAndComesBackOntoAFreshDevice) {
+    test::FtpServer server;
+    const test::SandboxDevice original("demo");
+    turnOnEverything(original);
+    const auto login = logIn(original, server);
+    ASSERT_EQ(login.status, 0) << login.output << login.errors;
+    const auto backup = run(original, "backup --yes --title 'To the server'");
+    ASSERT_EQ(backup.status, 0) << backup.output << backup.errors;
+
+    // root/device/stamp.stowhvn, and the session's folder with its kinds of data.
+    const fs::path deviceFolder = server.folder() / "Stowhaven" / deviceName(original);
+    const auto sessions = historyFilesIn(deviceFolder);
+    ASSERT_EQ(sessions.size(), 1u);
+    const std::string stamp = sessions[0].substr(0, sessions[0].size() - std::string(".stowhvn").size());
+    EXPECT_EQ(namesIn(deviceFolder), (std::vector<std::string>{sessions[0], stamp + "/"}));
+    const auto data = namesIn(deviceFolder / stamp);
+    for (const char* kind : {"DEBS/", "NOTES/", "NOTES.idx", "CHAT.idx", "APPLICATIONS_DATA/"}) {
+        EXPECT_NE(std::find(data.begin(), data.end(), kind), data.end())
+            << kind << " in " << ::testing::PrintToString(data);
+    }
+    EXPECT_TRUE(namesIn(server.folder() / "Stowhaven").size() == 1) << "nothing but the device's folder";
+    EXPECT_TRUE(namesIn(original.path("/var/mobile/Library/Preferences/Stowhaven")).empty())
+        << "nothing kept on the device";
+
+    const auto history = run(original, "history");
+    EXPECT_EQ(history.status, 0) << history.errors;
+    EXPECT_NE(history.output.find("To the server"), std::string::npos) << history.output;
+
+    const test::SandboxDevice fresh = test::SandboxDevice::fresh("demo");
+    turnOn(fresh, {"AutoScanPkgEnabled", "AutoScanStockAppsEnabled", "AutoScanAppStoreAppsEnabled",
+                   "AutoScanOtherOptionsEnabled"});
+    ASSERT_EQ(run(fresh, "settings PkgFWCompatibilityCheckEnabled false").status, 0);
+    ASSERT_EQ(logIn(fresh, server).status, 0);
+    const auto restore = run(fresh, "restore --yes");
+    EXPECT_EQ(restore.status, 0) << restore.output << restore.errors;
+    const std::string packages = test::runCommand(
+        "dpkg-query --admindir=" + ShellQuote::path(fresh.path("/var/lib/dpkg")) + " -W -f='${Package}\\n'");
+    for (const char* package : {"com.fuyuchi.flex2", "net.tinkerlane.quietbadges"}) {
+        EXPECT_NE(packages.find(std::string(package) + "\n"), std::string::npos) << package;
+    }
+    for (const char* file : {"/var/mobile/Library/Notes/notes.sqlite", "/var/mobile/Library/SMS/sms.db"}) {
+        EXPECT_EQ(FileManager::contentsOfFile(fresh.path(file)), FileManager::contentsOfFile(original.path(file)))
+            << file;
+    }
+}
+
+TEST_F(FtpStorageProgramTest, TheLoginMakesAMissingRootAndARefusedOneLeavesTheStorageAsItWas) {
+    test::FtpServer server;
+    const test::SandboxDevice device("minimal");
+    const auto login = logIn(device, server, "--root 'backups/of phones'");
+    ASSERT_EQ(login.status, 0) << login.errors;
+    EXPECT_TRUE(fs::is_directory(server.folder() / "backups" / "of phones" / "Stowhaven" / deviceName(device)));
+    const auto hosts = run(device, "storage hosts ftp");
+    EXPECT_NE(hosts.output.find("* owner@127.0.0.1:" + std::to_string(server.account().port) +
+                                " /backups/of phones/Stowhaven (passive, password ********)"),
+              std::string::npos)
+        << hosts.output;
+
+    const auto refused = logIn(device, server, "", "not the password");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.errors.find("530"), std::string::npos) << "the server's words: " << refused.errors;
+    EXPECT_EQ(refused.errors.find("not the password"), std::string::npos) << refused.errors;
+    EXPECT_NE(run(device, "storage").output.find("Storage: FTP"), std::string::npos) << "still the server before";
+
+    // A password changed on the server: the program says so, in the server's words, and works
+    // on local storage for the run.
+    ASSERT_EQ(run(device, "settings FTPPassword 'an old one'").status, 0);
+    const auto storage = run(device, "storage");
+    EXPECT_NE(storage.output.find("Storage: local storage"), std::string::npos) << storage.output;
+    EXPECT_NE(storage.errors.find("530"), std::string::npos) << storage.errors;
+    EXPECT_EQ(storage.errors.find("an old one"), std::string::npos) << storage.errors;
+}
+
+TEST_F(FtpStorageProgramTest, AServerThatDiesDuringAnUploadFailsTheJobAndKeepsTheSessionsBefore) {
+    test::FtpServer server({.readLimit = 64 * 1024});
+    const test::SandboxDevice device("demo");
+    turnOn(device, {"AutoScanPkgEnabled"});
+    ASSERT_EQ(logIn(device, server).status, 0);
+    ASSERT_EQ(run(device, "backup --yes --title First").status, 0);
+    const fs::path deviceFolder = server.folder() / "Stowhaven" / deviceName(device);
+    const auto before = historyFilesIn(deviceFolder);
+    ASSERT_EQ(before.size(), 1u);
+    const auto firstHistory = FileManager::contentsOfFile((deviceFolder / before[0]).string());
+
+    turnOnEverything(device);
+    auto backup = std::async(std::launch::async, [&device] { return run(device, "backup --yes --title Second"); });
+    // The first backup's uploads were told before; this one's packages are its own.
+    std::optional<std::string> upload;
+    while ((upload = server.waitForLine("STOR ")) && upload->find("/DEBS/") == std::string::npos) {
+    }
+    ASSERT_TRUE(upload) << "an upload of the second backup began";
+    server.stop();
+    const auto outcome = backup.get();
+    EXPECT_NE(outcome.status, 0) << outcome.output << outcome.errors;
+    EXPECT_EQ(FileManager::contentsOfFile((deviceFolder / before[0]).string()), firstHistory);
+    EXPECT_NE(outcome.errors.find("127.0.0.1"), std::string::npos) << "what failed: " << outcome.errors;
+}
+
+TEST_F(FtpStorageProgramTest, ADeviceFolderNamedAfterTheIdentifierTakesTheDevicesName) {
+    test::FtpServer server;
+    const test::SandboxDevice device("minimal");
+    turnOn(device, {"AutoScanPkgEnabled"});
+    ASSERT_EQ(logIn(device, server).status, 0);
+    ASSERT_EQ(run(device, "backup --yes --title 'Of old'").status, 0);
+    const fs::path root = server.folder() / "Stowhaven";
+    const std::string identifier = lockdownFact(device, "-UniqueDeviceID");
+    fs::rename(root / deviceName(device), root / identifier);
+
+    const auto history = run(device, "history");
+    EXPECT_NE(history.output.find("Of old"), std::string::npos) << history.output << history.errors;
+    EXPECT_EQ(namesIn(root), std::vector<std::string>{deviceName(device) + "/"});
+}
+
+TEST_F(FtpStorageProgramTest, AHostileListingIsRefusedAndItsNamesAreOnlyData) {
+    struct Case {
+        const char* what;
+        std::string listing;
+        bool cutShort;
+    };
+    const std::vector<Case> cases = {
+        {"a name that climbs out", "type=dir;size=0; ..\r\ntype=file;size=9; ../../x.stowhvn\r\n", false},
+        {"a name with a slash", "type=file;size=9; a/b.stowhvn\r\n", false},
+        {"a name with a line break", "type=file;size=9; a\nDELE b.stowhvn\r\n", false},
+        {"a line of another format", "-rw-r--r-- 1 owner owner 9 Nov 24 10:00 a.stowhvn\r\n", false},
+        {"a listing cut short", "", true},
+    };
+    const test::SandboxDevice device("minimal");
+    // The server has the folders; whatever it lists, the listing is what it says it is.
+    const auto serverWithFolders = [&device](const test::FtpServerOptions& options) {
+        auto server = std::make_unique<test::FtpServer>(options);
+        fs::create_directories(server->folder() / "Stowhaven" / deviceName(device));
+        return server;
+    };
+    for (const Case& hostile : cases) {
+        SCOPED_TRACE(hostile.what);
+        const auto server = serverWithFolders({.hostileListing = hostile.listing, .cutListing = hostile.cutShort});
+        const auto login = logIn(device, *server);
+        EXPECT_EQ(login.status, 1) << login.output;
+        EXPECT_NE(login.errors.find("stowhaven: "), std::string::npos) << "a message: " << login.errors;
+        EXPECT_EQ(namesIn(server->folder() / "Stowhaven"), std::vector<std::string>{deviceName(device) + "/"});
+    }
+
+    // A name that a shell would run is a name like any other: nothing runs, and the file,
+    // which the server can't give, is skipped.
+    const auto server = serverWithFolders({.hostileListing = "type=file;size=9; $(touch owned).stowhvn\r\n"});
+    ASSERT_EQ(logIn(device, *server).status, 0);
+    const auto history = run(device, "history");
+    EXPECT_EQ(history.status, 0) << history.errors;
+    for (const fs::path& folder : {fs::current_path(), fs::path(device.root()), server->folder()}) {
+        EXPECT_FALSE(fs::exists(folder / "owned")) << folder;
+    }
+}
+
+}  // namespace
+}  // namespace stowhaven

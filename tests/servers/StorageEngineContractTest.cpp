@@ -1,0 +1,178 @@
+// What every storage engine must do, run against each engine on its real storage: local
+// storage on the device's folder, FTP on a real server. An engine joins by adding its
+// EngineUnderTest below.
+
+#include "core/BackupSession.h"
+#include "platform/FileManager.h"
+#include "platform/TemporaryDirectory.h"
+#include "storage/StorageLayout.h"
+#include "storage/ftp/FTPCredentials.h"
+#include "storage/ftp/FTPHelper.h"
+#include "storage/local/LocalStorageHelper.h"
+#include "support/FtpServer.h"
+#include "support/StorageRequest.h"
+#include "support/SupervisorScope.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace stowhaven {
+namespace {
+
+// One engine on a storage of the test's own, made anew as at each start of the program.
+class EngineUnderTest {
+public:
+    virtual ~EngineUnderTest() = default;
+    virtual std::shared_ptr<StorageHelperProtocol> start() = 0;
+};
+
+class LocalEngine final : public EngineUnderTest {
+public:
+    explicit LocalEngine(test::SupervisorScope& scope) { scope.services.shell.runsCommands = true; }
+    std::shared_ptr<StorageHelperProtocol> start() override {
+        LocalStorageHelper::settleStoragePath();
+        return LocalStorageHelper::createLocalStorageHelper();
+    }
+};
+
+class FtpEngine final : public EngineUnderTest {
+public:
+    explicit FtpEngine(test::SupervisorScope& scope) {
+        const FtpAccount account = server_.account();
+        FTPCredentials{account.host, std::to_string(account.port), account.login, account.password, ""}
+            .storeAsCurrent();
+        scope.supervisor().setStorageToFTP();
+    }
+    std::shared_ptr<StorageHelperProtocol> start() override { return FTPHelper::createFTPHelper(); }
+
+private:
+    test::FtpServer server_;
+};
+
+struct EngineKind {
+    const char* name;
+    std::function<std::unique_ptr<EngineUnderTest>(test::SupervisorScope&)> make;
+    bool needsFtpServer = false;
+};
+
+void PrintTo(const EngineKind& kind, std::ostream* out) { *out << kind.name; }
+
+class StorageEngineContractTest : public ::testing::TestWithParam<EngineKind> {
+protected:
+    void SetUp() override {
+        if (GetParam().needsFtpServer) STOWHAVEN_SKIP_WITHOUT_FTP_SERVER();
+        storage_ = GetParam().make(scope_);
+        engine_ = storage_->start();
+        ASSERT_TRUE(engine_) << "the engine starts";
+        ASSERT_FALSE(engine_->hasError()) << *engine_->errorMessage();
+    }
+
+    // A file of the temporary folder, as the backup leaves one to send.
+    static std::string temporaryFile(const std::string& name, const std::string& bytes) {
+        const std::string path = TemporaryDirectory::path() + "/" + name;
+        FileManager::writeFile(path, bytes);
+        return path;
+    }
+    static std::optional<std::string> fetched(const test::RequestOutcome& outcome) {
+        const auto* path = std::get_if<std::string>(&outcome.object);
+        return path ? FileManager::contentsOfFile(*path) : std::nullopt;
+    }
+
+    bool succeeds(const std::function<void()>& operation) { return test::request(*engine_, operation).succeeded; }
+
+    // A session stored as the backup stores one: its folders, a data part, its index and
+    // its history file.
+    void storeSession(Date date, const std::string& history) {
+        ASSERT_TRUE(succeeds([&] { engine_->createDirectoryDated(date); }));
+        ASSERT_TRUE(succeeds([&] { engine_->createDirectory("NOTES", date); }));
+        const std::string part = temporaryFile("NOTES-001", "the notes, archived");
+        ASSERT_TRUE(succeeds([&] { engine_->uploadFile(part, date, std::string("NOTES")); }));
+        const std::string index = temporaryFile("NOTES.idx", "NOTES-001\n");
+        ASSERT_TRUE(succeeds([&] { engine_->uploadFile(index, date, std::nullopt); }));
+        ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory(history, date); }));
+    }
+
+    // The engine as the next start makes it, the newest history file fetched.
+    void restart() {
+        engine_ = storage_->start();
+        engine_->loadMostRecentBackupSession();
+    }
+
+    test::SupervisorScope scope_;
+    std::unique_ptr<EngineUnderTest> storage_;
+    std::shared_ptr<StorageHelperProtocol> engine_;
+};
+
+TEST_P(StorageEngineContractTest, AStoredSessionComesBackWholeAtTheNextStart) {
+    const Date date(800000000);
+    storeSession(date, "the history");
+    restart();
+    const std::string history = StorageLayout::historyFileName(date);
+    EXPECT_EQ(engine_->existingFiles(), std::vector<std::string>{history});
+    EXPECT_EQ(FileManager::contentsOfFile(TemporaryDirectory::path() + "/" + history), "the history");
+    const auto index = test::request(*engine_, [&] { engine_->loadFile("NOTES.idx", date, std::nullopt); });
+    EXPECT_EQ(fetched(index), "NOTES-001\n");
+    const auto part = test::request(*engine_, [&] { engine_->loadFile("NOTES-001", date, std::string("NOTES")); });
+    EXPECT_EQ(fetched(part), "the notes, archived");
+}
+
+TEST_P(StorageEngineContractTest, SessionsListOldestFirstSoThatTheLastIsTheNewest) {
+    const Date older(700000000);
+    const Date newer(800000000);
+    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("newer", newer); }));
+    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("older", older); }));
+    restart();
+    EXPECT_EQ(engine_->existingFiles(),
+              (std::vector<std::string>{StorageLayout::historyFileName(older), StorageLayout::historyFileName(newer)}));
+    EXPECT_EQ(FileManager::contentsOfFile(TemporaryDirectory::path() + "/" + StorageLayout::historyFileName(newer)),
+              "newer");
+}
+
+TEST_P(StorageEngineContractTest, ASessionOfTheSameStampNeverReplacesTheOneStored) {
+    const Date date(800000000);
+    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("first", date); }));
+    const auto second = test::request(*engine_, [&] { engine_->uploadBackupHistory("second", date); });
+    EXPECT_TRUE(second.failed);
+    EXPECT_TRUE(engine_->hasError());
+    restart();
+    EXPECT_EQ(FileManager::contentsOfFile(TemporaryDirectory::path() + "/" + StorageLayout::historyFileName(date)),
+              "first");
+}
+
+TEST_P(StorageEngineContractTest, ADeletedSessionIsGoneWithItsFolderAndOneWithoutAFolderIsNoFailure) {
+    const Date withData(800000000);
+    const Date listOnly(810000000);
+    storeSession(withData, "with data");
+    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("list only", listOnly); }));
+    for (const Date date : {withData, listOnly}) {
+        auto session = std::make_shared<BackupSession>();
+        session->setSessionDate(date);
+        EXPECT_TRUE(succeeds([&] { engine_->deleteBackupSession(session); }));
+    }
+    EXPECT_TRUE(engine_->existingFiles().empty());
+    restart();
+    EXPECT_TRUE(engine_->existingFiles().empty());
+    const auto part = test::request(*engine_, [&] { engine_->loadFile("NOTES-001", withData, std::string("NOTES")); });
+    EXPECT_TRUE(part.failed) << "the session's folder went too";
+}
+
+TEST_P(StorageEngineContractTest, AFileThatIsntThereFailsTheRequestWithAnError) {
+    const auto missing =
+        test::request(*engine_, [&] { engine_->loadFile("NOTES-009", Date(1), std::string("NOTES")); });
+    EXPECT_TRUE(missing.failed);
+    EXPECT_TRUE(engine_->hasError());
+    EXPECT_FALSE(FileManager::fileExists(TemporaryDirectory::path() + "/NOTES-009")) << "nothing half fetched";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Engines, StorageEngineContractTest,
+    ::testing::Values(
+        EngineKind{"Local", [](test::SupervisorScope& scope) { return std::make_unique<LocalEngine>(scope); }},
+        EngineKind{"Ftp", [](test::SupervisorScope& scope) { return std::make_unique<FtpEngine>(scope); }, true}),
+    [](const ::testing::TestParamInfo<EngineKind>& info) { return std::string(info.param.name); });
+
+}  // namespace
+}  // namespace stowhaven
