@@ -1,13 +1,11 @@
 #include "support/FtpServer.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
@@ -72,19 +70,20 @@ FtpServer::FtpServer(const FtpServerOptions& options) {
     child_ = spawn(arguments, &actions);
     posix_spawn_file_actions_destroy(&actions);
     close(pipeEnds[1]);
-    output_ = pipeEnds[0];
+    reader_ = std::thread([this, output = pipeEnds[0]] { readOutput(output); });
     const auto portLine = waitForLine("port ");
     if (child_ <= 0 || !portLine) {
-        stop();
-        close(output_);
+        shutDown();
         throw std::runtime_error("the FTP server of the tests didn't start");
     }
     port_ = std::atoi(portLine->c_str() + 5);
 }
 
-FtpServer::~FtpServer() {
+FtpServer::~FtpServer() { shutDown(); }
+
+void FtpServer::shutDown() {
     stop();
-    close(output_);
+    if (reader_.joinable()) reader_.join();
 }
 
 FtpAccount FtpServer::account() const {
@@ -107,33 +106,38 @@ void FtpServer::stop() {
     child_ = -1;
 }
 
-std::optional<std::string> FtpServer::waitForLine(const std::string& prefix) {
-    const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
-    while (std::chrono::steady_clock::now() < deadline) {
-        const auto line = nextLine();
-        if (line && line->starts_with(prefix)) return line;
-        if (line) continue;
-        const auto left =
-            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-        pollfd ready{output_, POLLIN, 0};
-        const int polled = poll(&ready, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
-        if (polled < 0 && errno == EINTR) continue;
-        if (polled <= 0) return std::nullopt;
-        char buffer[4096];
-        const ssize_t count = read(output_, buffer, sizeof buffer);
+void FtpServer::readOutput(int output) {
+    std::string unread;
+    char buffer[4096];
+    for (;;) {
+        const ssize_t count = read(output, buffer, sizeof buffer);
         if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return std::nullopt;
-        unread_.append(buffer, static_cast<std::size_t>(count));
+        if (count <= 0) break;
+        unread.append(buffer, static_cast<std::size_t>(count));
+        std::lock_guard lock(mutex_);
+        for (auto end = unread.find('\n'); end != std::string::npos; end = unread.find('\n')) {
+            lines_.push_back(unread.substr(0, end));
+            unread.erase(0, end + 1);
+        }
+        linesArrived_.notify_all();
     }
-    return std::nullopt;
+    close(output);
+    std::lock_guard lock(mutex_);
+    outputEnded_ = true;
+    linesArrived_.notify_all();
 }
 
-std::optional<std::string> FtpServer::nextLine() {
-    const auto end = unread_.find('\n');
-    if (end == std::string::npos) return std::nullopt;
-    std::string line = unread_.substr(0, end);
-    unread_.erase(0, end + 1);
-    return line;
+std::optional<std::string> FtpServer::waitForLine(const std::string& prefix) {
+    const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
+    std::unique_lock lock(mutex_);
+    for (;;) {
+        while (!lines_.empty()) {
+            std::string line = std::move(lines_.front());
+            lines_.pop_front();
+            if (line.starts_with(prefix)) return line;
+        }
+        if (outputEnded_ || linesArrived_.wait_until(lock, deadline) == std::cv_status::timeout) return std::nullopt;
+    }
 }
 
 }  // namespace stowhaven::test

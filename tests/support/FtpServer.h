@@ -5,10 +5,14 @@
 
 #include <sys/types.h>
 
+#include <condition_variable>
 #include <cstdint>
+#include <deque>
 #include <filesystem>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 
 namespace stowhaven::test {
 
@@ -47,15 +51,20 @@ public:
     std::optional<std::string> waitForLine(const std::string& prefix);
 
 private:
-    std::optional<std::string> nextLine();
+    // Reads the server's output to its end, so that the server never waits on a full pipe.
+    void readOutput(int output);
+    void shutDown();
     std::string listingFile() const { return ownFiles_ / "listing"; }
 
     TestFolder root_;
     TestFolder ownFiles_;
     pid_t child_ = -1;
-    int output_ = -1;
-    std::string unread_;
     int port_ = 0;
+    std::mutex mutex_;
+    std::condition_variable linesArrived_;
+    std::deque<std::string> lines_;
+    bool outputEnded_ = false;
+    std::thread reader_;
 };
 
 }  // namespace stowhaven::test
