@@ -9,7 +9,6 @@
 
 #include "platform/ShellQuote.h"
 #include "support/FolderSnapshot.h"
-#include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 #include "support/TerminalProgram.h"
 #include "support/TestFolder.h"
@@ -51,9 +50,8 @@ class CancelProgramTest : public ::testing::TestWithParam<Step> {
 protected:
     void SetUp() override {
         if (geteuid() != 0) GTEST_SKIP() << "a mount namespace needs root";
-        ASSERT_TRUE(test::turnOnScans(device_.root()));
-        const auto backup =
-            test::runProgram("--root " + ShellQuote::path(device_.root()) + " backup --yes --title Earlier");
+        ASSERT_TRUE(device_.turnOnScans());
+        const auto backup = device_.run("backup --yes --title Earlier");
         ASSERT_EQ(backup.status, 0) << backup.errors;
     }
 

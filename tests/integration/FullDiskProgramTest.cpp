@@ -5,7 +5,6 @@
 
 #include "platform/ShellQuote.h"
 #include "support/FolderSnapshot.h"
-#include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 
 #include <gtest/gtest.h>
@@ -47,15 +46,11 @@ class FullDiskProgramTest : public ::testing::Test {
 protected:
     void SetUp() override {
         if (geteuid() != 0) GTEST_SKIP() << "mounting a small file system needs root";
-        ASSERT_TRUE(test::turnOnScans(device_.root()));
-    }
-
-    test::ProgramOutcome run(const std::string& arguments) const {
-        return test::runProgram("--root " + ShellQuote::path(device_.root()) + " " + arguments);
+        ASSERT_TRUE(device_.turnOnScans());
     }
 
     void backUp() const {
-        const auto backup = run("backup --yes");
+        const auto backup = device_.run("backup --yes");
         ASSERT_EQ(backup.status, 0) << backup.errors;
     }
 
@@ -63,7 +58,7 @@ protected:
     // the first one left it.
     void expectFailedBackupLeavesTheFirstSession(const std::string& word) const {
         const auto before = test::snapshot(device_.path(kStorageFolder));
-        const auto backup = run("backup --yes");
+        const auto backup = device_.run("backup --yes");
         EXPECT_EQ(backup.status, 1);
         EXPECT_NE(backup.errors.find("the backup failed: " + word), std::string::npos) << backup.errors;
         EXPECT_EQ(test::snapshot(device_.path(kStorageFolder)), before);
@@ -82,13 +77,13 @@ TEST_F(FullDiskProgramTest, ABackupThatFillsTheTemporaryFolderFailsAndKeepsTheEa
 
 // With one session to keep, the earlier one is only taken away once the new one stands.
 TEST_F(FullDiskProgramTest, ABackupThatFillsTheStorageFailsAndKeepsTheOneSessionToKeep) {
-    ASSERT_EQ(run("settings MaximumBackupsInLocal 1").status, 0);
+    ASSERT_EQ(device_.run("settings MaximumBackupsInLocal 1").status, 0);
     // Room for one session, not for two.
     const SmallFileSystem storage(device_.path(kStorageFolder), "700k");
     ASSERT_TRUE(storage.isMounted());
     backUp();
     expectFailedBackupLeavesTheFirstSession("Couldn't ");
-    EXPECT_NE(run("history").output.find("1 session(s)"), std::string::npos);
+    EXPECT_NE(device_.run("history").output.find("1 session(s)"), std::string::npos);
 }
 
 TEST_F(FullDiskProgramTest, ARestoreThatFillsTheTemporaryFolderUnpacksNothingAndLeavesDpkgConsistent) {
@@ -97,7 +92,7 @@ TEST_F(FullDiskProgramTest, ARestoreThatFillsTheTemporaryFolderUnpacksNothingAnd
     const SmallFileSystem full(device_.path(kTemporaryFolder), "40k");
     ASSERT_TRUE(full.isMounted());
 
-    const auto restore = run("restore --yes");
+    const auto restore = device_.run("restore --yes");
 
     EXPECT_EQ(restore.status, 1);
     EXPECT_NE(restore.output.find("failed             Notes data: its parts couldn't be joined"), std::string::npos)

@@ -25,8 +25,7 @@ protected:
     }
 
     test::ProgramOutcome view(const std::string& path, const std::string& options = "") const {
-        return test::runProgram("--root " + ShellQuote::path(device_.root()) + " inspect " + options + " " +
-                                ShellQuote::path(path));
+        return device_.run("inspect " + options + " " + ShellQuote::path(path));
     }
 
     nlohmann::json viewAsJson(const std::string& path) const {

@@ -2,7 +2,6 @@
 // put where the program's folders go, never runs and is never deleted or written through.
 
 #include "platform/ShellQuote.h"
-#include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 
 #include <gtest/gtest.h>
@@ -22,10 +21,6 @@ namespace fs = std::filesystem;
 constexpr const char* kNarrowPath = "PATH=/usr/bin:/bin ";
 
 bool has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
-
-test::ProgramOutcome run(const test::SandboxDevice& device, const std::string& arguments) {
-    return test::runProgram("--root " + ShellQuote::path(device.root()) + " " + arguments, kNarrowPath);
-}
 
 // A script that leaves MARKER behind when something runs it.
 std::string plantedTool(const std::string& marker) {
@@ -68,13 +63,13 @@ TEST(HostileFoldersProgramTest, AnOldNoteIsReadInMemoryAndWhatItCarriesNeverRuns
                      plantedTool(marker) + " > tools/ifconfig && chmod 755 tools/ifconfig && " +
                      "tar -czf ../cydiaApps.tbz ./var ./tools && cd .. && "
                      "uuencode -m cydiaApps.tbz cydiaApps.tbz > note.txt");
-    ASSERT_EQ(run(device, "status").status, 0);
+    ASSERT_EQ(device.run("status", kNarrowPath).status, 0);
     const std::string temporary = device.path("/var/tmp/stowhaven");
     const std::string tools = device.path("/var/lib/stowhaven/tools");
     const std::string before = listing(temporary) + listing(tools);
     ASSERT_TRUE(has(before, "plutil")) << "the tool folder is made where the test looks";
 
-    const auto inspect = run(device, "inspect --json " + ShellQuote::path(folder / "note.txt"));
+    const auto inspect = device.run("inspect --json " + ShellQuote::path(folder / "note.txt"), kNarrowPath);
     ASSERT_EQ(inspect.status, 0) << inspect.errors;
     const auto sessions = nlohmann::json::parse(inspect.output);
     ASSERT_EQ(sessions.size(), 1u);
@@ -82,7 +77,7 @@ TEST(HostileFoldersProgramTest, AnOldNoteIsReadInMemoryAndWhatItCarriesNeverRuns
     EXPECT_EQ(sessions[0]["sessionDate"], "2010-06-01T12:00:00Z");
     EXPECT_EQ(listing(temporary) + listing(tools), before);
 
-    EXPECT_EQ(run(device, "status").status, 0);
+    EXPECT_EQ(device.run("status", kNarrowPath).status, 0);
     EXPECT_FALSE(fs::exists(marker)) << "the note's ifconfig ran";
     EXPECT_EQ(test::runCommand("find " + ShellQuote::path(device.root()) + " -name ifconfig"), "");
 }
@@ -95,7 +90,7 @@ TEST(HostileFoldersProgramTest, AnOldNoteThatUnpacksBeyondAnyPackageListIsRefuse
                      " && mkdir -p var/mobile && truncate -s 80M var/mobile/cydiaApps.txt && "
                      "tar -czf cydiaApps.tbz var && uuencode -m cydiaApps.tbz cydiaApps.tbz > note.txt");
 
-    const auto inspect = run(device, "--verbose inspect " + ShellQuote::path(folder / "note.txt"));
+    const auto inspect = device.run("--verbose inspect " + ShellQuote::path(folder / "note.txt"), kNarrowPath);
     EXPECT_EQ(inspect.status, 1);
     EXPECT_TRUE(has(inspect.errors, "holds no backup history that can be read")) << inspect.errors;
     EXPECT_TRUE(has(inspect.errors, "Refused a gzip stream that inflates beyond")) << inspect.errors;
@@ -111,7 +106,7 @@ protected:
     // Runs the program, which must leave both places as folders of its own, with the other
     // user's things moved aside; answers its log.
     std::string runAndCheck() {
-        const auto outcome = run(device_, "--verbose status");
+        const auto outcome = device_.run("--verbose status", kNarrowPath);
         EXPECT_EQ(outcome.status, 0) << outcome.errors;
         for (const std::string& path : {temporary_, toolParent_}) {
             EXPECT_TRUE(isPrivateFolder(path)) << path;

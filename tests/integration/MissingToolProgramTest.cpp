@@ -2,8 +2,6 @@
 // file stands over the host's tool, which the shell then can't find or run. The program
 // names the tool at start, and the job that needs it fails naming the tool and the step.
 
-#include "platform/ShellQuote.h"
-#include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 
 #include <gtest/gtest.h>
@@ -19,19 +17,17 @@ namespace fs = std::filesystem;
 
 constexpr const char* kStorageFolder = "/var/mobile/Library/Preferences/Stowhaven";
 
-// Runs the program with TOOL of /usr/bin out of use for it alone.
-test::ProgramOutcome runWithout(const std::string& tool, const std::string& arguments) {
-    return test::runProgram(arguments,
-                            "unshare -m sh -c 'mount --bind /dev/null /usr/bin/" + tool + " && exec \"$0\" \"$@\"' ");
+// The prefix that runs the program with TOOL of /usr/bin out of use for it alone.
+std::string without(const std::string& tool) {
+    return "unshare -m sh -c 'mount --bind /dev/null /usr/bin/" + tool + " && exec \"$0\" \"$@\"' ";
 }
 
 TEST(MissingToolProgramTest, ABackupWithoutSplitFailsNamingItAndStoresNoSession) {
     if (geteuid() != 0) GTEST_SKIP() << "a mount namespace needs root";
     const test::SandboxDevice device("minimal");
-    const std::string root = "--root " + ShellQuote::path(device.root()) + " ";
-    ASSERT_TRUE(test::turnOnScans(device.root()));
+    ASSERT_TRUE(device.turnOnScans());
 
-    const auto backup = runWithout("split", root + "backup --yes");
+    const auto backup = device.run("backup --yes", without("split"));
 
     EXPECT_EQ(backup.status, 1);
     EXPECT_NE(backup.errors.find("stowhaven: the device has no split:"), std::string::npos) << backup.errors;

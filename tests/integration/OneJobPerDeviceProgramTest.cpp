@@ -4,7 +4,6 @@
 
 #include "platform/FileManager.h"
 #include "platform/ShellQuote.h"
-#include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 #include "support/TerminalProgram.h"
 
@@ -21,16 +20,12 @@ namespace fs = std::filesystem;
 
 class OneJobPerDeviceProgramTest : public ::testing::Test {
 protected:
-    test::ProgramOutcome run(const std::string& arguments) const {
-        return test::runProgram("--root " + ShellQuote::path(device_.root()) + " " + arguments);
-    }
-
     const test::SandboxDevice device_{"minimal"};
     const std::string temporary_ = device_.path("/var/tmp/stowhaven");
 };
 
 TEST_F(OneJobPerDeviceProgramTest, ASecondProgramRefusesAJobWhileOneRunsAndLeavesItsWorkingFiles) {
-    ASSERT_EQ(run("settings AutoScanPkgEnabled true").status, 0);
+    ASSERT_EQ(device_.run("settings AutoScanPkgEnabled true").status, 0);
     test::TerminalProgram first("--root " + ShellQuote::path(device_.root()) + " --verbose backup --yes");
     ASSERT_TRUE(first.waitFor("Creating data dir for <Preferences>")) << first.screen();
     first.signal(SIGSTOP);
@@ -42,7 +37,7 @@ TEST_F(OneJobPerDeviceProgramTest, ASecondProgramRefusesAJobWhileOneRunsAndLeave
     }
 
     for (const char* job : {"backup --yes", "restore --yes"}) {
-        const auto second = run(job);
+        const auto second = device_.run(job);
         EXPECT_EQ(second.status, 1) << job;
         std::smatch running;
         ASSERT_TRUE(std::regex_search(
@@ -56,7 +51,7 @@ TEST_F(OneJobPerDeviceProgramTest, ASecondProgramRefusesAJobWhileOneRunsAndLeave
     first.signal(SIGKILL);
     EXPECT_EQ(first.finish(), -1);
     // The lock went with the killed process: the next start sweeps what it left.
-    ASSERT_EQ(run("status").status, 0);
+    ASSERT_EQ(device_.run("status").status, 0);
     for (const std::string& name : working) EXPECT_FALSE(FileManager::fileExists(temporary_ + "/" + name)) << name;
 }
 

@@ -5,7 +5,6 @@
 #include "archive/HistoryText.h"
 #include "platform/FileManager.h"
 #include "platform/ShellQuote.h"
-#include "support/ProgramRun.h"
 #include "support/SampleSessions.h"
 #include "support/SandboxDevice.h"
 #include "support/SupervisorScope.h"
@@ -32,8 +31,7 @@ TEST(PrintableOutputProgramTest, ASessionsControlCharactersNeverReachTheTerminal
     const std::string history = folder / "2024-09-12_08~00~00.stowhvn";
     ASSERT_TRUE(FileManager::writeFile(history, *HistoryText::encode(session)));
 
-    const auto outcome = test::runProgram("--root " + ShellQuote::path(device.root()) + " --verbose inspect " +
-                                          ShellQuote::path(history));
+    const auto outcome = device.run("--verbose inspect " + ShellQuote::path(history));
 
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     EXPECT_NE(outcome.output.find("?]2;owned??[2JTrip?  restored?"), std::string::npos) << outcome.output;

@@ -3,7 +3,6 @@
 #include "platform/FileManager.h"
 #include "platform/Shell.h"
 #include "platform/ShellQuote.h"
-#include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +26,7 @@ TEST(RunningSystemProgramTest, TheNetworkInterfaceOfTheMachineIsLeftAloneOnADevi
     ASSERT_TRUE(FileManager::removeItem(record));
 
     // At start and again as the settings are read.
-    const auto outcome = test::runProgram("--root " + ShellQuote::path(device.root()) + " --verbose status", path);
+    const auto outcome = device.run("--verbose status", path);
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     EXPECT_FALSE(FileManager::fileExists(record)) << *FileManager::contentsOfFile(record);
     EXPECT_NE(outcome.errors.find("Not run on the device root <" + device.root() +

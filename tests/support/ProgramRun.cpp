@@ -26,11 +26,4 @@ ProgramOutcome runProgram(const std::string& arguments, const std::string& envir
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output, errors.str()};
 }
 
-bool turnOnScans(const std::string& root) {
-    for (const char* key : {"AutoScanPkgEnabled", "AutoScanStockAppsEnabled", "AutoScanOtherOptionsEnabled"}) {
-        if (runProgram("--root " + ShellQuote::path(root) + " settings " + key + " true").status != 0) return false;
-    }
-    return true;
-}
-
 }  // namespace stowhaven::test

@@ -14,8 +14,4 @@ struct ProgramOutcome {
 // "STOWHAVEN_ROOT=/x "), and answers its exit status and what it wrote to each stream.
 ProgramOutcome runProgram(const std::string& arguments, const std::string& environment = "");
 
-// Turns on the scans of packages, stock data and other options on the device at ROOT, which
-// a backup of everything and its restore need; false when the program refused one.
-bool turnOnScans(const std::string& root);
-
 }  // namespace stowhaven::test

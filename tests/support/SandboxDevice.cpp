@@ -99,4 +99,15 @@ SandboxDevice::SandboxDevice(const SandboxDevice& original, const std::string& c
     runCommand("cp -a " + ShellQuote::path(original.root()) + " " + ShellQuote::path(root_));
 }
 
+ProgramOutcome SandboxDevice::run(const std::string& arguments, const std::string& environment) const {
+    return runProgram("--root " + ShellQuote::path(root_) + " " + arguments, environment);
+}
+
+bool SandboxDevice::turnOn(const std::vector<std::string>& keys) const {
+    for (const std::string& key : keys) {
+        if (run("settings " + key + " true").status != 0) return false;
+    }
+    return true;
+}
+
 }  // namespace stowhaven::test

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "support/ProgramRun.h"
 #include "support/TestFolder.h"
 
 #include <string>
+#include <vector>
 
 namespace stowhaven::test {
 
@@ -25,6 +27,16 @@ public:
 
     const std::string& root() const { return root_; }
     std::string path(const std::string& devicePath) const { return root_ + devicePath; }
+
+    // The program run on this device: `stowhaven --root ROOT ARGUMENTS` after ENVIRONMENT.
+    ProgramOutcome run(const std::string& arguments, const std::string& environment = "") const;
+    // Each of those settings turned on; false when the program refused one.
+    bool turnOn(const std::vector<std::string>& keys) const;
+    // The scans of packages, stock data and other options, which a backup of everything and
+    // its restore need.
+    bool turnOnScans() const {
+        return turnOn({"AutoScanPkgEnabled", "AutoScanStockAppsEnabled", "AutoScanOtherOptionsEnabled"});
+    }
 
 private:
     SandboxDevice(const std::string& description, bool fresh);

@@ -1,9 +1,7 @@
 // "stowhaven backup" on a sandbox device with local storage, and what it leaves there.
 
 #include "platform/FileManager.h"
-#include "platform/ShellQuote.h"
 #include "support/FolderSnapshot.h"
-#include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 #include "support/SqlRows.h"
 
@@ -19,15 +17,7 @@ constexpr const char* kCalendarFolder = "/var/mobile/Library/Stowhaven/Calendar"
 
 class BackupProgramTest : public ::testing::Test {
 protected:
-    BackupProgramTest() {
-        for (const char* key : {"AutoScanPkgEnabled", "AutoScanStockAppsEnabled"}) {
-            EXPECT_EQ(run(std::string("settings ") + key + " true").status, 0);
-        }
-    }
-
-    test::ProgramOutcome run(const std::string& arguments, const std::string& environment = "") const {
-        return test::runProgram("--root " + ShellQuote::path(device_.root()) + " " + arguments, environment);
-    }
+    BackupProgramTest() { EXPECT_TRUE(device_.turnOn({"AutoScanPkgEnabled", "AutoScanStockAppsEnabled"})); }
 
     std::vector<std::string> stored() const {
         return FileManager::contentsOfDirectory(device_.path(kStorageFolder)).value_or(std::vector<std::string>{});
@@ -37,13 +27,13 @@ protected:
 };
 
 TEST_F(BackupProgramTest, ABackupRunsOnlyWhenConfirmedAndEndsWithItsSession) {
-    const auto unconfirmed = run("backup");
+    const auto unconfirmed = device_.run("backup");
     EXPECT_EQ(unconfirmed.status, 2);
     EXPECT_NE(unconfirmed.errors.find("--yes"), std::string::npos);
     EXPECT_TRUE(stored().empty());
 
-    ASSERT_EQ(run("settings iCalIntegrationEnabled true").status, 0);
-    const auto outcome = run("backup --yes --title 'Before the upgrade'");
+    ASSERT_EQ(device_.run("settings iCalIntegrationEnabled true").status, 0);
+    const auto outcome = device_.run("backup --yes --title 'Before the upgrade'");
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     EXPECT_NE(outcome.output.find("Backup done on local storage"), std::string::npos);
     // Away from a terminal the progress is a plain line per step.
@@ -52,7 +42,7 @@ TEST_F(BackupProgramTest, ABackupRunsOnlyWhenConfirmedAndEndsWithItsSession) {
     EXPECT_EQ(std::count_if(names.begin(), names.end(), [](const auto& name) { return name.ends_with(".stowhvn"); }),
               1);
 
-    const auto history = run("history");
+    const auto history = device_.run("history");
     EXPECT_NE(history.output.find("Before the upgrade"), std::string::npos) << history.output;
 
     // The job's end stands in the device's calendar, with the session's title.
@@ -63,11 +53,11 @@ TEST_F(BackupProgramTest, ABackupRunsOnlyWhenConfirmedAndEndsWithItsSession) {
 }
 
 TEST_F(BackupProgramTest, AnEncryptedBackupNeedsItsKeyAndAFailedOneSaysWhy) {
-    ASSERT_EQ(run("settings EncryptBackupEnabled true").status, 0);
-    const auto withoutKey = run("backup --yes");
+    ASSERT_EQ(device_.run("settings EncryptBackupEnabled true").status, 0);
+    const auto withoutKey = device_.run("backup --yes");
     EXPECT_EQ(withoutKey.status, 2);
     EXPECT_NE(withoutKey.errors.find("--key-file"), std::string::npos);
-    ASSERT_EQ(run("settings EncryptBackupEnabled false").status, 0);
+    ASSERT_EQ(device_.run("settings EncryptBackupEnabled false").status, 0);
 
     // The address book as storage, whose database refuses to make the record a member of
     // the program's group.
@@ -78,14 +68,14 @@ TEST_F(BackupProgramTest, AnEncryptedBackupNeedsItsKeyAndAFailedOneSaysWhy) {
                   "member_type INTEGER, member_id INTEGER, UNIQUE(group_id, member_type, member_id)); "
                   "CREATE TRIGGER refuse BEFORE INSERT ON ABGroupMembers "
                   "BEGIN SELECT RAISE(ABORT, 'read-only'); END;");
-    ASSERT_EQ(run("settings CurrentStorageType 0").status, 0);
-    const auto outcome = run("backup --yes");
+    ASSERT_EQ(device_.run("settings CurrentStorageType 0").status, 0);
+    const auto outcome = device_.run("backup --yes");
     EXPECT_EQ(outcome.status, 1);
     EXPECT_NE(outcome.errors.find("the backup failed"), std::string::npos) << outcome.errors;
 }
 
 TEST_F(BackupProgramTest, HistoryFilesAndDataAreRootsAloneWhateverTheUmask) {
-    ASSERT_EQ(run("backup --yes", "umask 000; ").status, 0);
+    ASSERT_EQ(device_.run("backup --yes", "umask 000; ").status, 0);
     const auto items = test::snapshot(device_.path(kStorageFolder));
     ASSERT_TRUE(std::any_of(items.begin(), items.end(), [](const auto& item) {
         return item.first.find('/') != std::string::npos && !item.second.starts_with("folder");

@@ -7,7 +7,6 @@
 #include "platform/ShellQuote.h"
 #include "platform/plist/PlistCodec.h"
 #include "support/FolderSnapshot.h"
-#include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 #include "support/TerminalProgram.h"
 
@@ -48,15 +47,9 @@ protected:
         // The tools that a killed program started run on to their end, as on the device; the
         // test adopts them, so that it can wait for them before it looks.
         prctl(PR_SET_CHILD_SUBREAPER, 1);
-        for (const char* key : {"AutoScanPkgEnabled", "AutoScanStockAppsEnabled"}) {
-            EXPECT_EQ(run(std::string("settings ") + key + " true").status, 0);
-        }
+        EXPECT_TRUE(device_.turnOn({"AutoScanPkgEnabled", "AutoScanStockAppsEnabled"}));
     }
     ~KilledBackupProgramTest() override { prctl(PR_SET_CHILD_SUBREAPER, 0); }
-
-    test::ProgramOutcome run(const std::string& arguments) const {
-        return test::runProgram("--root " + ShellQuote::path(device_.root()) + " " + arguments);
-    }
 
     void killBackupAt(const std::string& step) const {
         waitForTheNextSecond();
@@ -72,7 +65,7 @@ protected:
         for (const std::string& name :
              FileManager::contentsOfDirectory(storage_).value_or(std::vector<std::string>{})) {
             if (!name.ends_with(".stowhvn")) continue;
-            const auto outcome = run("inspect " + ShellQuote::path(storage_ + "/" + name));
+            const auto outcome = device_.run("inspect " + ShellQuote::path(storage_ + "/" + name));
             EXPECT_EQ(outcome.status, 0) << name << ": " << outcome.errors;
             EXPECT_NE(outcome.output.find("Session 1 of 1"), std::string::npos) << name << ": " << outcome.output;
         }
@@ -85,7 +78,7 @@ protected:
 
 TEST_F(KilledBackupProgramTest, AKillAtAnyStepKeepsTheStoredSessionsAndTheNextStartClearsWhatItLeft) {
     waitForTheNextSecond();
-    ASSERT_EQ(run("backup --yes --title First").status, 0);
+    ASSERT_EQ(device_.run("backup --yes --title First").status, 0);
 
     for (const char* step : {"Backup data size:", "Creating data dir for <Preferences>", "Moving ",
                              "Archiving data for <Chat>", "Upload succeeded!"}) {
@@ -112,7 +105,7 @@ TEST_F(KilledBackupProgramTest, AKillAtAnyStepKeepsTheStoredSessionsAndTheNextSt
                                                   "com.larkmoor.stowhaven.plist.partial-a1B2c3"};
         for (const std::string& name : notOurs) ASSERT_TRUE(FileManager::writeFile(settingsFolder_ + "/" + name, "x"));
 
-        const auto nextStart = run("history");
+        const auto nextStart = device_.run("history");
         EXPECT_EQ(nextStart.status, 0) << nextStart.errors;
         EXPECT_NE(nextStart.output.find("First"), std::string::npos) << nextStart.output;
         EXPECT_TRUE(halfWritten(storage_).empty()) << testing::PrintToString(halfWritten(storage_));
@@ -121,7 +114,7 @@ TEST_F(KilledBackupProgramTest, AKillAtAnyStepKeepsTheStoredSessionsAndTheNextSt
     }
 
     waitForTheNextSecond();
-    const auto whole = run("backup --yes --title Last");
+    const auto whole = device_.run("backup --yes --title Last");
     EXPECT_EQ(whole.status, 0) << whole.errors;
 }
 

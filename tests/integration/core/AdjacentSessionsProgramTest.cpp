@@ -4,9 +4,7 @@
 
 #include "archive/HistoryText.h"
 #include "platform/FileManager.h"
-#include "platform/ShellQuote.h"
 #include "storage/StorageLayout.h"
-#include "support/ProgramRun.h"
 #include "support/SampleSessions.h"
 #include "support/SandboxDevice.h"
 #include "support/SupervisorScope.h"
@@ -22,7 +20,7 @@ TEST(AdjacentSessionsProgramTest, SessionsInAdjacentSecondsAreListedApart) {
     const test::SupervisorScope scope;
     const test::SandboxDevice device("minimal");
     const std::string storage = device.path("/var/mobile/Library/Preferences/Stowhaven");
-    ASSERT_TRUE(test::turnOnScans(device.root()));
+    ASSERT_TRUE(device.turnOnScans());
     std::filesystem::create_directories(storage);
     const Date second(800000000.0);
     for (const auto& [date, title] : {std::pair{second.dateByAddingTimeInterval(0.9), "Earlier"},
@@ -34,7 +32,7 @@ TEST(AdjacentSessionsProgramTest, SessionsInAdjacentSecondsAreListedApart) {
                                            *HistoryText::encode(session)));
     }
 
-    const auto history = test::runProgram("--root " + ShellQuote::path(device.root()) + " history");
+    const auto history = device.run("history");
 
     ASSERT_EQ(history.status, 0) << history.errors;
     EXPECT_NE(history.output.find("2 session(s)"), std::string::npos) << history.output;

@@ -20,12 +20,8 @@ constexpr const char* kStorageFolder = "/var/mobile/Library/Preferences/Stowhave
 class StatusAndHistoryProgramTest : public ::testing::Test {
 protected:
     StatusAndHistoryProgramTest() {
-        EXPECT_EQ(run("settings AutoScanPkgEnabled true").status, 0);
+        EXPECT_EQ(device_.run("settings AutoScanPkgEnabled true").status, 0);
         FileManager::createDirectory(device_.path(kStorageFolder), true);
-    }
-
-    test::ProgramOutcome run(const std::string& arguments) const {
-        return test::runProgram("--root " + ShellQuote::path(device_.root()) + " " + arguments);
     }
 
     // A session of that date with that title and one package, on the device's local storage.
@@ -45,7 +41,7 @@ protected:
 TEST_F(StatusAndHistoryProgramTest, TheStatusShowsTheDeviceTheStorageAndTheNewestSession) {
     store(700000000, "Before the upgrade");
     store(700086400, "After the upgrade");
-    const auto outcome = run("status --json");
+    const auto outcome = device_.run("status --json");
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     const auto status = nlohmann::json::parse(outcome.output);
     EXPECT_EQ(status["storage"]["type"], 5);
@@ -56,7 +52,7 @@ TEST_F(StatusAndHistoryProgramTest, TheStatusShowsTheDeviceTheStorageAndTheNewes
 }
 
 TEST_F(StatusAndHistoryProgramTest, WithoutAHistoryTheStatusSaysSo) {
-    const auto outcome = run("status");
+    const auto outcome = device_.run("status");
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     EXPECT_NE(outcome.output.find("Current session: none\nNo previous backup was found."), std::string::npos)
         << outcome.output;
@@ -66,7 +62,7 @@ TEST_F(StatusAndHistoryProgramTest, TheHistoryListsEverySessionNewestFirst) {
     store(700000000, "First");
     store(700086400, "Second");
     store(700172800, "Third");
-    const auto outcome = run("history --json");
+    const auto outcome = device_.run("history --json");
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     const auto history = nlohmann::json::parse(outcome.output);
     ASSERT_EQ(history.size(), 3u) << history.dump();
@@ -74,7 +70,7 @@ TEST_F(StatusAndHistoryProgramTest, TheHistoryListsEverySessionNewestFirst) {
     EXPECT_EQ(history[2]["title"], "First");
     EXPECT_EQ(history[2]["date"], "2023-03-08T20:26:40Z");
 
-    const auto text = run("history");
+    const auto text = device_.run("history");
     EXPECT_NE(text.output.find("3 session(s) on local storage\n2023-03-10T20:26:40Z  \"Third\""), std::string::npos)
         << text.output;
 }
@@ -84,31 +80,31 @@ TEST_F(StatusAndHistoryProgramTest, TheHistoryListsEverySessionNewestFirst) {
 TEST_F(StatusAndHistoryProgramTest, WithAStoredEngineThatCantStartTheCommandsWorkOnLocalStorage) {
     store(700000000, "First");
     store(700086400, "Second");
-    ASSERT_EQ(run("settings CurrentStorageType 1").status, 0);
+    ASSERT_EQ(device_.run("settings CurrentStorageType 1").status, 0);
     const std::string warning = "Dropbox™ storage is not available in this build: local storage is used";
     const auto told = [&](const test::ProgramOutcome& outcome) {
         return outcome.errors.find(warning) != std::string::npos;
     };
 
-    const auto status = run("status --json");
+    const auto status = device_.run("status --json");
     ASSERT_EQ(status.status, 0) << status.errors;
     EXPECT_TRUE(told(status)) << status.errors;
     const auto shown = nlohmann::json::parse(status.output);
     EXPECT_EQ(shown["storage"]["type"], 5);
     EXPECT_EQ(shown["session"]["title"], "Second");
 
-    const auto history = run("history --json");
+    const auto history = device_.run("history --json");
     ASSERT_EQ(history.status, 0) << history.errors;
     EXPECT_TRUE(told(history)) << history.errors;
     EXPECT_EQ(nlohmann::json::parse(history.output).size(), 2u);
 
     const std::string card = device_.path("/var/mobile/Second.vcf");
-    const auto share = run("share vcard " + ShellQuote::path(card));
+    const auto share = device_.run("share vcard " + ShellQuote::path(card));
     ASSERT_EQ(share.status, 0) << share.errors;
     EXPECT_TRUE(told(share)) << share.errors;
     EXPECT_NE(FileManager::contentsOfFile(card).value_or("").find("BEGIN:VCARD"), std::string::npos);
 
-    EXPECT_EQ(run("settings CurrentStorageType").output, "1\n");
+    EXPECT_EQ(device_.run("settings CurrentStorageType").output, "1\n");
 }
 
 }  // namespace

@@ -1,5 +1,3 @@
-#include "platform/ShellQuote.h"
-#include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +14,7 @@ bool lists(const nlohmann::json& list, const std::string& key, const std::string
 
 TEST(ItemsProgramTest, TheDemoDeviceHasAnItemOfEveryKindInJsonAndInText) {
     const test::SandboxDevice device("demo");
-    const auto outcome = test::runProgram("--root " + ShellQuote::path(device.root()) + " items --json");
+    const auto outcome = device.run("items --json");
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     const nlohmann::json items = nlohmann::json::parse(outcome.output);
 
@@ -33,7 +31,7 @@ TEST(ItemsProgramTest, TheDemoDeviceHasAnItemOfEveryKindInJsonAndInText) {
     ASSERT_NE(clips, folders.end());
     EXPECT_TRUE(lists((*clips)["contents"], "title", "Tides"));
 
-    const auto text = test::runProgram("--root " + ShellQuote::path(device.root()) + " items");
+    const auto text = device.run("items");
     ASSERT_EQ(text.status, 0) << text.errors;
     for (const char* line : {"Applications (3)", "[ ] Lighthouse (org.harbourgames.lighthouse)  0Mb",
                              "SpringBoard files (", "Sources (5)", "[ ] Ringtones (Cydia)  /Library/Ringtones/"}) {

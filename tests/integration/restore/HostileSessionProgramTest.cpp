@@ -49,16 +49,12 @@ class HostileSessionProgramTest : public ::testing::Test {
 protected:
     void SetUp() override {
         if (geteuid() != 0) GTEST_SKIP() << "restores change owners: run as root";
-        ASSERT_TRUE(test::turnOnScans(device_.root()));
-        const auto backup = run(device_, "backup --yes --title Trusted");
+        ASSERT_TRUE(device_.turnOnScans());
+        const auto backup = device_.run("backup --yes --title Trusted");
         ASSERT_EQ(backup.status, 0) << backup.errors;
     }
 
-    static test::ProgramOutcome run(const test::SandboxDevice& device, const std::string& arguments) {
-        return test::runProgram("--root " + ShellQuote::path(device.root()) + " " + arguments);
-    }
-
-    test::ProgramOutcome restore() const { return run(device_, "--verbose restore --yes"); }
+    test::ProgramOutcome restore() const { return device_.run("--verbose restore --yes"); }
 
     std::string historyFile() const {
         for (const auto& entry : fs::directory_iterator(device_.path(kStorageFolder))) {

@@ -3,7 +3,6 @@
 
 #include "platform/FileManager.h"
 #include "platform/ShellQuote.h"
-#include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 #include "support/TestFolder.h"
 
@@ -34,14 +33,6 @@ const std::vector<std::string> kRestoredFolders = {
     "/var/mobile/Containers/Data/Application/C39F0A1E-7D52-4B8C-A6E4-0F2B9D7C1A58/Library",
     "/var/mobile/Documents/Flex",
     "/Library/Themes"};
-
-test::ProgramOutcome run(const test::SandboxDevice& device, const std::string& arguments) {
-    return test::runProgram("--root " + ShellQuote::path(device.root()) + " " + arguments);
-}
-
-void turnOn(const test::SandboxDevice& device, const std::vector<std::string>& settings) {
-    for (const std::string& setting : settings) ASSERT_EQ(run(device, "settings " + setting + " true").status, 0);
-}
 
 // Every file below the folder of ORIGINAL is in COPY with the same bytes, but the caches
 // and cookies that no backup takes.
@@ -74,10 +65,10 @@ protected:
         // A theme of the owner's own, which no package brings back.
         fs::create_directories(original_->path("/Library/Themes/Handmade.theme"));
         FileManager::writeFile(original_->path("/Library/Themes/Handmade.theme/Info.plist"), "<plist/>");
-        turnOn(*original_, {"AutoScanPkgEnabled", "AutoScanStockAppsEnabled", "AutoScanAppStoreAppsEnabled",
-                            "AutoScanOtherOptionsEnabled", "BackupDebsEnabled", "EncryptBackupEnabled"});
+        ASSERT_TRUE(original_->turnOn({"AutoScanPkgEnabled", "AutoScanStockAppsEnabled", "AutoScanAppStoreAppsEnabled",
+                                       "AutoScanOtherOptionsEnabled", "BackupDebsEnabled", "EncryptBackupEnabled"}));
         const auto backup =
-            run(*original_, "backup --yes --title 'Before the wipe' --key-file " + ShellQuote::path(keyFile()));
+            original_->run("backup --yes --title 'Before the wipe' --key-file " + ShellQuote::path(keyFile()));
         EXPECT_EQ(backup.status, 0) << backup.errors;
     }
     static void TearDownTestSuite() {
@@ -90,8 +81,8 @@ protected:
     // The wiped device with the storage folder carried over, its scans on.
     static void carryStorageTo(const test::SandboxDevice& device) {
         fs::copy(original_->path(kStorageFolder), device.path(kStorageFolder), fs::copy_options::recursive);
-        turnOn(device, {"AutoScanPkgEnabled", "AutoScanStockAppsEnabled", "AutoScanAppStoreAppsEnabled",
-                        "AutoScanOtherOptionsEnabled"});
+        ASSERT_TRUE(device.turnOn({"AutoScanPkgEnabled", "AutoScanStockAppsEnabled", "AutoScanAppStoreAppsEnabled",
+                                   "AutoScanOtherOptionsEnabled"}));
     }
 
     static inline test::TestFolder* work_ = nullptr;
@@ -103,13 +94,13 @@ TEST_F(RoundTripTest, ARestoreOntoTheWipedDeviceBringsEverythingBack) {
     carryStorageTo(wiped);
 
     // Only a restore that is not confirmed first asks for the key of an encrypted session.
-    ASSERT_EQ(run(wiped, "settings ConfirmRestore false").status, 0);
-    ASSERT_EQ(run(wiped, "settings PkgFWCompatibilityCheckEnabled false").status, 0);
-    const auto withoutKey = run(wiped, "restore --yes");
+    ASSERT_EQ(wiped.run("settings ConfirmRestore false").status, 0);
+    ASSERT_EQ(wiped.run("settings PkgFWCompatibilityCheckEnabled false").status, 0);
+    const auto withoutKey = wiped.run("restore --yes");
     EXPECT_EQ(withoutKey.status, 2) << "an encrypted session needs its key";
     EXPECT_NE(withoutKey.errors.find("--key-file"), std::string::npos) << withoutKey.errors;
     const auto restore =
-        run(wiped, "restore --yes --key-file " + ShellQuote::path(keyFile()) + " --log com.fuyuchi.flex2");
+        wiped.run("restore --yes --key-file " + ShellQuote::path(keyFile()) + " --log com.fuyuchi.flex2");
     EXPECT_EQ(restore.status, 0) << restore.output << restore.errors;
     EXPECT_NE(restore.output.find("installed          Flex 2 (com.fuyuchi.flex2 2.4.1)"), std::string::npos)
         << restore.output;
@@ -130,12 +121,12 @@ TEST_F(RoundTripTest, ARestoreOntoTheWipedDeviceBringsEverythingBack) {
 TEST_F(RoundTripTest, WithTheCapturedFilesPackagesComeBackWithoutARepository) {
     const test::SandboxDevice wiped = test::SandboxDevice::fresh("demo");
     carryStorageTo(wiped);
-    turnOn(wiped, {"RestoreFromDebsEnabled"});
+    ASSERT_TRUE(wiped.turnOn({"RestoreFromDebsEnabled"}));
     // No repository but the session's own files.
     fs::remove(wiped.path("/etc/apt/sources.list.d/sandbox.list"));
 
     // A package whose file the session lacks stays missing: the restore says so and fails.
-    const auto restore = run(wiped, "restore --yes --key-file " + ShellQuote::path(keyFile()));
+    const auto restore = wiped.run("restore --yes --key-file " + ShellQuote::path(keyFile()));
     EXPECT_EQ(restore.status, 1) << restore.output << restore.errors;
     const std::string packages = installedPackages(wiped);
     for (const char* package : {"bash", "com.aerialx.ishshit"}) {
