@@ -43,21 +43,6 @@ protected:
     Shell& shell_ = Platform::current().shell();
 };
 
-TEST_F(DeviceIsolationTest, DpkgInstallsIntoTheRootAndTheHostNeverSeesIt) {
-    const std::string repository = device_.path("/private/var/lib/sandbox-repository");
-    shell_.systemExecute("dpkg -i " + ShellQuote::path(repository) + "/com.example.extra_*.deb");
-
-    EXPECT_TRUE(contains(scannedIdentifiers(), "com.example.extra"));
-    EXPECT_FALSE(hostKnowsPackage("com.example.extra"));
-}
-
-TEST_F(DeviceIsolationTest, TheHostsPackagesNeverShowInTheRoot) {
-    ASSERT_TRUE(hostKnowsPackage("coreutils"));
-    const auto identifiers = scannedIdentifiers();
-    EXPECT_TRUE(contains(identifiers, "mobilesubstrate"));
-    EXPECT_FALSE(contains(identifiers, "coreutils"));
-}
-
 TEST_F(DeviceIsolationTest, AptGetWorksOnTheRootsOwnSourcesListsAndCaches) {
     shell_.systemExecute("apt-get update");
     shell_.systemExecute("apt-get -y install com.example.extra");

@@ -25,20 +25,25 @@ protected:
     fs::path temporary_ = TemporaryDirectory::path();
 };
 
-TEST_F(TemporarySweepTest, DeletesTheWorkingFilesAndKeepsTheRest) {
+TEST_F(TemporarySweepTest, DeletesTheWorkingFilesAndFoldersAndKeepsTheRest) {
     for (const char* swept : {"2014-01-01.bin", "my-file", "pkgs", "cydiaApps.txt", "PREFERENCES.tbz", "CHAT.idx",
                               "2026-11-22_10~15~00.stowhvn", "a_1.0_iphoneos-arm.deb", "x.zip", "y.tar", "old-7"}) {
         touch(temporary_ / swept);
     }
     fs::create_directories(temporary_ / "1234" / "inner");
-    for (const char* kept : {"notes.log", "debs", "settings.plist"}) touch(temporary_ / kept);
+    for (const char* kept : {"notes.log", "settings.plist"}) touch(temporary_ / kept);
+    for (const char* folder : {"debs", "Photos", "Videos", "Keep"}) touch(temporary_ / folder / "inside-1.jpg");
 
     TemporarySweep::removeTemporaryFiles();
+    EXPECT_TRUE(fs::exists(temporary_ / "debs" / "inside-1.jpg")) << "the files' sweep leaves the working folders";
+    TemporarySweep::removeTemporaryFolders();
 
     std::vector<std::string> left;
-    for (const auto& entry : fs::directory_iterator(temporary_)) left.push_back(entry.path().filename().string());
+    for (const auto& entry : fs::recursive_directory_iterator(temporary_)) {
+        left.push_back(fs::relative(entry.path(), temporary_).string());
+    }
     std::sort(left.begin(), left.end());
-    EXPECT_EQ(left, (std::vector<std::string>{"debs", "notes.log", "settings.plist"}));
+    EXPECT_EQ(left, (std::vector<std::string>{"Keep", "Keep/inside-1.jpg", "notes.log", "settings.plist"}));
 }
 
 TEST_F(TemporarySweepTest, NeverTouchesAnythingOutsideTheProgramsOwnFolder) {
@@ -54,15 +59,6 @@ TEST_F(TemporarySweepTest, NeverTouchesAnythingOutsideTheProgramsOwnFolder) {
     fs::current_path(savedWorkingFolder);
 
     for (const auto& path : outside) EXPECT_TRUE(fs::exists(path)) << path;
-}
-
-TEST_F(TemporarySweepTest, RemovesTheWorkingFoldersOnly) {
-    for (const char* folder : {"debs", "Photos", "Videos", "Keep"}) touch(temporary_ / folder / "inside-1.jpg");
-    TemporarySweep::removeTemporaryFolders();
-    EXPECT_FALSE(fs::exists(temporary_ / "debs"));
-    EXPECT_FALSE(fs::exists(temporary_ / "Photos"));
-    EXPECT_FALSE(fs::exists(temporary_ / "Videos"));
-    EXPECT_TRUE(fs::exists(temporary_ / "Keep" / "inside-1.jpg"));
 }
 
 }  // namespace

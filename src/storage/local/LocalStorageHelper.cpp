@@ -118,16 +118,6 @@ void LocalStorageHelper::createStorageFolder() {
     if (Supervisor::shared().isStorageLocal()) Supervisor::shared().setStorageToAddressbook();
 }
 
-void LocalStorageHelper::eraseAllData() {
-    const std::string folder = storagePath();
-    if (!FileManager::removeItem(folder)) {
-        setErrorMessage(fmt::format("Couldn't remove <{}>!", folder));
-        return;
-    }
-    SH_LOG("Removed <{}>!", folder);
-    createStorageFolder();
-}
-
 void LocalStorageHelper::flushCache() { clearExistingFiles(); }
 
 void LocalStorageHelper::logMisuse() { SH_LOG("####### SHOULDN'T BE CALLED #########"); }

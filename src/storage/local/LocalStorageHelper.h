@@ -28,8 +28,6 @@ public:
     // The storage folder, made with the folders above it where it is missing; without it
     // the current engine falls back to the address book.
     void createStorageFolder();
-    // Removes the storage folder with everything in it, and makes it anew.
-    void eraseAllData();
     bool isLoggedIn() const { return true; }
 
     void flushCache() override;

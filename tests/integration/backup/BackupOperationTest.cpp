@@ -82,20 +82,5 @@ TEST_F(BackupOperationTest, AFailedBackupOnTheDefaultStorageTakesOnlyItsOwnRecor
     EXPECT_TRUE(showed("CLOUD_UPLOAD_FAILED"));
 }
 
-TEST_F(BackupOperationTest, AFailureOnTheRestoreSideDeletesNothing) {
-    manager().loadPackages();
-    auto session = std::make_shared<BackupSession>();
-    session->setSessionDate(Date(700000000));
-    manager().processBackupData({session}, false);
-    gIsBackupMode = false;
-
-    BackupOperation().backupFailed();
-    scope_.serveMainQueue();
-
-    EXPECT_EQ(manager().backupSessions().size(), 1U);
-    EXPECT_TRUE(showed("RESTORE_FAILED"));
-    EXPECT_FALSE(manager().hasSuccessfullySaveData());
-}
-
 }  // namespace
 }  // namespace stowhaven

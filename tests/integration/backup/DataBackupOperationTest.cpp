@@ -157,22 +157,6 @@ TEST_F(DataBackupOperationTest, PartsHaveThePartSizeButTheLastAndTheIndexListsEa
     }
 }
 
-TEST_F(DataBackupOperationTest, ASetTheSessionLeavesOutLeavesNothingOnTheStorage) {
-    writeDeviceFile("/var/mobile/Library/Notes/notes.sqlite", "notes");
-    writeDeviceFile("/var/mobile/Library/SMS/sms.db", "messages");
-    startSession({StockDataSet::Notes});
-
-    MessagesBackupOperation messages;
-    messages.start();
-    NotesBackupOperation notes;
-    notes.start();
-
-    EXPECT_EQ(messages.operationResult(), 0);
-    EXPECT_FALSE(FileManager::fileExists(sessionDirectory() + "/CHAT"));
-    EXPECT_FALSE(FileManager::fileExists(sessionDirectory() + "/CHAT.idx"));
-    EXPECT_EQ(storedIndex("NOTES"), partNames("NOTES", 1));
-}
-
 // An engine that keeps what it is sent, read as a network engine reads it: from the file
 // opened when the upload starts. It may act on the Supervisor while a part is on its way.
 class KeepingEngine final : public test::NullStorageEngine {
@@ -218,16 +202,24 @@ TEST_F(DataBackupOperationTest, ACancelWhileAPartIsSentLetsThatPartArriveWholeAn
     EXPECT_EQ(engine->sizeSent("NOTES-000"), kMegaByte);
 }
 
-TEST_F(DataBackupOperationTest, AMissingFolderFailsItsOwnKindAndTheNextKindIsStillStored) {
+// A set the session leaves out and a set whose folder is gone leave nothing on the storage,
+// and the kind after them is still stored.
+TEST_F(DataBackupOperationTest, ASetLeftOutOrWithoutItsFolderStoresNothingAndTheNextKindIsStillStored) {
     FileManager::removeItem(device_.path("/var/mobile/Library/Notes"));
+    writeDeviceFile("/var/mobile/Library/SMS/sms.db", "messages");
     writeDeviceFile("/var/mobile/Library/Safari/Bookmarks.db", "bookmarks");
     startSession({StockDataSet::Notes, StockDataSet::Safari});
+    MessagesBackupOperation messages;
     NotesBackupOperation notes;
     SafariBackupOperation safari;
 
+    messages.start();
     notes.start();
     safari.start();
 
+    EXPECT_EQ(messages.operationResult(), 0);
+    EXPECT_FALSE(FileManager::fileExists(sessionDirectory() + "/CHAT"));
+    EXPECT_FALSE(FileManager::fileExists(sessionDirectory() + "/CHAT.idx"));
     EXPECT_EQ(notes.operationResult(), 1);
     EXPECT_FALSE(FileManager::fileExists(sessionDirectory() + "/NOTES.idx"));
     EXPECT_FALSE(FileManager::fileExists(sessionDirectory() + "/NOTES/NOTES-000")) << "no empty archive stands in";
@@ -263,29 +255,22 @@ protected:
     DataBackupOfPreferencesTest() : DataBackupOperationTest("demo") {}
 };
 
-TEST_F(DataBackupOfPreferencesTest, ThePackageManagersSettingsAreAlwaysKeptAndNoSpringBoardChoiceLeavesNoIndex) {
+TEST_F(DataBackupOfPreferencesTest, ThePackageManagersSettingsAreAlwaysKept) {
     CydiaFileManager& catalogue = CydiaFileManager::shared();
     catalogue.buildPreferencesData();
-    catalogue.buildSpringboardData();
     // The user takes none of the preference files the package manager's settings don't
-    // stand for, and no SpringBoard file.
+    // stand for.
     for (const auto& file : catalogue.currentPreferencesFiles()) {
         if (file->name() != DeviceItems::kCydiaPreferencesPath) file->setSelected(false);
     }
-    for (const auto& file : catalogue.currentSpringBoardData()) file->setSelected(false);
     catalogue.createBackupSession(true)->setSessionDate(kSessionDate);
 
     PreferencesFileBackupOperation preferences;
-    SpringboardFileBackupOperation springboard;
     preferences.start();
-    springboard.start();
 
     EXPECT_EQ(preferences.operationResult(), 0);
     EXPECT_EQ(membersOf(joinedParts("PREFERENCES")),
               std::vector<std::string>{std::string(DeviceItems::kCydiaPreferencesPath).substr(1)});
-    EXPECT_EQ(springboard.operationResult(), 0);
-    EXPECT_FALSE(FileManager::fileExists(sessionDirectory() + "/SPRINGBOARD.idx"));
-    EXPECT_FALSE(FileManager::fileExists(sessionDirectory() + "/SPRINGBOARD"));
 }
 
 }  // namespace

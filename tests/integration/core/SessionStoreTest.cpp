@@ -1,11 +1,8 @@
-// Sessions made of the device's selection, stored on local storage, rolled over, and
-// carried to another device as a vCard.
+// Sessions made of the device's selection, stored on local storage and rolled over.
 
-#include "core/DataToImport.h"
 #include "core/ModelClasses.h"
 #include "core/Text.h"
 #include "items/PhotoVideoManager.h"
-#include "platform/TemporaryDirectory.h"
 #include "support/CatalogueFixture.h"
 
 #include <vector>
@@ -102,28 +99,6 @@ TEST_F(SessionStoreTest, ABackupTakesTheAlbumsWhosePhotosAreChosen) {
     ASSERT_TRUE(session->photoVideoAlbums());
     ASSERT_EQ(session->photoVideoAlbums()->size(), 1u);
     EXPECT_EQ(session->photoVideoAlbums()->front()->name(), "Holidays");
-}
-
-TEST_F(SessionStoreTest, AVCardOfTheCurrentSessionImportsOnAnotherDevice) {
-    store(sessionOf(kDay, "Tweak\tcom.example.tweak\t1.0\tme\tTweaks\tmobilesubstrate\n"));
-    manager().loadPackages();
-    manager().currentBackupSession()->setTitle("Shared");
-    manager().emailABRecordData();
-    const std::string vCard = TemporaryDirectory::path() + "/Stow Haven.vcf";
-    ASSERT_TRUE(FileManager::isRegularFile(vCard));
-    const std::string handedIn = device_.root() + "/../handed-in.vcf";
-    ASSERT_TRUE(FileManager::copyItem(vCard, handedIn));
-
-    manager().resetAllData();
-    DataToImport::setURL("file://" + handedIn);
-    manager().importData();
-
-    const auto imported = manager().currentBackupSession();
-    ASSERT_TRUE(imported);
-    EXPECT_EQ(imported->title(), "Shared [IMPORTED DATA]!");
-    EXPECT_EQ(manager().oldPackages().size(), 1u);
-    EXPECT_FALSE(DataToImport::url());
-    EXPECT_TRUE(FileManager::isRegularFile(handedIn)) << "the handed-in file stays";
 }
 
 }  // namespace

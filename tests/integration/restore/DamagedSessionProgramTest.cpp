@@ -5,7 +5,6 @@
 
 #include "platform/FileManager.h"
 #include "platform/ShellQuote.h"
-#include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 #include "support/TestFolder.h"
 
@@ -26,17 +25,14 @@ class DamagedSessionProgramTest : public ::testing::Test {
 protected:
     void SetUp() override {
         if (geteuid() != 0) GTEST_SKIP() << "restores change owners: run as root";
-        ASSERT_TRUE(test::turnOnScans(device_.root()));
+        ASSERT_TRUE(device_.turnOnScans());
         FileManager::writeFile(keyFile(), "correct horse\n");
     }
 
-    test::ProgramOutcome run(const std::string& arguments) const {
-        return test::runProgram("--root " + ShellQuote::path(device_.root()) + " " + arguments);
-    }
     std::string keyFile() const { return (work_.path() / "key").string(); }
 
     void backUp(const std::string& options) const {
-        const auto backup = run("backup --yes " + options);
+        const auto backup = device_.run("backup --yes " + options);
         ASSERT_EQ(backup.status, 0) << backup.errors;
     }
 
@@ -70,7 +66,7 @@ TEST_F(DamagedSessionProgramTest, AKindWithAPartMissingOrCutShortIsNotUnpackedAn
         removeFromDevice(folder);
     }
 
-    const auto restore = run("restore --yes");
+    const auto restore = device_.run("restore --yes");
 
     EXPECT_EQ(restore.status, 1) << restore.output << restore.errors;
     EXPECT_NE(restore.output.find("failed             Notes data: its part <NOTES-001> couldn't be fetched"),
@@ -81,10 +77,12 @@ TEST_F(DamagedSessionProgramTest, AKindWithAPartMissingOrCutShortIsNotUnpackedAn
     EXPECT_FALSE(fs::exists(device_.path("/var/mobile/Library/Notes")));
     EXPECT_FALSE(fs::exists(device_.path("/var/mobile/Library/Calendar")));
     EXPECT_TRUE(fs::exists(device_.path("/var/mobile/Library/Safari"))) << "the kinds after them are restored";
+    EXPECT_NE(device_.run("history").output.find("1 session(s)"), std::string::npos)
+        << "a failed restore deletes nothing";
 }
 
 TEST_F(DamagedSessionProgramTest, AnArchiveEncipheredUnderAnotherKeyIsNotUnpacked) {
-    ASSERT_EQ(run("settings EncryptBackupEnabled true").status, 0);
+    ASSERT_EQ(device_.run("settings EncryptBackupEnabled true").status, 0);
     backUp("--key-file " + ShellQuote::path(keyFile()));
     const std::string notes = kindFolder("NOTES") + "/NOTES-000";
     const std::string plain = (work_.path() / "notes.tar").string();
@@ -95,7 +93,7 @@ TEST_F(DamagedSessionProgramTest, AnArchiveEncipheredUnderAnotherKeyIsNotUnpacke
     removeFromDevice("/var/mobile/Library/Notes");
     removeFromDevice("/var/mobile/Library/Safari");
 
-    const auto restore = run("restore --yes --key-file " + ShellQuote::path(keyFile()));
+    const auto restore = device_.run("restore --yes --key-file " + ShellQuote::path(keyFile()));
 
     EXPECT_EQ(restore.status, 1) << restore.output << restore.errors;
     EXPECT_NE(restore.output.find("failed             Notes data: its archive couldn't be deciphered"),

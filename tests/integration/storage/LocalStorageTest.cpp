@@ -72,21 +72,6 @@ TEST_F(LocalStorageTest, AnUploadMovesTheFileWhateverItsNameHolds) {
     EXPECT_TRUE(test::request(engine_, [&] { engine_.uploadFile("/nonexistent", date, "NOTES"); }).failed);
 }
 
-TEST_F(LocalStorageTest, AFileComesBackTwiceWithTheSameHooks) {
-    const Date date(700000000);
-    writeInFolder(StorageLayout::stamp(date) + "/DEBS/a.deb", "a");
-    writeInFolder(StorageLayout::stamp(date) + "/DEBS/b.deb", "b");
-    std::vector<std::string> fetched;
-    engine_.setSuccessSelector([&](const HookObject& path) { fetched.push_back(std::get<std::string>(path)); },
-                               nullptr);
-    engine_.loadFile("a.deb", date, "DEBS");
-    engine_.loadFile("b.deb", date, "DEBS");
-    EXPECT_EQ(fetched,
-              (std::vector<std::string>{TemporaryDirectory::path() + "/a.deb", TemporaryDirectory::path() + "/b.deb"}));
-    EXPECT_EQ(FileManager::contentsOfFile(fetched.back()), "b");
-    EXPECT_TRUE(test::request(engine_, [&] { engine_.loadFile("c.deb", date, "DEBS"); }).failed);
-}
-
 // A history that isn't written is no session: the request fails and nothing is listed.
 TEST_F(LocalStorageTest, AHistoryUploadThatWritesNothingFailsAndNeverReplacesAnotherOfItsStamp) {
     const std::string name = StorageLayout::historyFileName(Date(1));
@@ -121,13 +106,6 @@ TEST_F(LocalStorageTest, DeletingASessionTakesItsHistoryAndItsDirectoryAndAMissi
 
     EXPECT_TRUE(test::request(engine_, [&] { engine_.deleteBackupSession(session); }).succeeded);
     EXPECT_TRUE(engine_.errorMessage()->ends_with("doesn't exist!")) << *engine_.errorMessage();
-}
-
-TEST_F(LocalStorageTest, EraseEmptiesTheFolderAndMakesItAgain) {
-    writeInFolder("2024-01-01_10~00~00.stowhvn", "a");
-    engine_.eraseAllData();
-    EXPECT_TRUE(FileManager::fileExists(folder()));
-    EXPECT_EQ(FileManager::contentsOfDirectory(folder()), std::vector<std::string>{});
 }
 
 TEST(LocalStorageFallbackTest, WithoutItsFolderTheDeviceFallsBackToTheAddressBook) {

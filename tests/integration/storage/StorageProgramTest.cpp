@@ -1,5 +1,3 @@
-#include "platform/ShellQuote.h"
-#include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 
 #include <gtest/gtest.h>
@@ -9,15 +7,11 @@ namespace {
 
 class StorageProgramTest : public ::testing::Test {
 protected:
-    test::ProgramOutcome run(const std::string& arguments) const {
-        return test::runProgram("--root " + ShellQuote::path(device_.root()) + " " + arguments);
-    }
-
     test::SandboxDevice device_{"minimal"};
 };
 
 TEST_F(StorageProgramTest, ShowsTheCurrentEngineItsRoomAndItsFolder) {
-    const auto outcome = run("storage");
+    const auto outcome = device_.run("storage");
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     EXPECT_NE(outcome.output.find("Storage: local storage (type 5)"), std::string::npos) << outcome.output;
     EXPECT_NE(outcome.output.find("Free space: "), std::string::npos);
@@ -26,19 +20,19 @@ TEST_F(StorageProgramTest, ShowsTheCurrentEngineItsRoomAndItsFolder) {
 }
 
 TEST_F(StorageProgramTest, UsingAnEngineMakesItCurrentAndKeepsIt) {
-    ASSERT_EQ(run("settings CurrentStorageType 0").status, 0);
-    const auto outcome = run("storage use local");
+    ASSERT_EQ(device_.run("settings CurrentStorageType 0").status, 0);
+    const auto outcome = device_.run("storage use local");
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     EXPECT_EQ(outcome.output, "Storage is now local storage (type 5).\n");
-    EXPECT_EQ(run("settings CurrentStorageType").output, "5\n");
+    EXPECT_EQ(device_.run("settings CurrentStorageType").output, "5\n");
 }
 
 TEST_F(StorageProgramTest, AnUnknownOrMissingEngineChangesNothing) {
-    EXPECT_EQ(run("storage use floppy").status, 2);
-    const auto missing = run("storage use ftp");
+    EXPECT_EQ(device_.run("storage use floppy").status, 2);
+    const auto missing = device_.run("storage use dropbox");
     EXPECT_EQ(missing.status, 2);
     EXPECT_NE(missing.errors.find("not available"), std::string::npos) << missing.errors;
-    EXPECT_EQ(run("settings CurrentStorageType").output, "5\n");
+    EXPECT_EQ(device_.run("settings CurrentStorageType").output, "5\n");
 }
 
 }  // namespace
