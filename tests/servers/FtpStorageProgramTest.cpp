@@ -9,6 +9,7 @@
 #include "support/FtpServer.h"
 #include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
+#include "support/TerminalProgram.h"
 #include "support/TestFolder.h"
 
 #include <gtest/gtest.h>
@@ -181,6 +182,20 @@ TEST_F(FtpStorageProgramTest, AServerThatDiesDuringAnUploadFailsTheJobAndKeepsTh
     EXPECT_NE(outcome.status, 0) << outcome.output << outcome.errors;
     EXPECT_EQ(FileManager::contentsOfFile((deviceFolder / before[0]).string()), firstHistory);
     EXPECT_NE(outcome.errors.find("127.0.0.1"), std::string::npos) << "what failed: " << outcome.errors;
+}
+
+TEST_F(FtpStorageProgramTest, CtrlCEndsTheTransferAndTheJobLeavesNoSessionOnTheServer) {
+    test::FtpServer server({.readLimit = 16 * 1024});
+    const test::SandboxDevice device("demo");
+    turnOnEverything(device);
+    ASSERT_EQ(logIn(device, server).status, 0);
+    test::TerminalProgram terminal("--root " + ShellQuote::path(device.root()) + " backup --yes");
+    ASSERT_TRUE(terminal.waitFor("UP: ")) << "the transfer's banner: " << terminal.screen();
+    terminal.type("\x03");
+    ASSERT_TRUE(terminal.waitFor("cancel the operation in progress?")) << terminal.screen();
+    terminal.type("2\n");
+    EXPECT_EQ(terminal.finish(), 130) << terminal.screen();
+    EXPECT_TRUE(historyFilesIn(server.folder() / "Stowhaven" / deviceName(device)).empty());
 }
 
 TEST_F(FtpStorageProgramTest, ADeviceFolderNamedAfterTheIdentifierTakesTheDevicesName) {
