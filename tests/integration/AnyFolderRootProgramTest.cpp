@@ -3,7 +3,6 @@
 
 #include "platform/FileManager.h"
 #include "platform/ShellQuote.h"
-#include "support/ProgramRun.h"
 #include "support/SandboxDevice.h"
 
 #include <gtest/gtest.h>
@@ -30,20 +29,17 @@ bool anythingNamedRanUnder(const fs::path& folder) {
 TEST(AnyFolderRootProgramTest, BackupStatusHistoryAndRestoreRunOnARootWhoseNameTheShellWouldRead) {
     const test::SandboxDevice demo("demo");
     const test::SandboxDevice device(demo, kHostileName);
-    const std::string root = "--root " + ShellQuote::path(device.root()) + " ";
     const std::string keyFile = device.path("/../key's file");
     ASSERT_TRUE(FileManager::writeFile(keyFile, "correct horse\n"));
-    for (const char* setting : {"AutoScanPkgEnabled", "AutoScanStockAppsEnabled", "AutoScanOtherOptionsEnabled",
-                                "BackupDebsEnabled", "EncryptBackupEnabled"}) {
-        ASSERT_EQ(test::runProgram(root + "settings " + setting + " true").status, 0) << setting;
-    }
+    ASSERT_TRUE(device.turnOn({"AutoScanPkgEnabled", "AutoScanStockAppsEnabled", "AutoScanOtherOptionsEnabled",
+                               "BackupDebsEnabled", "EncryptBackupEnabled"}));
 
-    const auto backup = test::runProgram(root + "backup --yes --title Before --key-file " + ShellQuote::path(keyFile));
+    const auto backup = device.run("backup --yes --title Before --key-file " + ShellQuote::path(keyFile));
     ASSERT_EQ(backup.status, 0) << backup.errors;
-    const auto status = test::runProgram(root + "status");
+    const auto status = device.run("status");
     EXPECT_EQ(status.status, 0) << status.errors;
     EXPECT_NE(status.output.find("Before"), std::string::npos) << status.output;
-    const auto history = test::runProgram(root + "history --json");
+    const auto history = device.run("history --json");
     EXPECT_EQ(history.status, 0) << history.errors;
     EXPECT_NE(history.output.find("Before\""), std::string::npos) << history.output;
 
@@ -52,7 +48,7 @@ TEST(AnyFolderRootProgramTest, BackupStatusHistoryAndRestoreRunOnARootWhoseNameT
                      " --admindir=" + ShellQuote::path(device.path("/var/lib/dpkg")) + " --remove " + kTweak + " 2>&1");
     ASSERT_TRUE(FileManager::removeItem(device.path(kNotes)));
 
-    const auto restore = test::runProgram(root + "restore --yes --log " + kTweak);
+    const auto restore = device.run("restore --yes --log " + kTweak);
     EXPECT_EQ(restore.status, 0) << restore.errors;
     EXPECT_NE(test::runCommand("dpkg-query --admindir=" + ShellQuote::path(device.path("/var/lib/dpkg")) +
                                " -W -f='${Package} ${Status}\\n' " + kTweak)
