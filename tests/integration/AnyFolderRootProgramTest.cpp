@@ -48,7 +48,7 @@ TEST(AnyFolderRootProgramTest, BackupStatusHistoryAndRestoreRunOnARootWhoseNameT
                      " --admindir=" + ShellQuote::path(device.path("/var/lib/dpkg")) + " --remove " + kTweak + " 2>&1");
     ASSERT_TRUE(FileManager::removeItem(device.path(kNotes)));
 
-    const auto restore = device.run("restore --yes --log " + kTweak);
+    const auto restore = device.run(std::string("restore --yes --log ") + kTweak);
     EXPECT_EQ(restore.status, 0) << restore.errors;
     EXPECT_NE(test::runCommand("dpkg-query --admindir=" + ShellQuote::path(device.path("/var/lib/dpkg")) +
                                " -W -f='${Package} ${Status}\\n' " + kTweak)
