@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 
 namespace stowhaven {
 namespace {
@@ -41,6 +42,7 @@ TEST_F(BackupProgramTest, ABackupRunsOnlyWhenConfirmedAndEndsWithItsSession) {
     const auto names = stored();
     EXPECT_EQ(std::count_if(names.begin(), names.end(), [](const auto& name) { return name.ends_with(".stowhvn"); }),
               1);
+    EXPECT_TRUE(std::filesystem::is_empty(device_.path("/var/tmp/stowhaven"))) << "no working file is left";
 
     const auto history = device_.run("history");
     EXPECT_NE(history.output.find("Before the upgrade"), std::string::npos) << history.output;

@@ -12,7 +12,6 @@
 #include "items/DeviceItems.h"
 #include "platform/FileManager.h"
 #include "platform/ShellQuote.h"
-#include "platform/TemporaryDirectory.h"
 #include "storage/StorageEngines.h"
 #include "storage/StorageLayout.h"
 #include "storage/local/LocalStorageHelper.h"
@@ -147,14 +146,6 @@ TEST_F(DataBackupOperationTest, PartsHaveThePartSizeButTheLastAndTheIndexListsEa
     // Joined, the parts are the archive, whose members are named as on the device itself.
     EXPECT_EQ(membersOf(joinedParts("NOTES")),
               (std::vector<std::string>{"var/mobile/Library/Notes/", "var/mobile/Library/Notes/notes.sqlite"}));
-    // Nothing of the two kinds is left in the temporary folder.
-    const auto temporaryFiles = FileManager::contentsOfDirectory(TemporaryDirectory::path());
-    ASSERT_TRUE(temporaryFiles);
-    for (const std::string& entry : *temporaryFiles) {
-        EXPECT_FALSE(entry.starts_with("NOTES") || entry.starts_with("Notes") || entry.starts_with("CALENDAR") ||
-                     entry.starts_with("Calendar"))
-            << entry;
-    }
 }
 
 // An engine that keeps what it is sent, read as a network engine reads it: from the file
