@@ -75,15 +75,15 @@ struct FtpClient::Connection {
 
     // A transfer running JOB on the shared handle, or one that has failed already when the
     // account or PATH can't be used.
-    std::unique_ptr<FtpTransfer> startTransfer(
+    std::unique_ptr<Transfer> startTransfer(
         const std::string& path,
         std::function<TransferOutcome(CurlHandle&, const FtpAccount&, TransferProgress&)> job) {
         if (!check({&path})) {
-            return std::make_unique<ThreadedTransfer<FtpTransfer>>([error = lastError](TransferProgress&) {
+            return std::make_unique<ThreadedTransfer<Transfer>>([error = lastError](TransferProgress&) {
                 return TransferOutcome{false, error};
             });
         }
-        return std::make_unique<ThreadedTransfer<FtpTransfer>>(
+        return std::make_unique<ThreadedTransfer<Transfer>>(
             [curl = curl, account = account, job = std::move(job)](TransferProgress& progress) {
                 return job(*curl, account, progress);
             });
@@ -184,14 +184,14 @@ std::optional<std::int64_t> FtpClient::sizeOf(const std::string& path) {
     return size;
 }
 
-std::unique_ptr<FtpTransfer> FtpClient::startUpload(const std::string& localPath, const std::string& remotePath) {
+std::unique_ptr<Transfer> FtpClient::startUpload(const std::string& localPath, const std::string& remotePath) {
     return connection_->startTransfer(
         remotePath, [localPath, remotePath](CurlHandle& curl, const FtpAccount& account, TransferProgress& progress) {
             return FtpTransfers::upload(curl, account, localPath, remotePath, progress);
         });
 }
 
-std::unique_ptr<FtpTransfer> FtpClient::startDownload(const std::string& remotePath, const std::string& localPath) {
+std::unique_ptr<Transfer> FtpClient::startDownload(const std::string& remotePath, const std::string& localPath) {
     return connection_->startTransfer(
         remotePath, [remotePath, localPath](CurlHandle& curl, const FtpAccount& account, TransferProgress& progress) {
             return FtpTransfers::download(curl, account, remotePath, localPath, progress);

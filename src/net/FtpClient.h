@@ -1,6 +1,7 @@
 #pragma once
 
-#include <chrono>
+#include "net/Transfer.h"
+
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -8,8 +9,6 @@
 #include <vector>
 
 namespace stowhaven {
-
-class FtpTransfer;
 
 // Where an FTP server is and who logs in to it.
 struct FtpAccount {
@@ -60,8 +59,8 @@ public:
     std::optional<std::int64_t> sizeOf(const std::string& path);
 
     // A transfer runs on a thread of its own while the caller polls it; it is never null.
-    std::unique_ptr<FtpTransfer> startUpload(const std::string& localPath, const std::string& remotePath);
-    std::unique_ptr<FtpTransfer> startDownload(const std::string& remotePath, const std::string& localPath);
+    std::unique_ptr<Transfer> startUpload(const std::string& localPath, const std::string& remotePath);
+    std::unique_ptr<Transfer> startDownload(const std::string& remotePath, const std::string& localPath);
 
     // What went wrong last: the server's reply where it gave one, else what the connection
     // did; never the password.
@@ -70,23 +69,6 @@ public:
 private:
     struct Connection;
     std::unique_ptr<Connection> connection_;
-};
-
-// An upload or a download in progress.
-class FtpTransfer {
-public:
-    virtual ~FtpTransfer() = default;
-    // Waits at most TIMEOUT for the end; true once it has ended.
-    virtual bool waitUntilFinished(std::chrono::milliseconds timeout) = 0;
-    virtual bool isFinished() const = 0;
-    // Whole and confirmed by the server; meaningful once finished.
-    virtual bool succeeded() const = 0;
-    virtual std::int64_t bytesDone() const = 0;
-    virtual double bytesPerSecond() const = 0;
-    // Ends the transfer as soon as it can; it then finishes without success.
-    virtual void abort() = 0;
-    // What went wrong, as FtpClient::lastError().
-    virtual std::string error() const = 0;
 };
 
 }  // namespace stowhaven

@@ -18,7 +18,7 @@ struct TransferOutcome {
 };
 
 // A transfer that runs a blocking job on a thread of its own while the caller polls it:
-// INTERFACE is the client's transfer class (an FtpTransfer), whose calls this answers.
+// INTERFACE is the client's transfer class (Transfer), whose calls this answers.
 // Going away aborts the job and waits for its end.
 template <typename Interface>
 class ThreadedTransfer final : public Interface {

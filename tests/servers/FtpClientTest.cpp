@@ -41,7 +41,7 @@ bool isPrintableLine(const std::string& text) {
     return std::none_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; });
 }
 
-bool transferSucceeds(std::unique_ptr<FtpTransfer> transfer) {
+bool transferSucceeds(std::unique_ptr<Transfer> transfer) {
     return transfer->waitUntilFinished(kLongestTransfer) && transfer->succeeded();
 }
 

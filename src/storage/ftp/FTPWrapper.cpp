@@ -21,12 +21,6 @@ FTPWrapper::FTPWrapper(FTPCredentials credentials) : credentials_(std::move(cred
 
 FTPWrapper::~FTPWrapper() { disconnect(); }
 
-bool FTPWrapper::connect() {
-    disconnect();
-    setErrorMessage(std::nullopt);
-    return server() != nullptr;
-}
-
 FtpClient* FTPWrapper::server() {
     if (server_ && server_->isConnected()) return server_.get();
     const auto account = credentials_.account();
@@ -63,33 +57,26 @@ void FTPWrapper::disconnect() {
 
 bool FTPWrapper::isLoggedIn() const { return server_ && server_->isConnected(); }
 
-std::optional<std::vector<FtpEntry>> FTPWrapper::listDirectory(const std::string& path) {
+std::optional<std::vector<RemoteEntry>> FTPWrapper::listDirectory(const std::string& path) {
     SH_LOG("Listing <{}>...", path);
     setErrorMessage(std::nullopt);
     FtpClient* client = server();
-    if (client == nullptr) return std::nullopt;
-    auto entries = client->list(path);
-    if (!entries) failed();
-    return entries;
+    const auto entries = client ? client->list(path) : std::nullopt;
+    if (!entries) {
+        if (client) failed();
+        return std::nullopt;
+    }
+    std::vector<RemoteEntry> listed;
+    for (const FtpEntry& entry : *entries) {
+        listed.push_back({entry.name, entry.isDirectory, entry.isSymbolicLink, entry.size});
+    }
+    return listed;
 }
 
 bool FTPWrapper::createDirectory(const std::string& path) {
     setErrorMessage(std::nullopt);
     FtpClient* client = server();
     return client != nullptr && (client->createDirectory(path) || failed());
-}
-
-bool FTPWrapper::createDirectoryWithParents(const std::string& path) {
-    setErrorMessage(std::nullopt);
-    FtpClient* client = server();
-    if (client == nullptr) return false;
-    std::string made;
-    for (const auto& component : std::filesystem::path(path).relative_path()) {
-        made += "/" + component.string();
-        // A folder that is there already refuses to be made; the listing tells.
-        if (!client->createDirectory(made) && !client->list(made)) return failed();
-    }
-    return true;
 }
 
 bool FTPWrapper::deleteTree(const std::string& path) {
@@ -137,7 +124,7 @@ bool FTPWrapper::getFile(const std::string& remotePath, const std::string& local
     return runTransfer(*transfer, TransferDisplay::Direction::Download, *size);
 }
 
-bool FTPWrapper::runTransfer(FtpTransfer& transfer, TransferDisplay::Direction direction, std::int64_t size) {
+bool FTPWrapper::runTransfer(Transfer& transfer, TransferDisplay::Direction direction, std::int64_t size) {
     TransferDisplay progress(direction, size);
     const Supervisor& supervisor = Supervisor::shared();
     bool aborted = false;
