@@ -152,6 +152,8 @@ public:
     void setStorageToFTP();
     void setStorageToGDrive();
     void setStorageToOwnCloud();
+    // The type as the running value, with its log line.
+    void setStorageTo(StorageType type);
     // Every engine but the address book, local storage included.
     bool isCloudStorage() const;
     // An engine that works over the network: every one but the address book and local storage.
@@ -220,7 +222,6 @@ private:
     double uploadLimit() const;
 
     StorageType persistedStorageType() const;
-    void setStorageTo(StorageType type);
     std::size_t maximumBackupsIndex() const;
 
     void setProgressMessage(std::optional<std::string> message);
