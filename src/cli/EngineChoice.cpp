@@ -1,6 +1,6 @@
 #include "cli/EngineChoice.h"
 
-#include "cli/FtpHostChoice.h"
+#include "cli/ServerHostChoice.h"
 #include "cli/TerminalPrompt.h"
 #include "core/AlertPresenter.h"
 #include "core/Supervisor.h"
@@ -118,7 +118,8 @@ bool chooseStorageEngine(TerminalPrompt& prompt, std::ostream& out) {
     const auto chosen = prompt.choose("Storage engine", names);
     if (!chosen) return false;
     const StorageType type = kEngineNames[*chosen].type;
-    const bool taken = type == StorageType::FTP ? chooseFtpHost(prompt, out) : tookEngine(type, names[*chosen], out);
+    const ServerEngine* server = serverEngineOfType(type);
+    const bool taken = server ? chooseServerHost(*server, prompt, out) : tookEngine(type, names[*chosen], out);
     if (taken) fmt::print(out, "Storage is now {}.\n", Supervisor::shared().storageEngineName());
     return taken;
 }

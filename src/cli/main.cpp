@@ -1,5 +1,4 @@
 #include "cli/BackupCommand.h"
-#include "cli/FtpStorageCommands.h"
 #include "cli/HistoryCommand.h"
 #include "cli/HistoryViewCommand.h"
 #include "cli/InteractiveSession.h"
@@ -7,6 +6,7 @@
 #include "cli/OpenCommand.h"
 #include "cli/PackagesCommand.h"
 #include "cli/RestoreCommand.h"
+#include "cli/ServerStorageCommands.h"
 #include "cli/SettingsCommand.h"
 #include "cli/ShareCommand.h"
 #include "cli/StatusCommand.h"
@@ -140,8 +140,8 @@ int main(int argc, char** argv) {
     std::optional<std::string> storageEngine;
     CLI::App* storageUse = storage->add_subcommand("use", "Make an engine current and keep it so");
     storageUse->add_option("engine", storageEngine, "local, ftp, dropbox...")->required();
-    FtpStorageCommands ftpStorage;
-    ftpStorage.add(*storage);
+    ServerStorageCommands serverStorage;
+    serverStorage.add(*storage);
 
     std::string vCardFile;
     CLI::App* share = app.add_subcommand("share", "Send a session to another device");
@@ -223,8 +223,8 @@ int main(int argc, char** argv) {
             status = presets ? OpenCommand::run(delegate, openTarget, *presets, std::cout, std::cerr) : kUsageError;
         }
         if (items->parsed()) status = ItemsCommand::run(itemsAsJson, std::cout, std::cerr);
-        if (ftpStorage.parsed()) {
-            status = ftpStorage.run(std::cout, std::cerr);
+        if (serverStorage.parsed()) {
+            status = serverStorage.run(std::cout, std::cerr);
         } else if (storage->parsed()) {
             status = StorageCommand::run(storageEngine, std::cout, std::cerr);
         }

@@ -6,7 +6,6 @@
 #include "platform/FileManager.h"
 #include "platform/TemporaryDirectory.h"
 #include "storage/StorageLayout.h"
-#include "storage/ftp/FTPCredentials.h"
 #include "storage/ftp/FTPHelper.h"
 #include "storage/local/LocalStorageHelper.h"
 #include "support/FtpServer.h"
@@ -42,8 +41,8 @@ class FtpEngine final : public EngineUnderTest {
 public:
     explicit FtpEngine(test::SupervisorScope& scope) {
         const FtpAccount account = server_.account();
-        FTPCredentials{account.host, std::to_string(account.port), account.login, account.password, ""}
-            .storeAsCurrent();
+        ServerCredentials{account.host, std::to_string(account.port), account.login, account.password, ""}
+            .storeAsCurrent(kFTPSettings);
         scope.supervisor().setStorageToFTP();
     }
     std::shared_ptr<StorageHelperProtocol> start() override { return FTPHelper::createFTPHelper(); }

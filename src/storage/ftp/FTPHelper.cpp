@@ -6,23 +6,27 @@
 
 namespace stowhaven {
 
+const ServerSettings kFTPSettings{
+    "FTPHost",  "FTPPort",    "FTPPassive",       "FTPLogin",          "FTPPassword",         "FTPRootDirectory",
+    "FTPHosts", "/Stowhaven", "FTP_INVALID_HOST", "FTP_INVALID_LOGIN", "FTP_INVALID_PASSWORD"};
+
 std::shared_ptr<FTPHelper> FTPHelper::createFTPHelper() {
     StorageEngines::registerFactory(StorageType::FTP, [] {
-        auto helper = std::make_shared<FTPHelper>(FTPCredentials::current());
+        auto helper = std::make_shared<FTPHelper>(ServerCredentials::current(kFTPSettings));
         if (Supervisor::shared().isStorageFTP()) helper->connect();
         return helper;
     });
     return std::dynamic_pointer_cast<FTPHelper>(StorageEngines::create(StorageType::FTP));
 }
 
-FTPHelper::FTPHelper(const FTPCredentials& credentials)
-    : RemoteFolderStorageHelper(StorageType::FTP, std::make_unique<FTPWrapper>(credentials.normalized())) {}
+FTPHelper::FTPHelper(const ServerCredentials& credentials)
+    : RemoteFolderStorageHelper(StorageType::FTP, std::make_unique<FTPWrapper>(credentials.normalized(kFTPSettings))) {}
 
-const FTPCredentials& FTPHelper::credentials() const { return static_cast<FTPWrapper&>(server()).credentials(); }
+const ServerCredentials& FTPHelper::credentials() const { return static_cast<FTPWrapper&>(server()).credentials(); }
 
 std::string FTPHelper::rootDirectory() const { return credentials().rootDirectory; }
 
-std::optional<std::string> FTPHelper::missingCredentials() const { return credentials().missingPart(); }
+std::optional<std::string> FTPHelper::missingCredentials() const { return credentials().missingPart(kFTPSettings); }
 
 std::string FTPHelper::accountName() { return "ftp://" + credentials().host; }
 

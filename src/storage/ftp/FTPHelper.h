@@ -1,7 +1,7 @@
 #pragma once
 
 #include "storage/RemoteFolderStorageHelper.h"
-#include "storage/ftp/FTPCredentials.h"
+#include "storage/ServerCredentials.h"
 
 #include <memory>
 #include <optional>
@@ -10,6 +10,9 @@
 namespace stowhaven {
 
 class FTPWrapper;
+
+// Where FTP keeps its current connection and saved hosts.
+extern const ServerSettings kFTPSettings;
 
 // Keeps sessions on an FTP server of the user's, under <root>/<device name>, through
 // FTPWrapper, with the current connection of the settings. A device folder named after the
@@ -20,7 +23,7 @@ public:
     // at once when FTP is the current engine.
     static std::shared_ptr<FTPHelper> createFTPHelper();
 
-    explicit FTPHelper(const FTPCredentials& credentials);
+    explicit FTPHelper(const ServerCredentials& credentials);
 
     std::string accountName() override;
     std::int32_t fileSizeUploadLimit() override { return 2147483647; }
@@ -31,7 +34,7 @@ protected:
     std::string notificationPrefix() const override { return "FTP"; }
 
 private:
-    const FTPCredentials& credentials() const;
+    const ServerCredentials& credentials() const;
 };
 
 }  // namespace stowhaven

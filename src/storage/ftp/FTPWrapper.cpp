@@ -4,6 +4,9 @@
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 
+#include <fmt/format.h>
+
+#include <charconv>
 #include <filesystem>
 
 namespace stowhaven {
@@ -15,15 +18,29 @@ constexpr std::chrono::milliseconds kTransferPoll{5};
 
 std::string lastPathComponent(const std::string& path) { return std::filesystem::path(path).filename().string(); }
 
+// What the client needs; a port that is no number in 1...65535 is none.
+std::optional<FtpAccount> accountOf(const ServerCredentials& credentials) {
+    const std::string port = credentials.port.empty() ? "21" : credentials.port;
+    int number = 0;
+    const auto [end, error] = std::from_chars(port.data(), port.data() + port.size(), number);
+    if (error != std::errc() || end != port.data() + port.size() || number < 1 || number > 65535) return std::nullopt;
+    return FtpAccount{credentials.host, number, credentials.login, credentials.password, credentials.passive};
+}
+
 }  // namespace
 
-FTPWrapper::FTPWrapper(FTPCredentials credentials) : credentials_(std::move(credentials)) {}
+FTPWrapper::FTPWrapper(ServerCredentials credentials) : credentials_(std::move(credentials)) {}
 
 FTPWrapper::~FTPWrapper() { disconnect(); }
 
+std::string FTPWrapper::description() const {
+    return fmt::format("ftp://{}@{}:{}{} {{{}}}", credentials_.login, credentials_.host, credentials_.port,
+                       credentials_.rootDirectory, credentials_.passive ? "passive" : "active");
+}
+
 FtpClient* FTPWrapper::server() {
     if (server_ && server_->isConnected()) return server_.get();
-    const auto account = credentials_.account();
+    const auto account = accountOf(credentials_);
     if (!account) {
         setErrorMessage("The port of the FTP server must be a number from 1 to 65535.");
         return nullptr;

@@ -2,8 +2,8 @@
 
 #include "net/FtpClient.h"
 #include "storage/RemoteFolders.h"
+#include "storage/ServerCredentials.h"
 #include "storage/TransferDisplay.h"
-#include "storage/ftp/FTPCredentials.h"
 
 #include <memory>
 #include <optional>
@@ -15,14 +15,14 @@ namespace stowhaven {
 // The FTP server of the credentials, its error the server's reply.
 class FTPWrapper final : public RemoteFolders {
 public:
-    explicit FTPWrapper(FTPCredentials credentials);
+    explicit FTPWrapper(ServerCredentials credentials);
     ~FTPWrapper() override;
 
-    const FTPCredentials& credentials() const { return credentials_; }
+    const ServerCredentials& credentials() const { return credentials_; }
     bool isLoggedIn() const override;
     void disconnect() override;
     // "ftp://login@host:port/root {passive}".
-    std::string description() const override { return credentials_.description(); }
+    std::string description() const override;
 
     std::optional<std::vector<RemoteEntry>> listDirectory(const std::string& path) override;
     bool createDirectory(const std::string& path) override;
@@ -39,7 +39,7 @@ private:
     bool failed();
     bool runTransfer(Transfer& transfer, TransferDisplay::Direction direction, std::int64_t size);
 
-    FTPCredentials credentials_;
+    ServerCredentials credentials_;
     std::unique_ptr<FtpClient> server_;
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "cli/ServerEngines.h"
+
 #include <CLI/CLI.hpp>
 
 #include <optional>
@@ -8,14 +10,16 @@
 
 namespace stowhaven {
 
-// The FTP server as storage, from the command line:
+// A server of the user's as storage, from the command line, for each engine that logs in
+// to one:
 //   storage login ftp HOST [--port N] [--user LOGIN] [--root DIR] [--active] [--password-file FILE]
-//   storage hosts ftp [--json]
-//   storage forget ftp HOST
-//   storage logout ftp
+//   storage login owncloud URL [--user LOGIN] [--root DIR] [--password-file FILE]
+//   storage hosts ENGINE [--json]
+//   storage forget ENGINE HOST
+//   storage logout ENGINE
 // The password comes from the file's first line, the variable STOWHAVEN_PASSWORD, or a
 // question typed without echo; never from an argument.
-class FtpStorageCommands {
+class ServerStorageCommands {
 public:
     void add(CLI::App& storage);
     bool parsed() const;
@@ -23,10 +27,12 @@ public:
     int run(std::ostream& out, std::ostream& errors);
 
 private:
-    int logIn(std::ostream& out, std::ostream& errors);
-    int listHosts(std::ostream& out) const;
-    int forget(std::ostream& out, std::ostream& errors);
-    int logOut(std::ostream& out);
+    // The engine whose subcommand of GROUP was given.
+    const ServerEngine* engineOf(const CLI::App* group) const;
+    int logIn(const ServerEngine& engine, std::ostream& out, std::ostream& errors);
+    int listHosts(const ServerEngine& engine, std::ostream& out) const;
+    int forget(const ServerEngine& engine, std::ostream& out, std::ostream& errors);
+    int logOut(const ServerEngine& engine, std::ostream& out);
     std::optional<std::string> password(std::ostream& errors) const;
 
     CLI::App* login_ = nullptr;
