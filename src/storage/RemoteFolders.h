@@ -1,6 +1,8 @@
 #pragma once
 
+#include "net/Transfer.h"
 #include "storage/AbstractStorageWrapper.h"
+#include "storage/TransferDisplay.h"
 
 #include <cstdint>
 #include <optional>
@@ -42,6 +44,13 @@ public:
 
     // Each missing folder of PATH, from the top; a folder that is there already is listed.
     bool createDirectoryWithParents(const std::string& path);
+
+protected:
+    // The size of a local file to send; nothing, with the error, when it is no file.
+    std::optional<std::int64_t> sizeOfFileToSend(const std::string& localPath);
+    // Follows a running transfer to its end, its progress shown and a cancel of the job
+    // ending it; false, with the error, when it didn't succeed.
+    bool followTransfer(Transfer& transfer, TransferDisplay::Direction direction, std::int64_t size);
 };
 
 }  // namespace stowhaven

@@ -1,7 +1,5 @@
 #include "storage/ftp/FTPWrapper.h"
 
-#include "core/Supervisor.h"
-#include "platform/FileManager.h"
 #include "platform/Log.h"
 
 #include <fmt/format.h>
@@ -12,9 +10,6 @@
 namespace stowhaven {
 
 namespace {
-
-// How often a running transfer is looked at: for its progress and for a cancel of the job.
-constexpr std::chrono::milliseconds kTransferPoll{5};
 
 std::string lastPathComponent(const std::string& path) { return std::filesystem::path(path).filename().string(); }
 
@@ -119,15 +114,11 @@ bool FTPWrapper::rename(const std::string& from, const std::string& to) {
 bool FTPWrapper::uploadFromPath(const std::string& localPath, const std::string& remoteFolder) {
     SH_LOG("{} -> {}", localPath, remoteFolder);
     setErrorMessage(std::nullopt);
-    if (!FileManager::isRegularFile(localPath)) {
-        setErrorMessage(localPath + " is no file to send");
-        return false;
-    }
-    const auto size = static_cast<std::int64_t>(FileManager::sizeOfItem(localPath));
-    FtpClient* client = server();
+    const auto size = sizeOfFileToSend(localPath);
+    FtpClient* client = size ? server() : nullptr;
     if (client == nullptr) return false;
     const auto transfer = client->startUpload(localPath, remoteFolder + "/" + lastPathComponent(localPath));
-    return runTransfer(*transfer, TransferDisplay::Direction::Upload, size);
+    return endTransfer(followTransfer(*transfer, TransferDisplay::Direction::Upload, *size));
 }
 
 bool FTPWrapper::getFile(const std::string& remotePath, const std::string& localPath) {
@@ -138,28 +129,13 @@ bool FTPWrapper::getFile(const std::string& remotePath, const std::string& local
     const auto size = client->sizeOf(remotePath);
     if (!size) return failed();
     const auto transfer = client->startDownload(remotePath, localPath);
-    return runTransfer(*transfer, TransferDisplay::Direction::Download, *size);
+    return endTransfer(followTransfer(*transfer, TransferDisplay::Direction::Download, *size));
 }
 
-bool FTPWrapper::runTransfer(Transfer& transfer, TransferDisplay::Direction direction, std::int64_t size) {
-    TransferDisplay progress(direction, size);
-    const Supervisor& supervisor = Supervisor::shared();
-    bool aborted = false;
-    while (!transfer.waitUntilFinished(kTransferPoll)) {
-        progress.update(transfer.bytesDone(), transfer.bytesPerSecond());
-        if (supervisor.isCanceled() && !aborted) {
-            SH_LOG("Operation canceled!");
-            transfer.abort();
-            aborted = true;
-        }
-    }
-    progress.update(transfer.bytesDone(), transfer.bytesPerSecond());
-    if (transfer.succeeded()) return true;
-    // A transfer cut short may leave the connection in any state: the next one starts anew.
-    server_.reset();
-    setErrorMessage(aborted ? std::string("Canceled") : transfer.error());
-    SH_LOG("error: {}", errorMessage().value_or(""));
-    return false;
+// A transfer cut short may leave the connection in any state: the next one starts anew.
+bool FTPWrapper::endTransfer(bool succeeded) {
+    if (!succeeded) server_.reset();
+    return succeeded;
 }
 
 }  // namespace stowhaven

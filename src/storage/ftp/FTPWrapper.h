@@ -3,7 +3,6 @@
 #include "net/FtpClient.h"
 #include "storage/RemoteFolders.h"
 #include "storage/ServerCredentials.h"
-#include "storage/TransferDisplay.h"
 
 #include <memory>
 #include <optional>
@@ -37,7 +36,7 @@ private:
     FtpClient* server();
     // Takes the client's last error as the engine's, and answers false.
     bool failed();
-    bool runTransfer(Transfer& transfer, TransferDisplay::Direction direction, std::int64_t size);
+    bool endTransfer(bool succeeded);
 
     ServerCredentials credentials_;
     std::unique_ptr<FtpClient> server_;
