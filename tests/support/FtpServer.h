@@ -1,18 +1,14 @@
 #pragma once
 
 #include "net/FtpClient.h"
+#include "support/ServerProcess.h"
 #include "support/TestFolder.h"
 
-#include <sys/types.h>
-
-#include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <filesystem>
-#include <mutex>
+#include <memory>
 #include <optional>
 #include <string>
-#include <thread>
 
 namespace stowhaven::test {
 
@@ -51,20 +47,12 @@ public:
     std::optional<std::string> waitForLine(const std::string& prefix);
 
 private:
-    // Reads the server's output to its end, so that the server never waits on a full pipe.
-    void readOutput(int output);
-    void shutDown();
     std::string listingFile() const { return ownFiles_ / "listing"; }
 
     TestFolder root_;
     TestFolder ownFiles_;
-    pid_t child_ = -1;
+    std::unique_ptr<ServerProcess> process_;
     int port_ = 0;
-    std::mutex mutex_;
-    std::condition_variable linesArrived_;
-    std::deque<std::string> lines_;
-    bool outputEnded_ = false;
-    std::thread reader_;
 };
 
 }  // namespace stowhaven::test
