@@ -1,12 +1,11 @@
 #include "net/FtpTransfers.h"
 
+#include "net/FileBodies.h"
 #include "net/FtpPaths.h"
 #include "net/FtpRequest.h"
 #include "platform/FileDescriptor.h"
 #include "platform/Log.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -19,63 +18,44 @@ namespace {
 // Large writes to the data connection: the upload runs as fast as curl's own tool.
 constexpr long kUploadBufferBytes = 256 * 1024;
 
-std::size_t readFromFile(char* buffer, std::size_t size, std::size_t count, void* file) {
-    for (;;) {
-        const ssize_t done = ::read(static_cast<FileDescriptor*>(file)->get(), buffer, size * count);
-        if (done >= 0) return static_cast<std::size_t>(done);
-        if (errno != EINTR) return CURL_READFUNC_ABORT;
-    }
-}
-
-std::size_t writeToFile(char* data, std::size_t size, std::size_t count, void* file) {
-    std::size_t written = 0;
-    while (written < size * count) {
-        const ssize_t done = ::write(static_cast<FileDescriptor*>(file)->get(), data + written, size * count - written);
-        if (done < 0 && errno == EINTR) continue;
-        if (done <= 0) break;
-        written += static_cast<std::size_t>(done);
-    }
-    return written;
-}
-
 TransferOutcome failed(std::string error) { return {false, std::move(error)}; }
 
 }  // namespace
 
 TransferOutcome upload(CurlHandle& handle, const FtpAccount& account, const std::string& localPath,
                        const std::string& remotePath, TransferProgress& progress) {
-    FileDescriptor file(::open(localPath.c_str(), O_RDONLY | O_CLOEXEC));
-    struct stat status {};
-    if (!file.isOpen() || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
-        return failed("can't read " + localPath + ": " + (file.isOpen() ? "not a file" : std::strerror(errno)));
+    std::int64_t size = 0;
+    std::string error;
+    FileDescriptor file = FileBodies::openToSend(localPath, size, error);
+    if (!file.isOpen()) return failed(error);
 
     FtpRequest::prepare(handle, account, FtpPaths::url(handle.get(), account, remotePath, false));
     handle.set(CURLOPT_UPLOAD, 1L);
     handle.set(CURLOPT_UPLOAD_BUFFERSIZE, kUploadBufferBytes);
-    handle.set(CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(status.st_size));
-    handle.set(CURLOPT_READFUNCTION, &readFromFile);
+    handle.set(CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(size));
+    handle.set(CURLOPT_READFUNCTION, &FileBodies::readFromFile);
     handle.set(CURLOPT_READDATA, &file);
     if (const CURLcode code = handle.perform(&progress); code != CURLE_OK) {
         SH_LOG("Upload of {} to {} failed: {}", localPath, remotePath, handle.dialogue().tail());
         return failed(FtpRequest::failure(handle, code));
     }
-    std::string error;
     const auto stored = remoteSize(handle, account, remotePath, error);
     if (!stored) return failed(error);
-    if (*stored != status.st_size) {
-        SH_LOG("The server holds {} bytes of {} for the {} sent", *stored, remotePath, status.st_size);
-        return failed(fmt::format("the server holds {} bytes of the {} sent", *stored, status.st_size));
+    if (*stored != size) {
+        SH_LOG("The server holds {} bytes of {} for the {} sent", *stored, remotePath, size);
+        return failed(fmt::format("the server holds {} bytes of the {} sent", *stored, size));
     }
     return {true, ""};
 }
 
 TransferOutcome download(CurlHandle& handle, const FtpAccount& account, const std::string& remotePath,
                          const std::string& localPath, TransferProgress& progress) {
-    FileDescriptor file(::open(localPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600));
-    if (!file.isOpen()) return failed("can't write " + localPath + ": " + std::strerror(errno));
+    std::string error;
+    FileDescriptor file = FileBodies::openToReceive(localPath, error);
+    if (!file.isOpen()) return failed(error);
 
     FtpRequest::prepare(handle, account, FtpPaths::url(handle.get(), account, remotePath, false));
-    handle.set(CURLOPT_WRITEFUNCTION, &writeToFile);
+    handle.set(CURLOPT_WRITEFUNCTION, &FileBodies::writeToFile);
     handle.set(CURLOPT_WRITEDATA, &file);
     const CURLcode code = handle.perform(&progress);
     if (code == CURLE_OK && ::fsync(file.get()) == 0) return {true, ""};

@@ -89,7 +89,7 @@ bool WebDavServer::isAvailable() {
 WebDavServer::WebDavServer(const WebDavServerOptions& options)
     : share_(ownFiles_.path() / "share"), https_(options.https) {
     std::filesystem::create_directories(share_);
-    if (options.hostileReply || options.cutShort || options.redirectTo) {
+    if (options.hostileReply || options.cutShort || options.redirectTo || options.readLimit > 0) {
         startStandIn(options);
     } else {
         startApache(options);
@@ -149,6 +149,10 @@ void WebDavServer::startStandIn(const WebDavServerOptions& options) {
 
 WebDavAccount WebDavServer::account() const {
     return {std::string(https_ ? "https" : "http") + "://127.0.0.1:" + std::to_string(port_), kUser, kPassword};
+}
+
+void WebDavServer::setHostileReply(const std::string& bytes) const {
+    std::ofstream(replyFile(), std::ios::binary | std::ios::trunc) << bytes;
 }
 
 void WebDavServer::stop() { process_->stop(); }

@@ -4,6 +4,7 @@
 #include "support/ServerProcess.h"
 #include "support/TestFolder.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -22,6 +23,8 @@ struct WebDavServerOptions {
     bool cutShort = false;
     // Every request is answered "302 Found" to this URL.
     std::optional<std::string> redirectTo = std::nullopt;
+    // The body of an upload is read this many bytes a second: slow enough to act during it.
+    std::int64_t readLimit = 0;
 };
 
 // A real WebDAV share (Apache httpd with mod_dav) on 127.0.0.1, on a port picked at run
@@ -45,12 +48,18 @@ public:
     WebDavAccount account() const;
     // The local folder served at kSharePath.
     const std::filesystem::path& shareFolder() const { return share_; }
+    // Replaces the bytes every PROPFIND and GET gets, on a hostile server.
+    void setHostileReply(const std::string& bytes) const;
     // Kills the server now, as a crash would.
     void stop();
+    // Waits for the hostile server to print a line that starts with PREFIX ("PUT /path")
+    // and answers it; nothing when it ends first or a minute passes.
+    std::optional<std::string> waitForLine(const std::string& prefix) { return process_->waitForLine(prefix); }
 
 private:
     void startApache(const WebDavServerOptions& options);
     void startStandIn(const WebDavServerOptions& options);
+    std::filesystem::path replyFile() const { return ownFiles_.path() / "reply"; }
 
     TestFolder ownFiles_;
     std::filesystem::path share_;

@@ -1,0 +1,132 @@
+#include "net/HttpRequest.h"
+
+#include "net/FileBodies.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+
+namespace stowhaven {
+
+namespace {
+
+// Large writes to the connection: an upload runs as fast as curl's own tool.
+constexpr long kUploadBufferBytes = 256 * 1024;
+
+std::size_t discard(char*, std::size_t size, std::size_t count, void*) { return size * count; }
+
+// "Not Found" of the last status line the server sent ("HTTP/1.1 404 Not Found"); a
+// "100 Continue" before the final answer doesn't count, as a later line replaces it.
+std::string reasonOfLastStatus(const std::deque<std::string>& lines) {
+    for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
+        if (!line->starts_with("HTTP/")) continue;
+        const auto code = line->find(' ');
+        const auto reason = code == std::string::npos ? std::string::npos : line->find(' ', code + 1);
+        return reason == std::string::npos ? "" : line->substr(reason + 1);
+    }
+    return "";
+}
+
+}  // namespace
+
+HttpRequest::HttpRequest(CurlHandle& handle, const std::string& method, const std::string& url) : handle_(handle) {
+    handle_.reset();
+    handle_.set(CURLOPT_URL, url.c_str());
+    handle_.set(CURLOPT_PROTOCOLS_STR, "http,https");
+    handle_.set(CURLOPT_FOLLOWLOCATION, 0L);
+    if (method != "GET") handle_.set(CURLOPT_CUSTOMREQUEST, method.c_str());
+    handle_.set(CURLOPT_WRITEFUNCTION, &discard);
+}
+
+HttpRequest::~HttpRequest() {
+    // The handle keeps pointers to what goes with this request until its next reset.
+    handle_.reset();
+    curl_slist_free_all(headers_);
+}
+
+void HttpRequest::authenticate(const std::string& login, const std::string& password) {
+    handle_.set(CURLOPT_HTTPAUTH, static_cast<long>(CURLAUTH_BASIC));
+    handle_.set(CURLOPT_USERNAME, login.c_str());
+    handle_.set(CURLOPT_PASSWORD, password.c_str());
+}
+
+void HttpRequest::acceptAnyCertificate() {
+    handle_.set(CURLOPT_SSL_VERIFYPEER, 0L);
+    handle_.set(CURLOPT_SSL_VERIFYHOST, 0L);
+}
+
+void HttpRequest::addHeader(const std::string& line) {
+    headers_ = curl_slist_append(headers_, line.c_str());
+    handle_.set(CURLOPT_HTTPHEADER, headers_);
+}
+
+void HttpRequest::setStalledSeconds(long seconds) { handle_.set(CURLOPT_LOW_SPEED_TIME, seconds); }
+
+void HttpRequest::sendText(std::string body) {
+    textBody_ = std::move(body);
+    handle_.set(CURLOPT_POSTFIELDS, textBody_.c_str());
+    handle_.set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(textBody_.size()));
+}
+
+bool HttpRequest::sendFile(const std::string& path, std::string& error) {
+    std::int64_t size = 0;
+    sentFile_ = FileBodies::openToSend(path, size, error);
+    if (!sentFile_.isOpen()) return false;
+    handle_.set(CURLOPT_UPLOAD, 1L);
+    handle_.set(CURLOPT_UPLOAD_BUFFERSIZE, kUploadBufferBytes);
+    handle_.set(CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(size));
+    handle_.set(CURLOPT_READFUNCTION, &FileBodies::readFromFile);
+    handle_.set(CURLOPT_READDATA, &sentFile_);
+    return true;
+}
+
+void HttpRequest::keepBody(std::size_t limit) {
+    bodyLimit_ = limit;
+    handle_.set(CURLOPT_WRITEFUNCTION, &HttpRequest::keepText);
+    handle_.set(CURLOPT_WRITEDATA, this);
+}
+
+bool HttpRequest::receiveFile(const std::string& path, std::string& error) {
+    receivedFile_ = FileBodies::openToReceive(path, error);
+    if (!receivedFile_.isOpen()) return false;
+    receivedPath_ = path;
+    handle_.set(CURLOPT_WRITEFUNCTION, &HttpRequest::writeWhenSuccessful);
+    handle_.set(CURLOPT_WRITEDATA, this);
+    return true;
+}
+
+HttpReply HttpRequest::perform(TransferProgress* progress) {
+    reply_.code = handle_.perform(progress);
+    curl_easy_getinfo(handle_.get(), CURLINFO_RESPONSE_CODE, &reply_.status);
+    reply_.reason = reasonOfLastStatus(handle_.dialogue().replies());
+    if (receivedFile_.isOpen()) {
+        if (reply_.isSuccess() && ::fsync(receivedFile_.get()) != 0) reply_.code = CURLE_WRITE_ERROR;
+        if (!reply_.isSuccess()) ::unlink(receivedPath_.c_str());
+    }
+    return std::move(reply_);
+}
+
+std::size_t HttpRequest::keepText(char* data, std::size_t size, std::size_t count, void* self) {
+    auto& request = *static_cast<HttpRequest*>(self);
+    if (request.reply_.body.size() + size * count > request.bodyLimit_) {
+        request.reply_.bodyTooLarge = true;
+        return 0;
+    }
+    request.reply_.body.append(data, size * count);
+    return size * count;
+}
+
+bool HttpRequest::isReplySuccessful() const {
+    long status = 0;
+    curl_easy_getinfo(handle_.get(), CURLINFO_RESPONSE_CODE, &status);
+    return status >= 200 && status < 300;
+}
+
+std::size_t HttpRequest::writeWhenSuccessful(char* data, std::size_t size, std::size_t count, void* self) {
+    auto& request = *static_cast<HttpRequest*>(self);
+    // The page of a refusal is no part of the file.
+    if (!request.isReplySuccessful()) return size * count;
+    return FileBodies::writeToFile(data, size, count, &request.receivedFile_);
+}
+
+}  // namespace stowhaven
