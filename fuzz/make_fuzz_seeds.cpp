@@ -1,6 +1,7 @@
 // Writes the seed corpus of every fuzz target into FOLDER/<target without "fuzz_">. Seeds
 // have the shapes the readers meet: what the system itself writes, and what the device's
-// tools (tar, dpkg-query, uuencode) write, made here by the host's own.
+// tools (tar, dpkg-query, uuencode) write, made here by the host's own, and what WebDAV
+// shares answer.
 
 #include "seeds/Seeds.h"
 #include "support/DetachedDevice.h"
@@ -23,6 +24,7 @@ int main(int argc, char** argv) {
         writeNoteSeeds(folder);
         writePackageSeeds(folder);
         writeRestoreLogSeeds(folder);
+        writeMultistatusSeeds(folder);
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "%s: %s\n", argv[0], failure.what());
         return 1;

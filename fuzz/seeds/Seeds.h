@@ -41,5 +41,6 @@ void writePlistSeeds(const std::filesystem::path& folder);
 void writeNoteSeeds(const std::filesystem::path& folder);
 void writePackageSeeds(const std::filesystem::path& folder);
 void writeRestoreLogSeeds(const std::filesystem::path& folder);
+void writeMultistatusSeeds(const std::filesystem::path& folder);
 
 }  // namespace stowhaven::fuzz
