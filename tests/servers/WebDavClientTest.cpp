@@ -122,7 +122,7 @@ TEST_P(WebDavClientTest, KeepsFoldersAndFilesOnTheShareAndTakesThemBack) {
 }
 
 INSTANTIATE_TEST_SUITE_P(HttpAndHttps, WebDavClientTest, ::testing::Bool(),
-                         [](const auto& info) { return info.param ? "Https" : "Http"; });
+                         [](const ::testing::TestParamInfo<bool>& param) { return param.param ? "Https" : "Http"; });
 
 TEST(WebDavClientFailureTest, RefusalsTellWhatWentWrongButNeverThePassword) {
     STOWHAVEN_SKIP_WITHOUT_WEBDAV_SERVER();

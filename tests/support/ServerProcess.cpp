@@ -5,6 +5,7 @@
 #include <netinet/in.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -21,20 +22,26 @@ namespace {
 // Between two tries to connect to a server that is still starting.
 constexpr auto kConnectRetry = std::chrono::milliseconds(20);
 
-pid_t spawn(const std::vector<std::string>& arguments, const posix_spawn_file_actions_t* actions, bool ownGroup) {
+std::vector<char*> argumentVector(const std::vector<std::string>& arguments) {
     std::vector<char*> argv;
     for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    if (ownGroup) {
-        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
-        posix_spawnattr_setpgroup(&attributes, 0);
-    }
-    pid_t child = -1;
-    if (posix_spawn(&child, argv[0], actions, &attributes, argv.data(), environ) != 0) child = -1;
-    posix_spawnattr_destroy(&attributes);
-    return child;
+    return argv;
+}
+
+// Starts ARGUMENTS in a process group of its own with OUTPUT as its standard output. The
+// child is killed when the thread that started it ends, so that a test run that dies
+// leaves no server behind; between fork and exec it makes only system calls.
+pid_t spawnServer(const std::vector<std::string>& arguments, int output) {
+    const auto argv = argumentVector(arguments);
+    const pid_t parent = getpid();
+    const pid_t child = fork();
+    if (child != 0) return child;
+    if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != parent) _exit(127);
+    setpgid(0, 0);
+    if (dup2(output, STDOUT_FILENO) < 0) _exit(127);
+    execv(argv[0], argv.data());
+    _exit(127);
 }
 
 sockaddr_in loopback(int port) {
@@ -70,11 +77,7 @@ int freeLoopbackPort() {
 ServerProcess::ServerProcess(const std::vector<std::string>& arguments) {
     int pipeEnds[2];
     if (pipe2(pipeEnds, O_CLOEXEC) != 0) throw std::runtime_error("no pipe for the server " + arguments.front());
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, pipeEnds[1], STDOUT_FILENO);
-    child_ = spawn(arguments, &actions, true);
-    posix_spawn_file_actions_destroy(&actions);
+    child_ = spawnServer(arguments, pipeEnds[1]);
     close(pipeEnds[1]);
     reader_ = std::thread([this, output = pipeEnds[0]] { readOutput(output); });
 }
@@ -89,7 +92,9 @@ bool ServerProcess::succeeds(const std::vector<std::string>& arguments) {
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    const pid_t child = spawn(arguments, &actions, false);
+    const auto argv = argumentVector(arguments);
+    pid_t child = -1;
+    if (posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), environ) != 0) child = -1;
     posix_spawn_file_actions_destroy(&actions);
     int status = 0;
     return child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;

@@ -15,7 +15,8 @@ namespace stowhaven::test {
 
 // A server of the tests run as a child in a process group of its own, its standard output
 // read line by line on a thread (so that it never waits on a full pipe); killed with every
-// process it started when the object goes.
+// process it started when the object goes, and killed by the system when the thread that
+// made the object ends first (a test run that dies).
 class ServerProcess {
 public:
     // Only a server that hangs makes a wait last this long.

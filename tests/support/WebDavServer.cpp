@@ -118,8 +118,9 @@ void WebDavServer::startApache(const WebDavServerOptions& options) {
         port_ = freeLoopbackPort();
         const auto configuration = folder / "httpd.conf";
         std::ofstream(configuration, std::ios::trunc) << apacheConfiguration(folder, share_, port_, options.https);
+        // One process (-X), which goes when the tests die; its threads serve many requests at once.
         process_ = std::make_unique<ServerProcess>(
-            std::vector<std::string>{kApache, "-d", folder.string(), "-f", configuration.string(), "-DFOREGROUND"});
+            std::vector<std::string>{kApache, "-X", "-d", folder.string(), "-f", configuration.string()});
         if (process_->waitForPort(port_)) return;
         process_->stop();
     }
