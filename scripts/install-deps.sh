@@ -11,8 +11,12 @@ packages=(
   libsqlite3-dev libcli11-dev libfmt-dev
   # tests and benchmarks
   libgtest-dev libgmock-dev libbenchmark-dev
-  # the FTP server of the tests, and curl's own tool beside the FTP client in its benchmark
+  # the FTP server of the tests, and curl's own tool beside the FTP and WebDAV clients in their benchmarks
   python3-pyftpdlib curl
+  # the WebDAV server of the tests (mod_dav, mod_ssl, htpasswd), run by the tests with a
+  # configuration of their own on a port of their own: the system's server, which a fresh
+  # machine starts on port 80, neither helps nor gets in the way
+  apache2 apache2-utils
   # the device's own tools, as Debian has them
   dpkg dpkg-dev apt tar coreutils findutils bzip2 gawk openssl sharutils unzip procps sudo libplist-utils
   # the sandbox device builder
