@@ -10,6 +10,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <functional>
 #include <initializer_list>
 
@@ -177,6 +179,10 @@ bool WebDavClient::createFolder(const std::string& path) {
 bool WebDavClient::move(const std::string& from, const std::string& to) {
     auto& connection = *connection_;
     if (!connection.check({&from, &to})) return false;
+    const auto source = WebDavPaths::names(from);
+    const auto target = WebDavPaths::names(to);
+    if (target.size() >= source.size() && std::equal(source.begin(), source.end(), target.begin()))
+        return connection.fail("can't move " + from + " onto itself or into itself");
     return connection.send("MOVE", from, {"Destination: " + connection.urlOf(to), "Overwrite: T"});
 }
 
@@ -190,6 +196,9 @@ std::unique_ptr<Transfer> WebDavClient::startUpload(const std::string& localPath
         [localPath, remotePath](CurlHandle& curl, const WebDavAccount& account, TransferProgress& progress) {
             HttpRequest request(curl, "PUT", WebDavPaths::url(curl.get(), account, remotePath));
             Connection::authenticate(request, account);
+            std::error_code ignored;
+            if (!std::filesystem::exists(localPath, ignored))
+                return TransferOutcome{false, "You are trying upload a file that does not exist"};
             std::string error;
             if (!request.sendFile(localPath, error)) return TransferOutcome{false, error};
             request.setStalledSeconds(kUploadStalledSeconds);

@@ -140,7 +140,11 @@ TEST(WebDavClientFailureTest, RefusalsTellWhatWentWrongButNeverThePassword) {
     WebDavClient client(server.account());
     EXPECT_FALSE(client.remove(kShare + "/../../kept"));
     EXPECT_FALSE(client.remove(kShare + "/kept/.."));
+    EXPECT_FALSE(client.move(kShare + "/kept", kShare + "/kept/inside"));
     EXPECT_TRUE(fs::exists(server.shareFolder() / "kept"));
+    const auto upload = client.startUpload(server.shareFolder() / "absent", kShare + "/absent");
+    ASSERT_TRUE(upload->waitUntilFinished(kLongestTransfer));
+    EXPECT_EQ(upload->error(), "You are trying upload a file that does not exist");
     auto splitting = server.account();
     splitting.login += ":x\r\nDepth: infinity";
     EXPECT_FALSE(WebDavClient(splitting).remove(kShare + "/kept"));
