@@ -35,6 +35,7 @@ std::string requestFailed(const HttpReply& reply) {
 // request that got no whole reply in curl's words.
 std::string failureText(const CurlHandle& curl, const HttpReply& reply) {
     if (reply.code != CURLE_OK) return curl.errorText(reply.code);
+    // A missing path in the very words the login's flow looks for before it makes the folder.
     if (reply.status == 404) return requestFailed(reply);
     if (reply.status >= 300 && reply.status < 400) return fmt::format("Request failed: redirected ({})", reply.status);
     const char* prefix = reply.status == 401   ? "You have entered bad credentials. "
