@@ -1,6 +1,7 @@
 #include "cli/ServerEngines.h"
 
 #include "storage/ftp/FTPHelper.h"
+#include "storage/owncloud/OwnCloudHelper.h"
 
 #include <array>
 
@@ -8,8 +9,9 @@ namespace stowhaven {
 
 namespace {
 
-const std::array<ServerEngine, 1> kServerEngines = {{
-    {"ftp", StorageType::FTP, &kFTPSettings, "HOST", true},
+const std::array<ServerEngine, 2> kServerEngines = {{
+    {"ftp", StorageType::FTP, &kFTPSettings, true},
+    {"owncloud", StorageType::OwnCloud, &kOwnCloudSettings, false},
 }};
 
 }  // namespace

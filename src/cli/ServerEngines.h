@@ -14,9 +14,8 @@ struct ServerEngine {
     const char* name;
     StorageType type;
     const ServerSettings* settings;
-    // What the host is called: "HOST" for FTP, "URL" for a WebDAV share.
-    const char* hostWord;
-    // FTP alone takes a port and a mode of its own; a URL carries its port.
+    // FTP alone takes a host with a port and a mode of its own; a WebDAV share is a URL,
+    // which carries its port.
     bool takesPortAndMode;
 };
 

@@ -42,7 +42,8 @@ void ServerStorageCommands::add(CLI::App& storage) {
         storage.add_subcommand("logout", "End the connection and go back to local storage")->require_subcommand(1);
     for (const ServerEngine& engine : serverEngines()) {
         CLI::App* login = login_->add_subcommand(engine.name, "Prove the server, save it and make it current");
-        login->add_option("host", host_, "The server's address")->required();
+        login->add_option("host", host_, engine.takesPortAndMode ? "The server's address" : "The share's URL")
+            ->required();
         if (engine.takesPortAndMode) {
             login->add_option("--port", port_, "The server's port (21)");
             login->add_flag("--active", active_, "Active mode: the server opens the data connections");

@@ -15,15 +15,13 @@ constexpr std::chrono::milliseconds kTransferPoll{5};
 
 }  // namespace
 
+// Up to the nearest folder that is there, then down, making each: the folders above a share
+// (WebDAV's "/owncloud/remote.php") can be neither listed nor made.
 bool RemoteFolders::createDirectoryWithParents(const std::string& path) {
-    std::string made;
-    for (const auto& component : std::filesystem::path(path).relative_path()) {
-        made += "/" + component.string();
-        // A folder that is there already refuses to be made; its listing tells.
-        if (!createDirectory(made) && !listDirectory(made)) return false;
-    }
-    setErrorMessage(std::nullopt);
-    return true;
+    if (listDirectory(path)) return true;
+    const std::string parent = std::filesystem::path(path).parent_path().string();
+    if (parent.size() > 1 && parent != path && !createDirectoryWithParents(parent)) return false;
+    return createDirectory(path);
 }
 
 std::optional<std::int64_t> RemoteFolders::sizeOfFileToSend(const std::string& localPath) {

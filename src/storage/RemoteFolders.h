@@ -42,7 +42,7 @@ public:
     // Fetches the remote file to the local path; nothing is left there after a failure.
     virtual bool getFile(const std::string& remotePath, const std::string& localPath) = 0;
 
-    // Each missing folder of PATH, from the top; a folder that is there already is listed.
+    // PATH with each missing folder above it.
     bool createDirectoryWithParents(const std::string& path);
 
 protected:

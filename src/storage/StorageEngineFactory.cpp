@@ -3,6 +3,7 @@
 #include "storage/StorageEngines.h"
 #include "storage/ftp/FTPHelper.h"
 #include "storage/local/LocalStorageHelper.h"
+#include "storage/owncloud/OwnCloudHelper.h"
 
 namespace stowhaven {
 
@@ -14,13 +15,16 @@ std::shared_ptr<StorageHelperProtocol> createStorageEngine(StorageType type) {
         case StorageType::SkyDrive:
         case StorageType::Box:
         case StorageType::GDrive:
-        case StorageType::OwnCloud:
             // Made by the factory its engine registered, if any.
             return StorageEngines::create(type);
         case StorageType::FTP:
             // A factory registered in its place (a test's) goes first.
             if (auto engine = StorageEngines::create(type)) return engine;
             return FTPHelper::createFTPHelper();
+        case StorageType::OwnCloud:
+            // Likewise.
+            if (auto engine = StorageEngines::create(type)) return engine;
+            return OwnCloudHelper::createOwnCloudHelper();
         case StorageType::Local:
             break;
     }

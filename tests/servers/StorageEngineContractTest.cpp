@@ -8,9 +8,11 @@
 #include "storage/StorageLayout.h"
 #include "storage/ftp/FTPHelper.h"
 #include "storage/local/LocalStorageHelper.h"
+#include "storage/owncloud/OwnCloudHelper.h"
 #include "support/FtpServer.h"
 #include "support/StorageRequest.h"
 #include "support/SupervisorScope.h"
+#include "support/WebDavServer.h"
 
 #include <gtest/gtest.h>
 
@@ -51,10 +53,26 @@ private:
     test::FtpServer server_;
 };
 
+class OwnCloudEngine final : public EngineUnderTest {
+public:
+    explicit OwnCloudEngine(test::SupervisorScope& scope, const test::WebDavServerOptions& options = {})
+        : server_(options) {
+        const WebDavAccount account = server_.account();
+        ServerCredentials{account.baseUrl, "", account.login, account.password,
+                          std::string(test::WebDavServer::kSharePath) + "/Stowhaven"}
+            .storeAsCurrent(kOwnCloudSettings);
+        scope.supervisor().setStorageToOwnCloud();
+    }
+    std::shared_ptr<StorageHelperProtocol> start() override { return OwnCloudHelper::createOwnCloudHelper(); }
+
+private:
+    test::WebDavServer server_;
+};
+
 struct EngineKind {
     const char* name;
     std::function<std::unique_ptr<EngineUnderTest>(test::SupervisorScope&)> make;
-    bool needsFtpServer = false;
+    std::function<bool()> isAvailable = [] { return true; };
 };
 
 void PrintTo(const EngineKind& kind, std::ostream* out) { *out << kind.name; }
@@ -62,7 +80,7 @@ void PrintTo(const EngineKind& kind, std::ostream* out) { *out << kind.name; }
 class StorageEngineContractTest : public ::testing::TestWithParam<EngineKind> {
 protected:
     void SetUp() override {
-        if (GetParam().needsFtpServer) STOWHAVEN_SKIP_WITHOUT_FTP_SERVER();
+        if (!GetParam().isAvailable()) GTEST_SKIP() << GetParam().name << "'s test server isn't installed";
         storage_ = GetParam().make(scope_);
         engine_ = storage_->start();
         ASSERT_TRUE(engine_) << "the engine starts";
@@ -166,11 +184,33 @@ TEST_P(StorageEngineContractTest, AFileThatIsntThereFailsTheRequestWithAnError) 
     EXPECT_FALSE(FileManager::fileExists(TemporaryDirectory::path() + "/NOTES-009")) << "nothing half fetched";
 }
 
+// Device folders on a WebDAV share are the user's to rename and delete: the engine refuses,
+// through the failure hook, so that no caller waits, and the folders stay as they are.
+TEST(OwnCloudDeviceFoldersTest, AreLeftToTheUserWithoutLeavingTheCallerWaiting) {
+    STOWHAVEN_SKIP_WITHOUT_WEBDAV_SERVER();
+    test::SupervisorScope scope;
+    OwnCloudEngine storage(scope);
+    const auto engine = storage.start();
+    ASSERT_FALSE(engine->hasError()) << *engine->errorMessage();
+    const std::string device = scope.supervisor().deviceName();
+    EXPECT_TRUE(test::request(*engine, [&] { engine->moveFromPath(device, "Renamed"); }).failed);
+    EXPECT_TRUE(test::request(*engine, [&] { engine->deleteBackupForDeviceId(device); }).failed);
+    EXPECT_EQ(engine->availableDeviceBackups(), std::vector<std::string>{device});
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Engines, StorageEngineContractTest,
     ::testing::Values(
         EngineKind{"Local", [](test::SupervisorScope& scope) { return std::make_unique<LocalEngine>(scope); }},
-        EngineKind{"Ftp", [](test::SupervisorScope& scope) { return std::make_unique<FtpEngine>(scope); }, true}),
+        EngineKind{"Ftp", [](test::SupervisorScope& scope) { return std::make_unique<FtpEngine>(scope); },
+                   test::FtpServer::isAvailable},
+        EngineKind{"OwnCloud", [](test::SupervisorScope& scope) { return std::make_unique<OwnCloudEngine>(scope); },
+                   test::WebDavServer::isAvailable},
+        EngineKind{"OwnCloudOverHttps",
+                   [](test::SupervisorScope& scope) {
+                       return std::make_unique<OwnCloudEngine>(scope, test::WebDavServerOptions{.https = true});
+                   },
+                   test::WebDavServer::isAvailable}),
     [](const ::testing::TestParamInfo<EngineKind>& info) { return std::string(info.param.name); });
 
 }  // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/dispatch/Queue.h"
+#include "support/Eventually.h"
 
 #include <chrono>
 #include <cstddef>
@@ -11,19 +12,6 @@
 #include <utility>
 
 namespace stowhaven::test {
-
-// How long a test waits for something that should happen before calling it a failure.
-inline constexpr std::chrono::seconds kFailureGuard{10};
-
-// Waits, polling, until the condition holds; answers false if the guard runs out first.
-inline bool eventually(const std::function<bool()>& condition) {
-    const auto deadline = std::chrono::steady_clock::now() + kFailureGuard;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() >= deadline) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
 
 // A queue that keeps the blocks it is sent until the test runs them, so that a test can
 // see where a block landed and when.
