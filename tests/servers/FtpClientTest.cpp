@@ -51,58 +51,41 @@ const FtpEntry* entryNamed(const std::vector<FtpEntry>& entries, const std::stri
     return found == entries.end() ? nullptr : &*found;
 }
 
-TEST(FtpClientTest, KeepsAWholeTreeOnTheServerAndTakesItBack) {
+// The engine's round trip is the contract suite's; here what only the client shows: names a
+// shell or a URL would split, active mode, a failed download and deleteMatching.
+TEST(FtpClientTest, NamesAShellOrAUrlWouldSplitGoAndComeBackInActiveModeToo) {
     STOWHAVEN_SKIP_WITHOUT_FTP_SERVER();
     test::FtpServer server;
     const test::TestFolder local;
     FtpClient client(server.account());
     ASSERT_TRUE(client.connect()) << client.lastError();
 
-    // Names a shell or a URL would split or read as syntax.
     const std::string device = "/Stowhaven/Jo's \"phone\" #1 %2F";
-    const std::string session = device + "/2026-11-24_10~00~00";
-    for (const std::string& folder : {std::string("/Stowhaven"), device, session, session + "/apps"})
+    for (const std::string& folder : {std::string("/Stowhaven"), device})
         ASSERT_TRUE(client.createDirectory(folder)) << folder << ": " << client.lastError();
     const std::string archive = randomBytes(3 * 1024 * 1024 + 17);
     writeFile(local / "archive", archive);
     writeFile(local / "note", "note");
-    ASSERT_TRUE(transferSucceeds(client.startUpload(local / "archive", session + "/apps/data.tar")));
-    ASSERT_TRUE(transferSucceeds(client.startUpload(local / "note", session + "/stamp.stowhvn")));
-    ASSERT_TRUE(transferSucceeds(client.startUpload(local / "note", session + "/other.stowhvn")));
-    ASSERT_TRUE(transferSucceeds(client.startUpload(local / "note", session + "/keep.txt")));
-    EXPECT_EQ(readFile(server.folder() / "Stowhaven/Jo's \"phone\" #1 %2F/2026-11-24_10~00~00/apps/data.tar"), archive);
+    ASSERT_TRUE(transferSucceeds(client.startUpload(local / "archive", device + "/data.tar")));
+    for (const char* name : {"/a.stowhvn", "/b.stowhvn", "/keep.txt"})
+        ASSERT_TRUE(transferSucceeds(client.startUpload(local / "note", device + name)));
+    EXPECT_EQ(readFile(server.folder() / "Stowhaven/Jo's \"phone\" #1 %2F/data.tar"), archive);
 
-    const auto entries = client.list(session);
-    ASSERT_TRUE(entries) << client.lastError();
-    EXPECT_EQ(entries->size(), 4u);
-    ASSERT_TRUE(entryNamed(*entries, "apps"));
-    EXPECT_TRUE(entryNamed(*entries, "apps")->isDirectory);
-    ASSERT_TRUE(entryNamed(*entries, "keep.txt"));
-    EXPECT_FALSE(entryNamed(*entries, "keep.txt")->isDirectory);
-    EXPECT_EQ(entryNamed(*entries, "keep.txt")->size, 4);
-    EXPECT_EQ(client.sizeOf(session + "/apps/data.tar"), static_cast<std::int64_t>(archive.size()));
-
-    // A second client, in active mode, reads it back.
     auto activeAccount = server.account();
     activeAccount.passive = false;
     FtpClient active(activeAccount);
-    const auto download = active.startDownload(session + "/apps/data.tar", local / "back");
+    const auto download = active.startDownload(device + "/data.tar", local / "back");
     ASSERT_TRUE(download->waitUntilFinished(kLongestTransfer));
     EXPECT_TRUE(download->succeeded()) << download->error();
-    EXPECT_EQ(download->bytesDone(), static_cast<std::int64_t>(archive.size()));
     EXPECT_EQ(readFile(local / "back"), archive);
-    EXPECT_FALSE(transferSucceeds(active.startDownload(session + "/missing", local / "missing")));
+    EXPECT_FALSE(transferSucceeds(active.startDownload(device + "/missing", local / "missing")));
     EXPECT_FALSE(fs::exists(local / "missing"));
 
-    ASSERT_TRUE(client.rename(session, device + "/renamed")) << client.lastError();
-    ASSERT_TRUE(client.deleteMatching(device + "/renamed", "*.stowhvn")) << client.lastError();
-    const auto left = client.list(device + "/renamed");
+    ASSERT_TRUE(client.deleteMatching(device, "*.stowhvn")) << client.lastError();
+    const auto left = client.list(device);
     ASSERT_TRUE(left);
     EXPECT_EQ(left->size(), 2u);
     EXPECT_TRUE(entryNamed(*left, "keep.txt"));
-    ASSERT_TRUE(client.deleteTree(device + "/renamed")) << client.lastError();
-    ASSERT_TRUE(client.removeDirectory(device)) << client.lastError();
-    EXPECT_TRUE(fs::is_empty(server.folder() / "Stowhaven"));
     EXPECT_FALSE(client.removeDirectory(device));
     EXPECT_THAT(client.lastError(), HasSubstr("550"));
 }
