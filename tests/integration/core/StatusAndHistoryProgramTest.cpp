@@ -58,20 +58,24 @@ TEST_F(StatusAndHistoryProgramTest, WithoutAHistoryTheStatusSaysSo) {
         << outcome.output;
 }
 
+// Two of them a fifth of a second apart, in adjacent seconds: each has a stamp of its own,
+// so that neither can be hidden from a restore.
 TEST_F(StatusAndHistoryProgramTest, TheHistoryListsEverySessionNewestFirst) {
-    store(700000000, "First");
+    store(699999999.9, "Just before");
+    store(700000000.1, "First");
     store(700086400, "Second");
     store(700172800, "Third");
     const auto outcome = device_.run("history --json");
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     const auto history = nlohmann::json::parse(outcome.output);
-    ASSERT_EQ(history.size(), 3u) << history.dump();
+    ASSERT_EQ(history.size(), 4u) << history.dump();
     EXPECT_EQ(history[0]["title"], "Third");
     EXPECT_EQ(history[2]["title"], "First");
-    EXPECT_EQ(history[2]["date"], "2023-03-08T20:26:40Z");
+    EXPECT_EQ(history[2]["date"], "2023-03-08T20:26:40.100Z");
+    EXPECT_EQ(history[3]["title"], "Just before");
 
     const auto text = device_.run("history");
-    EXPECT_NE(text.output.find("3 session(s) on local storage\n2023-03-10T20:26:40Z  \"Third\""), std::string::npos)
+    EXPECT_NE(text.output.find("4 session(s) on local storage\n2023-03-10T20:26:40Z  \"Third\""), std::string::npos)
         << text.output;
 }
 

@@ -31,31 +31,6 @@ protected:
     }
 };
 
-const Dictionary kEveryKind = {
-    {"FTPPassive", true},
-    {"CurrentStorageType", 5},
-    {"MaximumBackupsInOwnCloud", std::numeric_limits<std::uint64_t>::max()},
-    {"MinDeviceBatteryLevel", 0.35},
-    {"FTPPassword", "p\u00e4ss w\u00f6rd \xf0\x9f\x94\x91"},
-    {"Backup_EncryptionKey", ""},
-    {"SKYDRIVE_TOKEN_EXPIRY_DATE", Date(447166800.123456789)},
-    {"icon", PlistValue::data(std::string("\0\x89PNG\0", 6))},
-    {"Photos_Backup", Array{"Camera Roll", "Holidays"}},
-    {"Restore_ArchivableFolders", Array{}},
-    {"FTPHosts", Dictionary{{"home", Dictionary{{"port", 21}, {"root", "/"}}}, {"empty", Dictionary{}}}},
-    {"archiveRoot", PlistValue::uid(1)},
-};
-
-TEST_F(PreferenceStoreTest, EveryKindOfValueSurvivesInANewStoreOnTheSameFile) {
-    {
-        PreferenceStore store(path_);
-        for (const auto& [key, value] : kEveryKind) EXPECT_TRUE(store.set(key, value)) << key;
-    }
-    EXPECT_TRUE(fileBytes().starts_with("bplist00")) << "written in binary, as the device does";
-    PreferenceStore reopened(path_);
-    for (const auto& [key, value] : kEveryKind) EXPECT_EQ(reopened.object(key), value) << key;
-}
-
 TEST_F(PreferenceStoreTest, StoredValuesComeBeforeRegisteredDefaultsWhichAreNeverWritten) {
     PreferenceStore store(path_);
     store.registerDefaults({{"CurrentStorageType", 5}, {"SoundEnabled", true}, {"RepeatSchedule", -1}});
