@@ -75,6 +75,25 @@ TEST_F(SessionStoreTest, ABackupOfPackagesAloneEndsWithItsHistoryFile) {
     EXPECT_FALSE(manager().backupTitle()) << "a title serves one backup";
 }
 
+// The tests' clock stands still: both backups are made in the same second.
+TEST_F(SessionStoreTest, TwoBackupsInOneSecondAreBothKeptUnderStampsASecondApart) {
+    manager().loadPackages();
+    std::vector<std::shared_ptr<BackupSession>> sessions;
+    for (const char* title : {"First", "Second"}) {
+        manager().setBackupTitle(title);
+        sessions.push_back(manager().createBackupSession(true));
+        manager().storeBackupData();
+    }
+
+    EXPECT_EQ(sessions[1]->sessionDate()->timeIntervalSinceDate(*sessions[0]->sessionDate()), 1.0);
+    for (const auto& session : sessions) {
+        const auto stored = readBack(StorageLayout::historyFileName(*session->sessionDate()));
+        ASSERT_TRUE(stored);
+        EXPECT_EQ(stored->title(), session->title());
+    }
+    EXPECT_EQ(engine_->existingFiles().size(), 2u);
+}
+
 TEST_F(SessionStoreTest, ABackupTakesTheAlbumsWhosePhotosAreChosen) {
     auto holidays = std::make_shared<PhotoVideoAlbum>("Holidays");
     holidays->setPhotos({"IMG_0001.JPG", "IMG_0002.JPG"});

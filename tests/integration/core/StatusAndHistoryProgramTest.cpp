@@ -1,4 +1,4 @@
-// "stowhaven status" and "stowhaven history" on a sandbox device with local storage.
+// "stowhaven status", "history" and "storage" on a sandbox device with local storage.
 
 #include "archive/HistoryText.h"
 #include "core/BackupSession.h"
@@ -77,6 +77,24 @@ TEST_F(StatusAndHistoryProgramTest, TheHistoryListsEverySessionNewestFirst) {
     const auto text = device_.run("history");
     EXPECT_NE(text.output.find("4 session(s) on local storage\n2023-03-10T20:26:40Z  \"Third\""), std::string::npos)
         << text.output;
+}
+
+TEST_F(StatusAndHistoryProgramTest, TheStorageCommandShowsTheEngineAndChangesItOnlyToOneThatExists) {
+    const auto shown = device_.run("storage");
+    ASSERT_EQ(shown.status, 0) << shown.errors;
+    EXPECT_NE(shown.output.find("Storage: local storage (type 5)"), std::string::npos) << shown.output;
+    EXPECT_NE(shown.output.find("Free space: "), std::string::npos);
+    EXPECT_NE(shown.output.find("Folder: " + device_.path(kStorageFolder)), std::string::npos);
+
+    ASSERT_EQ(device_.run("settings CurrentStorageType 0").status, 0);
+    const auto used = device_.run("storage use local");
+    ASSERT_EQ(used.status, 0) << used.errors;
+    EXPECT_EQ(used.output, "Storage is now local storage (type 5).\n");
+    EXPECT_EQ(device_.run("storage use floppy").status, 2);
+    const auto missing = device_.run("storage use dropbox");
+    EXPECT_EQ(missing.status, 2);
+    EXPECT_NE(missing.errors.find("not available"), std::string::npos) << missing.errors;
+    EXPECT_EQ(device_.run("settings CurrentStorageType").output, "5\n");
 }
 
 // A stored engine that can't start (this build has no Dropbox engine) gives way to local
