@@ -1,10 +1,16 @@
+#include "archive/HistoryText.h"
+#include "platform/FileManager.h"
+#include "platform/Shell.h"
 #include "platform/ShellQuote.h"
 #include "support/ProgramRun.h"
+#include "support/SampleSessions.h"
 #include "support/SandboxDevice.h"
+#include "support/SupervisorScope.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <fstream>
 
 namespace stowhaven {
@@ -121,6 +127,55 @@ TEST_F(ProgramTest, AnswersVersionAndHelpWithoutADevice) {
     const Outcome help = runProgram("--help");
     EXPECT_EQ(help.status, 0);
     EXPECT_NE(help.output.find("packages"), std::string::npos);
+}
+
+// A shared session's texts reach the owner's terminal: one crafted to act on the terminal (a
+// title that sets the window's name, clears the screen and writes over its own line) is shown
+// with its control characters as "?", in the program's output and in its log lines alike.
+TEST_F(ProgramTest, ASessionsControlCharactersNeverReachTheTerminal) {
+    const auto holdsControlCharacter = [](const std::string& text) {
+        return std::any_of(text.begin(), text.end(), [](char c) {
+            return (static_cast<unsigned char>(c) < 0x20 && c != '\n' && c != '\t') || c == 0x7f;
+        });
+    };
+    const test::SupervisorScope scope;
+    const test::TestFolder folder;
+    const auto session = test::fullSession();
+    session->setTitle(std::string("\x1b]2;owned\x07\x1b[2JTrip\r  restored\x7f"));
+    const std::string history = folder / "2024-09-12_08~00~00.stowhvn";
+    ASSERT_TRUE(FileManager::writeFile(history, *HistoryText::encode(session)));
+
+    const auto outcome = device_->run("--verbose inspect " + ShellQuote::path(history));
+
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    EXPECT_NE(outcome.output.find("?]2;owned??[2JTrip?  restored?"), std::string::npos) << outcome.output;
+    EXPECT_FALSE(holdsControlCharacter(outcome.output));
+    EXPECT_FALSE(holdsControlCharacter(outcome.errors));
+}
+
+// On a copy of a device the program changes the copy and nothing of the machine it runs on.
+TEST_F(ProgramTest, TheNetworkInterfaceOfTheMachineIsLeftAloneOnADeviceRoot) {
+    const test::TestFolder folder;
+    // An ifconfig of the test's own, first on the path, that writes down what it was given.
+    const std::string record = folder / "ifconfig-ran";
+    const std::string tool = folder / "bin/ifconfig";
+    test::runCommand("mkdir " + ShellQuote::path(folder / "bin") + " && printf '#!/bin/sh\\necho \"$@\" >> %s\\n' " +
+                     ShellQuote::path(ShellQuote::path(record)) + " > " + ShellQuote::path(tool) + " && chmod 755 " +
+                     ShellQuote::path(tool));
+    const std::string path = "PATH=" + ShellQuote::path((folder / "bin") + ":/usr/bin:/bin") + " ";
+    // The program's own command line would find it there.
+    test::runCommand(path + "sh -c '" + Shell::wrap("ifconfig probe") + "'");
+    ASSERT_EQ(FileManager::contentsOfFile(record), "probe\n");
+    ASSERT_TRUE(FileManager::removeItem(record));
+
+    // At start and again as the settings are read.
+    const auto outcome = device_->run("--verbose status", path);
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    EXPECT_FALSE(FileManager::fileExists(record)) << *FileManager::contentsOfFile(record);
+    EXPECT_NE(outcome.errors.find("Not run on the device root <" + device_->root() +
+                                  ">, as it acts on the running system: ifconfig en0 mtu 1400"),
+              std::string::npos)
+        << outcome.errors;
 }
 
 }  // namespace
