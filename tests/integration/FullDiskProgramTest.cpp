@@ -1,7 +1,7 @@
 // A small file system mounted over the program's temporary folder or over the local
 // storage, as a full disk: the job fails with the tool's word and status 1, the earlier
 // session stays byte for byte, no new session stands, nothing is left in the temporary
-// folder and the package database is left consistent.
+// folder and the package database is left consistent. And a device tool that can't run.
 
 #include "platform/ShellQuote.h"
 #include "support/FolderSnapshot.h"
@@ -101,6 +101,20 @@ TEST_F(FullDiskProgramTest, ARestoreThatFillsTheTemporaryFolderUnpacksNothingAnd
     EXPECT_TRUE(fs::is_empty(device_.path(kTemporaryFolder)));
     EXPECT_EQ(test::runCommand("dpkg --admindir=" + ShellQuote::path(device_.root() + "/var/lib/dpkg") + " --audit"),
               "");
+}
+
+// In a mount namespace of the test's own, the empty device file stands over the host's split,
+// which the shell then can't find or run: the program names the tool at start, and the
+// backup fails naming the tool and the step.
+TEST_F(FullDiskProgramTest, ABackupWithoutSplitFailsNamingItAndStoresNoSession) {
+    const auto backup =
+        device_.run("backup --yes", "unshare -m sh -c 'mount --bind /dev/null /usr/bin/split && exec \"$0\" \"$@\"' ");
+
+    EXPECT_EQ(backup.status, 1);
+    EXPECT_NE(backup.errors.find("stowhaven: the device has no split:"), std::string::npos) << backup.errors;
+    EXPECT_NE(backup.errors.find("the backup failed: split couldn't cut into parts"), std::string::npos)
+        << backup.errors;
+    EXPECT_TRUE(fs::is_empty(device_.path(kStorageFolder))) << "no session stands";
 }
 
 }  // namespace
