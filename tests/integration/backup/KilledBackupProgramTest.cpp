@@ -1,7 +1,8 @@
 // "stowhaven backup" killed with SIGKILL at one step after another of its run, on a sandbox
 // device with local storage: the sessions stored before stay byte for byte as they were,
 // every history file on the storage reads, the settings read, and the next start clears
-// what the killed run left half written.
+// what the killed run left half written. While one backup runs, a second program refuses
+// any job on the device.
 
 #include "platform/FileManager.h"
 #include "platform/ShellQuote.h"
@@ -17,6 +18,8 @@
 
 #include <cerrno>
 #include <chrono>
+#include <filesystem>
+#include <regex>
 #include <thread>
 
 namespace stowhaven {
@@ -116,6 +119,40 @@ TEST_F(KilledBackupProgramTest, AKillAtAnyStepKeepsTheStoredSessionsAndTheNextSt
     waitForTheNextSecond();
     const auto whole = device_.run("backup --yes --title Last");
     EXPECT_EQ(whole.status, 0) << whole.errors;
+}
+
+// The second program names the running one and leaves its working files alone; once the
+// first is killed, nothing of it stands in the way.
+TEST_F(KilledBackupProgramTest, ASecondProgramRefusesAJobWhileOneRunsAndLeavesItsWorkingFiles) {
+    namespace fs = std::filesystem;
+    const std::string temporary = device_.path("/var/tmp/stowhaven");
+    test::TerminalProgram first("--root " + ShellQuote::path(device_.root()) + " --verbose backup --yes");
+    ASSERT_TRUE(first.waitFor("Creating data dir for <Preferences>")) << first.screen();
+    first.signal(SIGSTOP);
+    // Working files of the running job, named as the sweeps at start delete them.
+    const std::vector<std::string> working = {"KEPT-000", "kept.idx", "pkgkept", "4kept", "debs/kept.deb"};
+    for (const std::string& name : working) {
+        FileManager::createDirectory(fs::path(temporary + "/" + name).parent_path().string(), true);
+        ASSERT_TRUE(FileManager::writeFile(temporary + "/" + name, "part of the running backup"));
+    }
+
+    for (const char* job : {"backup --yes", "restore --yes"}) {
+        const auto second = device_.run(job);
+        EXPECT_EQ(second.status, 1) << job;
+        std::smatch running;
+        ASSERT_TRUE(std::regex_search(
+            second.errors, running, std::regex("A backup started on .* by process ([0-9]+) is running on this device")))
+            << job << ": " << second.errors;
+        EXPECT_EQ(fs::read_symlink("/proc/" + running[1].str() + "/exe"), fs::path(STOWHAVEN_PROGRAM))
+            << "the process named is the first program";
+    }
+    for (const std::string& name : working) EXPECT_TRUE(FileManager::fileExists(temporary + "/" + name)) << name;
+
+    first.signal(SIGKILL);
+    EXPECT_EQ(first.finish(), -1);
+    // The lock went with the killed process: the next start sweeps what it left.
+    ASSERT_EQ(device_.run("status").status, 0);
+    for (const std::string& name : working) EXPECT_FALSE(FileManager::fileExists(temporary + "/" + name)) << name;
 }
 
 }  // namespace
