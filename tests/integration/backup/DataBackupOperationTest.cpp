@@ -1,21 +1,29 @@
 // The data operations of a backup on a sandbox device, with the real tar, split and openssl:
 // how a kind's folder becomes parts of the part size listed in an index, which sets are
-// skipped, how a cancel and a failure end one kind and not the next, and what the parts hold.
+// skipped, how a cancel and a failure end one kind and not the next, and what the parts hold,
+// the camera roll's among them. (The program's own round trip covers the other kinds.)
 
 #include "archive/BuiltInCipherKey.h"
+#include "backup/BackupOperation.h"
 #include "backup/PreferenceFilesBackupOperation.h"
 #include "backup/StockDataBackupOperations.h"
 #include "core/BackupSession.h"
 #include "core/CydiaFileManager.h"
 #include "core/ProcessFlags.h"
 #include "core/Supervisor.h"
+#include "items/ArchivableFolders.h"
 #include "items/DeviceItems.h"
+#include "items/PhotoVideoAlbum.h"
+#include "items/PhotoVideoManager.h"
 #include "platform/FileManager.h"
 #include "platform/ShellQuote.h"
+#include "platform/Strings.h"
+#include "platform/dispatch/NotificationCenter.h"
 #include "storage/StorageEngines.h"
 #include "storage/StorageLayout.h"
 #include "storage/local/LocalStorageHelper.h"
 #include "support/NullStorageEngine.h"
+#include "support/OperationRun.h"
 #include "support/SandboxDevice.h"
 #include "support/SupervisorScope.h"
 #include "support/TestFolder.h"
@@ -24,6 +32,9 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <any>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -241,12 +252,54 @@ TEST_F(DataBackupOperationTest, WithEncryptionOnThePartsOpenWithTheBuiltInPassPh
     EXPECT_EQ(FileManager::contentsOfFile(unpacked + "/var/mobile/Library/Notes/notes.sqlite"), notesBytes);
 }
 
-class DataBackupOfPreferencesTest : public DataBackupOperationTest {
-protected:
-    DataBackupOfPreferencesTest() : DataBackupOperationTest("demo") {}
+// An engine that refuses to store a history file and notes what it is asked to delete.
+class RefusingEngine final : public test::NullStorageEngine {
+public:
+    std::optional<std::string> errorMessage() const override { return "The storage is full"; }
+    void deleteBackupSession(const std::shared_ptr<BackupSession>& session) override { deleted.push_back(session); }
+    std::vector<std::shared_ptr<BackupSession>> deleted;
 };
 
-TEST_F(DataBackupOfPreferencesTest, ThePackageManagersSettingsAreAlwaysKept) {
+// The refused record of a whole backup goes from the catalogue and from the storage, but the
+// backup before it stays, however many times the closing runs.
+TEST_F(DataBackupOperationTest, AFailedBackupOnTheDefaultStorageTakesOnlyItsOwnRecordAway) {
+    std::vector<std::string> texts;
+    const auto observer = NotificationCenter::defaultCenter().addObserver(
+        "UPDATE_PROGRESS_TEXT", nullptr, [&texts](const Notification& notice) {
+            if (const auto* text = std::any_cast<std::string>(&notice.object)) texts.push_back(*text);
+        });
+    const auto engine = std::make_shared<RefusingEngine>();
+    StorageEngines::registerFactory(StorageType::Local, [engine] { return engine; });
+    StorageEngines::create(StorageType::Local);
+    scope_.supervisor().setStorageToLocal();
+    gAutoScanPkgEnabled = true;
+    gAutoScanStockAppsEnabled = true;
+    CydiaFileManager& catalogue = CydiaFileManager::shared();
+    catalogue.loadPackages();
+    scope_.services.clock.time = std::chrono::system_clock::from_time_t(1795000000);
+    auto earlier = std::make_shared<BackupSession>();
+    earlier->setSessionDate(Date(700000000));
+    catalogue.processBackupData({earlier}, false);
+
+    runOperation(std::make_shared<BackupOperation>());
+    // A second failure notice, as an engine may post, reaches the same run.
+    NotificationCenter::defaultCenter().post("BACKUP_FAILED");
+    scope_.serveMainQueue();
+    NotificationCenter::defaultCenter().removeObserver(observer);
+
+    ASSERT_EQ(catalogue.backupSessions().size(), 1U);
+    EXPECT_EQ(catalogue.backupSessions().front(), earlier);
+    ASSERT_EQ(engine->deleted.size(), 1U);
+    EXPECT_NE(engine->deleted.front(), earlier);
+    EXPECT_NE(std::find(texts.begin(), texts.end(), Strings::localized("CLOUD_UPLOAD_FAILED")), texts.end());
+}
+
+class DataBackupOnTheDemoDeviceTest : public DataBackupOperationTest {
+protected:
+    DataBackupOnTheDemoDeviceTest() : DataBackupOperationTest("demo") {}
+};
+
+TEST_F(DataBackupOnTheDemoDeviceTest, ThePackageManagersSettingsAreAlwaysKept) {
     CydiaFileManager& catalogue = CydiaFileManager::shared();
     catalogue.buildPreferencesData();
     // The user takes none of the preference files the package manager's settings don't
@@ -262,6 +315,44 @@ TEST_F(DataBackupOfPreferencesTest, ThePackageManagersSettingsAreAlwaysKept) {
     EXPECT_EQ(preferences.operationResult(), 0);
     EXPECT_EQ(membersOf(joinedParts("PREFERENCES")),
               std::vector<std::string>{std::string(DeviceItems::kCydiaPreferencesPath).substr(1)});
+}
+
+// The camera roll's photos go with the library's own data, its videos alone, and no cache.
+TEST_F(DataBackupOnTheDemoDeviceTest, TheChosenPhotosAndVideosEachTakeTheirOwnFilesOfTheCameraRoll) {
+    auto album = std::make_shared<PhotoVideoAlbum>("Camera Roll");
+    album->setPhotos({"IMG_0001.JPG"});
+    album->setVideos({"IMG_0005.MOV"});
+    album->setPhotoSelected(true);
+    album->setVideoSelected(true);
+    album->setPhotoSize(0.1);
+    album->setVideoSize(0.1);
+    album->setAllAccounted(true);
+    PhotoVideoManager::shared().setPhotoVideoAlbums({album}, true);
+    for (auto* flag :
+         {&gAutoScanPkgEnabled, &gAutoScanStockAppsEnabled, &gAutoScanPhotosEnabled, &gAutoScanVideosEnabled}) {
+        *flag = true;
+    }
+    scope_.services.clock.time = kSessionDate.timePoint();
+    CydiaFileManager& catalogue = CydiaFileManager::shared();
+    catalogue.loadPackages();
+    ArchivableFolders::resetFolder();
+
+    runOperation(std::make_shared<BackupOperation>());
+    PhotoVideoManager::shared().setPhotoVideoAlbums({}, false);
+
+    ASSERT_TRUE(catalogue.hasSuccessfullySaveData());
+    const auto photos = membersOf(joinedParts("PHOTOS"));
+    const auto videos = membersOf(joinedParts("VIDEOS"));
+    const auto holds = [](const std::vector<std::string>& members, const std::string& member) {
+        return std::find(members.begin(), members.end(), member) != members.end();
+    };
+    EXPECT_TRUE(holds(photos, "var/mobile/Media/DCIM/100APPLE/IMG_0001.JPG"));
+    EXPECT_TRUE(holds(photos, "var/mobile/Media/PhotoData/Photos.sqlite"));
+    EXPECT_TRUE(holds(videos, "var/mobile/Media/DCIM/100APPLE/IMG_0005.MOV"));
+    for (const std::string& member : photos) {
+        EXPECT_FALSE(member.ends_with(".MOV") || member.find("/Caches/") != std::string::npos) << member;
+    }
+    for (const std::string& member : videos) EXPECT_FALSE(member.ends_with(".JPG")) << member;
 }
 
 }  // namespace
