@@ -1,8 +1,10 @@
 // The restore of a session's packages onto the minimal sandbox device by the real apt-get:
-// which packages are tried, and identifiers no shell may read. (The program's round trip
-// installs from the repository and from the session's .deb files.)
+// which packages are tried, and identifiers no shell may read; and how every whole restore
+// ends. (The program's round trip installs from the repository and from the session's .deb
+// files.)
 
 #include "restore/PackagesRestoreOperation.h"
+#include "restore/RestoreOperation.h"
 
 #include "core/BackupSession.h"
 #include "core/CydiaFileManager.h"
@@ -10,10 +12,12 @@
 #include "platform/FileManager.h"
 #include "platform/ShellQuote.h"
 #include "support/CatalogueFixture.h"
+#include "support/OperationRun.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <memory>
 #include <string>
 #include <vector>
@@ -104,6 +108,29 @@ TEST_F(PackagesRestoreOperationTest, IdentifiersThatAreNoPackageNamesNeverReachT
         EXPECT_NE(package->installLog()->find("<" + identifier + ">"), std::string::npos) << *package->installLog();
         EXPECT_FALSE(isCurrent(package)) << identifier;
     }
+}
+
+// The data folders go back to the user "mobile" after every restore, even one with nothing
+// chosen, and the screens hear of the end.
+TEST_F(PackagesRestoreOperationTest, EveryRestoreEndsByGivingTheDataFoldersBackToMobile) {
+    auto session = std::make_shared<BackupSession>();
+    session->setSessionDate(Date(kSessionDate));
+    CydiaFileManager::shared().processBackupData({session}, false);
+    CydiaFileManager::shared().changeCurrentBackupSessionTo(session);
+    std::atomic<int> done = 0;
+    const auto observer = NotificationCenter::defaultCenter().addObserver("RESTORE_DONE", nullptr,
+                                                                          [&done](const Notification&) { ++done; });
+
+    runOperation(std::make_shared<RestoreOperation>());
+    NotificationCenter::defaultCenter().removeObserver(observer);
+
+    CydiaFileManager::shared().waitForCleanUpJobs();
+    const auto& commands = scope_.services.shell.commands;
+    for (const char* folder : {"/var/mobile/Library/Calendar", "/var/mobile/Library/Notes"}) {
+        const std::string command = "chown -R mobile:mobile \"" + device_.path(folder) + "\"";
+        EXPECT_NE(std::find(commands.begin(), commands.end(), command), commands.end()) << folder;
+    }
+    EXPECT_EQ(done, 1);
 }
 
 }  // namespace
