@@ -1,4 +1,5 @@
 #include "cli/TerminalPrompt.h"
+#include "cli/TextWrap.h"
 
 #include <gtest/gtest.h>
 
@@ -102,6 +103,13 @@ TEST(TerminalPromptTest, ChoosingFromAListGivesTheIndexAndZeroGoesBack) {
     ScriptedLines back{"0"}, ended{};
     EXPECT_EQ(TerminalPrompt(back, out, 80).choose("Restore", options), std::nullopt);
     EXPECT_EQ(TerminalPrompt(ended, out, 80).choose("Restore", options), std::nullopt);
+}
+
+// The prompt test shows plain wrapping, the progress bar test the columns of multi-byte text.
+TEST(TextWrapTest, NewlinesAndIndentationStayAndLongWordsStayWhole) {
+    EXPECT_EQ(wrapped("Missing:\n  com.example.tweak\n\nGo on?", 10), "Missing:\n  com.example.tweak\n\nGo on?");
+    EXPECT_EQ(wrapped("  see /var/mobile/Library/Preferences now", 12), "  see\n/var/mobile/Library/Preferences\nnow");
+    EXPECT_EQ(wrapped("Stowhaven™ is ready", 16), "Stowhaven™ is\nready") << "™ is one column";
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include "platform/DeviceFacts.h"
+#include "platform/DeviceRoot.h"
 #include "platform/plist/PlistCodec.h"
 #include "support/DeviceRootScope.h"
 #include "support/TestFolder.h"
@@ -28,6 +29,16 @@ TEST_F(DeviceFactsTest, ComeFromWhereTheDeviceImageKeepsThem) {
                PlistFormat::Binary);
 
     EXPECT_EQ(DeviceFactsReader::read(), (DeviceFacts{"3f2a9c", "Ann's iPhone", "iPhone7,2", "8.1.2"}));
+}
+
+// Paths on "/" and on another root show in the command lines and every sandbox test.
+TEST(DeviceRootTest, RelativeAndUntidyRootsAreMadeAbsolute) {
+    const test::DeviceRootScope putBackAfterwards("/");
+    ASSERT_TRUE(DeviceRoot::set("/srv/./devices//phone/../tablet"));
+    EXPECT_EQ(DeviceRoot::get(), "/srv/devices/tablet");
+    ASSERT_TRUE(DeviceRoot::set("relative-device"));
+    EXPECT_TRUE(DeviceRoot::get().starts_with("/"));
+    EXPECT_TRUE(DeviceRoot::get().ends_with("/relative-device"));
 }
 
 }  // namespace
