@@ -12,7 +12,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <string>
 #include <thread>
+#include <vector>
 
 namespace stowhaven {
 namespace {
@@ -20,6 +22,7 @@ namespace {
 using namespace std::chrono_literals;
 using test::eventually;
 using test::kFailureGuard;
+using test::RecordingQueue;
 using Priority = GlobalQueue::Priority;
 
 TEST(GlobalQueueTest, EachPriorityRunsBlocksSideBySideOffTheMainThread) {
@@ -118,6 +121,65 @@ TEST_F(DispatchExitTest, ABlockMayEndTheProcess) {
             Semaphore().wait();
         },
         testing::ExitedWithCode(0), "");
+}
+
+TEST(DispatchTimerTest, ShutdownDropsWaitingBlocksAndLaterOnes) {
+    RecordingQueue queue;
+    DispatchTimer timer;
+    auto capture = std::make_shared<int>();
+    const std::weak_ptr<int> waiting = capture;
+    timer.schedule(1h, queue, [capture] {});
+    capture.reset();
+    EXPECT_FALSE(waiting.expired());
+
+    timer.shutdown();
+    EXPECT_TRUE(waiting.expired());
+
+    auto lateCapture = std::make_shared<int>();
+    const std::weak_ptr<int> late = lateCapture;
+    timer.schedule(0s, queue, [lateCapture] {});
+    lateCapture.reset();
+    EXPECT_TRUE(late.expired());
+    EXPECT_EQ(queue.pendingCount(), 0u);
+}
+
+// The order is the order of the due times, whatever the order of scheduling and however
+// late the timer's thread comes to them.
+TEST(DispatchAfterTest, BlocksRunOnTheirQueueInTheOrderTheyAreDue) {
+    auto& mainQueue = MainQueue::shared();
+    mainQueue.bindToCurrentThread();
+    std::vector<std::string> ran;
+    bool ranOnMainThread = false;
+    dispatchAfter(200ms, mainQueue, [&] {
+        ran.push_back("after 200ms");
+        ranOnMainThread = mainQueue.isMainThread();
+    });
+    dispatchAfter(50ms, mainQueue, [&] { ran.push_back("after 50ms"); });
+    ASSERT_TRUE(mainQueue.runUntil([&] { return ran.size() == 2; }, kFailureGuard));
+    EXPECT_EQ(ran, (std::vector<std::string>{"after 50ms", "after 200ms"}));
+    EXPECT_TRUE(ranOnMainThread);
+
+    Semaphore ranInTheBackground;
+    std::atomic<bool> onMainThread = true;
+    dispatchAfter(10ms, GlobalQueue::get(GlobalQueue::Priority::Background), [&] {
+        onMainThread = mainQueue.isMainThread();
+        ranInTheBackground.signal();
+    });
+    ASSERT_TRUE(ranInTheBackground.wait(kFailureGuard));
+    EXPECT_FALSE(onMainThread);
+}
+
+// Waits that another thread's signal ends are in every queue test; here the count.
+TEST(SemaphoreTest, EachSignalLetsExactlyOneWaitThrough) {
+    Semaphore semaphore(1);
+    semaphore.signal();
+    EXPECT_TRUE(semaphore.wait(kFailureGuard));
+    EXPECT_TRUE(semaphore.wait(kFailureGuard));
+    EXPECT_FALSE(semaphore.wait(0s));
+
+    semaphore.signal();
+    semaphore.wait();
+    EXPECT_FALSE(semaphore.wait(0s));
 }
 
 }  // namespace
