@@ -9,6 +9,7 @@
 #   fuzz_vcard_note      shared vCards and address-book notes, old and current
 #   fuzz_package_files   the package scan, the package manager's settings and apt list
 #   fuzz_restore_log     session package lines and apt-get's install logs
+#   fuzz_multistatus     a WebDAV share's PROPFIND reply
 # Each target's output goes to build-fuzz/logs/TARGET.log, ending with its final stats.
 # The tar target's corpus is then read by the host's tar too, which must read the same names.
 # Findings stay in build-fuzz/findings/TARGET/; a finding fails the script. CPU is shared:
@@ -20,7 +21,7 @@ seconds=${1:-600}
 shift || true
 targets=("$@")
 [ ${#targets[@]} -gt 0 ] || targets=(fuzz_history_text fuzz_keyed_archive fuzz_tar_listing fuzz_plist
-  fuzz_vcard_note fuzz_package_files fuzz_restore_log)
+  fuzz_vcard_note fuzz_package_files fuzz_restore_log fuzz_multistatus)
 
 # libstdc++ 12's <source_location> needs clang 15 or later; Debian 12 has clang 16.
 clang=clang++-16
