@@ -5,6 +5,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -26,6 +27,12 @@ public:
     using Job = std::function<TransferOutcome(TransferProgress& progress)>;
 
     explicit ThreadedTransfer(Job job) : thread_([this, job = std::move(job)] { finish(job(progress_)); }) {}
+    // One that has failed with ERROR before it began.
+    static std::unique_ptr<ThreadedTransfer> failed(std::string error) {
+        return std::make_unique<ThreadedTransfer>([error = std::move(error)](TransferProgress&) {
+            return TransferOutcome{false, error};
+        });
+    }
     ~ThreadedTransfer() override {
         abort();
         thread_.join();

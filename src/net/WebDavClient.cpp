@@ -128,11 +128,7 @@ struct WebDavClient::Connection {
     std::unique_ptr<Transfer> startTransfer(
         const std::string& path,
         std::function<TransferOutcome(CurlHandle&, const WebDavAccount&, TransferProgress&)> job) {
-        if (!check({&path})) {
-            return std::make_unique<ThreadedTransfer<Transfer>>([error = lastError](TransferProgress&) {
-                return TransferOutcome{false, error};
-            });
-        }
+        if (!check({&path})) return ThreadedTransfer<Transfer>::failed(lastError);
         return std::make_unique<ThreadedTransfer<Transfer>>(
             [curl = curl, account = account, job = std::move(job)](TransferProgress& progress) {
                 return job(*curl, account, progress);
