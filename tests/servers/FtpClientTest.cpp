@@ -2,47 +2,28 @@
 
 #include "support/FtpServer.h"
 #include "support/TestFolder.h"
+#include "support/TransferFiles.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <random>
-#include <sstream>
 
 namespace stowhaven {
 namespace {
 
 namespace fs = std::filesystem;
+using test::kLongestTransfer;
+using test::randomBytes;
+using test::readFile;
+using test::transferSucceeds;
+using test::writeFile;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-// Only a hung client makes a test wait this long.
-constexpr std::chrono::minutes kLongestTransfer{2};
-
-std::string randomBytes(std::size_t count) {
-    std::mt19937 generator(7);
-    std::string bytes(count, '\0');
-    for (char& byte : bytes) byte = static_cast<char>(generator());
-    return bytes;
-}
-
-void writeFile(const fs::path& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
-
-std::string readFile(const fs::path& path) {
-    std::ostringstream bytes;
-    bytes << std::ifstream(path, std::ios::binary).rdbuf();
-    return bytes.str();
-}
-
 bool isPrintableLine(const std::string& text) {
     return std::none_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; });
-}
-
-bool transferSucceeds(std::unique_ptr<Transfer> transfer) {
-    return transfer->waitUntilFinished(kLongestTransfer) && transfer->succeeded();
 }
 
 const FtpEntry* entryNamed(const std::vector<FtpEntry>& entries, const std::string& name) {

@@ -1,6 +1,7 @@
 #include "net/WebDavClient.h"
 
 #include "support/TestFolder.h"
+#include "support/TransferFiles.h"
 #include "support/WebDavServer.h"
 
 #include <gmock/gmock.h>
@@ -8,45 +9,26 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <random>
-#include <sstream>
 
 namespace stowhaven {
 namespace {
 
 namespace fs = std::filesystem;
+using test::kLongestTransfer;
+using test::randomBytes;
+using test::readFile;
+using test::transferSucceeds;
+using test::writeFile;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
 
-// Only a hung client makes a test wait this long.
-constexpr std::chrono::minutes kLongestTransfer{2};
 const std::string kShare = test::WebDavServer::kSharePath;
-
-std::string randomBytes(std::size_t count) {
-    std::mt19937 generator(7);
-    std::string bytes(count, '\0');
-    for (char& byte : bytes) byte = static_cast<char>(generator());
-    return bytes;
-}
-
-void writeFile(const fs::path& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
-
-std::string readFile(const fs::path& path) {
-    std::ostringstream bytes;
-    bytes << std::ifstream(path, std::ios::binary).rdbuf();
-    return bytes.str();
-}
 
 std::string repeated(const std::string& text, std::size_t count) {
     std::string result;
     for (std::size_t done = 0; done < count; ++done) result += text;
     return result;
-}
-
-bool transferSucceeds(std::unique_ptr<Transfer> transfer) {
-    return transfer->waitUntilFinished(kLongestTransfer) && transfer->succeeded();
 }
 
 const WebDavEntry* entryNamed(const std::vector<WebDavEntry>& entries, const std::string& name) {
