@@ -9,7 +9,7 @@ _stowhaven() {
     done
     case $previous in
         --root) COMPREPLY=($(compgen -d -- "$current")); return ;;
-        --key-file|inspect|vcard) COMPREPLY=($(compgen -f -- "$current")); return ;;
+        --key-file|--password-file|inspect|vcard) COMPREPLY=($(compgen -f -- "$current")); return ;;
     esac
     local options
     case $command in
@@ -17,7 +17,7 @@ _stowhaven() {
         packages|items|status|history) options="--json" ;;
         settings) options="--json --show-secrets" ;;
         inspect) options="--json" ;;
-        storage) options="use" ;;
+        storage) options="use login hosts forget logout ftp owncloud --port --user --root --active --password-file --json" ;;
         share) options="vcard" ;;
         open) options="--yes stowhaven://autobackup" ;;
         backup) options="--yes --title --description --key-file" ;;
