@@ -3,6 +3,7 @@
 #include "cli/EngineChoice.h"
 #include "cli/RestoreLog.h"
 #include "cli/TerminalFlow.h"
+#include "cli/TextWrap.h"
 #include "core/CydiaFileManager.h"
 #include "core/Supervisor.h"
 #include "flows/MainLabels.h"
@@ -13,6 +14,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace stowhaven {
@@ -24,47 +26,52 @@ struct MenuItem {
     std::function<void()> action;
 };
 
+// A text of its own, wrapped to the terminal.
+void say(TerminalFlow& flow, std::string_view text) { fmt::print(flow.out(), "{}\n", wrapped(text, flow.width())); }
+
 void drawMainScreen(TerminalFlow& flow) {
     const Supervisor& supervisor = Supervisor::shared();
     const TerminalScreen& screen = flow.screen();
     const MainScreen::Labels& labels = screen.labels();
-    std::ostream& out = flow.out();
-    fmt::print(out, "\nStowhaven {} - {} ({}, {})\n", supervisor.version(), supervisor.deviceName(),
-               supervisor.devicePlatform(), supervisor.deviceSystemVersion());
-    fmt::print(out, "Mode: {:<10} Storage: {}\n", screen.backupMode() ? "backup" : "restore",
-               supervisor.storageEngineName());
-    fmt::print(out, "{:<14}{}\n{:<14}{}\n{:<14}{}\n{:<14}{}\n",
-               screen.backupMode() ? "Last backup:" : "Last restore:", labels.title, "", labels.description, "",
-               labels.date, "", labels.size);
+    // A label's text stands in a column of its own, its further lines under its first.
+    const auto labelled = [&flow](std::string_view label, std::string_view text) {
+        fmt::print(flow.out(), "{}\n", wrappedBehind(fmt::format("{:<14}", label), text, flow.width()));
+    };
+    fmt::print(flow.out(), "\n");
+    say(flow, fmt::format("Stowhaven {} - {} ({}, {})", supervisor.version(), supervisor.deviceName(),
+                          supervisor.devicePlatform(), supervisor.deviceSystemVersion()));
+    say(flow, fmt::format("Mode: {:<10} Storage: {}", screen.backupMode() ? "backup" : "restore",
+                          supervisor.storageEngineName()));
+    labelled(screen.backupMode() ? "Last backup:" : "Last restore:", labels.title);
+    for (const std::string& text : {labels.description, labels.date, labels.size}) labelled("", text);
     if (!screen.backupMode()) {
         if (const auto session = CydiaFileManager::shared().currentBackupSession(); session && session->sessionDate()) {
-            fmt::print(out, "{:<14}{} of {}\n", "To restore:", session->title().value_or("-"),
-                       gDisplayDateFormatter.stringFromDate(*session->sessionDate()));
+            labelled("To restore:", fmt::format("{} of {}", session->title().value_or("-"),
+                                                gDisplayDateFormatter.stringFromDate(*session->sessionDate())));
         }
     }
 }
 
-void showSettingsHint(std::ostream& out) {
-    fmt::print(out,
-               "The settings are listed by \"stowhaven settings\" and changed by \"stowhaven settings KEY VALUE\";\n"
-               "turn on what to back up with the AutoScan...Enabled keys. They count from the next start.\n");
+void showSettingsHint(TerminalFlow& flow) {
+    say(flow,
+        "The settings are listed by \"stowhaven settings\" and changed by \"stowhaven settings KEY VALUE\"; "
+        "turn on what to back up with the AutoScan...Enabled keys. They count from the next start.");
 }
 
 // The screens the flow opened, as far as the terminal has them.
 void showOpenedScreens(TerminalFlow& flow) {
-    std::ostream& out = flow.out();
     for (const FlowScreen screen : flow.screen().takeOpenedScreens()) {
         switch (screen) {
             case FlowScreen::Settings:
-                showSettingsHint(out);
+                showSettingsHint(flow);
                 break;
             case FlowScreen::RestoreLog:
-                printRestoreLog(std::nullopt, out, out);
+                printRestoreLog(std::nullopt, flow.out(), flow.out());
                 break;
             default:
-                fmt::print(out,
-                           "This screen is not on the terminal yet: \"stowhaven history\" lists the backups and "
-                           "\"stowhaven items\" what they can hold.\n");
+                say(flow,
+                    "This screen is not on the terminal yet: \"stowhaven history\" lists the backups and "
+                    "\"stowhaven items\" what they can hold.");
                 break;
         }
     }

@@ -27,14 +27,16 @@ void drainMainQueue() {
 }  // namespace
 
 TerminalFlow::TerminalFlow(std::ostream& out, Options options)
-    : out_(out), interactive_(options.interactive), jobNamed_(options.jobNamed) {
-    const std::size_t width = Terminal::standardErrorWidth();
-    if (interactive_) prompt_.emplace(input_, out_, width);
-    alerts_ = std::make_shared<TerminalAlerts>(out_, prompt(), std::move(options.presets), width);
-    screen_ = std::make_shared<TerminalScreen>(out_, prompt(), Terminal::isStandardErrorATerminal(), width);
+    : out_(out),
+      width_(Terminal::standardErrorWidth()),
+      interactive_(options.interactive),
+      jobNamed_(options.jobNamed) {
+    if (interactive_) prompt_.emplace(input_, out_, width_);
+    alerts_ = std::make_shared<TerminalAlerts>(out_, prompt(), std::move(options.presets), width_);
+    screen_ = std::make_shared<TerminalScreen>(out_, prompt(), Terminal::isStandardErrorATerminal(), width_);
     alerts_->setBeforeWriting([screen = screen_] { screen->breakProgressLine(); });
     AlertPresenter::setShared(alerts_);
-    ProgressDisplay::setShared(std::make_shared<TerminalActivity>(out_));
+    ProgressDisplay::setShared(std::make_shared<TerminalActivity>(out_, width_));
     controller_ = MainViewController::create(screen_);
     std::lock_guard lock(gCurrentMutex);
     gCurrent = this;

@@ -7,6 +7,7 @@
 #include "flows/MainViewController.h"
 #include "platform/TerminalInput.h"
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -45,6 +46,8 @@ public:
     // Present with a terminal.
     TerminalPrompt* prompt() { return prompt_ ? &*prompt_ : nullptr; }
     std::ostream& out() { return out_; }
+    // The terminal's width in columns, to which every text is wrapped.
+    std::size_t width() const { return width_; }
     // The user left a question with Ctrl-C or the end of the input.
     bool userLeft() const { return alerts_->userLeft(); }
 
@@ -56,6 +59,7 @@ private:
     bool interrupt();
 
     std::ostream& out_;
+    std::size_t width_;
     bool interactive_;
     TerminalInput input_;
     std::optional<TerminalPrompt> prompt_;

@@ -23,9 +23,9 @@ std::string buttonList(const std::vector<std::string>& buttons, std::size_t widt
     std::string oneLine;
     std::string lines;
     for (std::size_t index = 0; index < buttons.size(); ++index) {
-        const std::string entry = fmt::format("{}) {}", index + 1, buttons[index]);
-        oneLine += (index == 0 ? "  " : "   ") + entry;
-        lines += "  " + entry + "\n";
+        const std::string number = fmt::format("{}) ", index + 1);
+        oneLine += (index == 0 ? "  " : "   ") + number + buttons[index];
+        lines += wrappedBehind("  " + number, buttons[index], width) + "\n";
     }
     return columnCount(oneLine) <= width ? oneLine + "\n" : lines;
 }
@@ -59,9 +59,9 @@ std::optional<std::size_t> TerminalPrompt::choose(const std::string& title, cons
                                                   const std::string& leaving) {
     showWrapped(title);
     for (std::size_t index = 0; index < options.size(); ++index) {
-        fmt::print(out_, "  {}) {}\n", index + 1, options[index]);
+        out_ << wrappedBehind(fmt::format("  {}) ", index + 1), options[index], width_) << '\n';
     }
-    out_ << "  0) " << leaving << "\n";
+    out_ << wrappedBehind("  0) ", leaving, width_) << '\n';
     const Number number = readNumber(0, options.size());
     if (number.kind != InputLine::Kind::Line || number.value == 0) return std::nullopt;
     return number.value - 1;

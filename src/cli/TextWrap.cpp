@@ -61,4 +61,14 @@ std::string wrapped(std::string_view text, std::size_t width) {
     }
 }
 
+std::string wrappedBehind(std::string_view lead, std::string_view text, std::size_t width) {
+    const std::size_t indent = columnCount(lead);
+    std::string result(lead);
+    for (const char character : wrapped(text, width > indent ? width - indent : 1)) {
+        result += character;
+        if (character == '\n') result.append(indent, ' ');
+    }
+    return result;
+}
+
 }  // namespace stowhaven

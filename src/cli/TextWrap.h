@@ -17,4 +17,8 @@ std::string_view leadingColumns(std::string_view text, std::size_t columns);
 // on a line of its own. The newlines already there, and the lines that fit, stay as they are.
 std::string wrapped(std::string_view text, std::size_t width);
 
+// TEXT wrapped to WIDTH behind LEAD (a menu's "  1) ", a label's column), its further lines
+// indented to stand under its first.
+std::string wrappedBehind(std::string_view lead, std::string_view text, std::size_t width);
+
 }  // namespace stowhaven

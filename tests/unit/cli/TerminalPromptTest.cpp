@@ -50,8 +50,11 @@ TEST(TerminalPromptTest, MessagesAndButtonsKeepToTheWidth) {
     ScriptedLines input{"1"};
     std::ostringstream out;
     TerminalPrompt(input, out, 20)
-        .ask({.title = "Storage", .message = "Where should backups go now?", .buttons = {"Local", "FTP", "WebDAV"}});
-    EXPECT_EQ(out.str(), "Storage\nWhere should backups\ngo now?\n  1) Local\n  2) FTP\n  3) WebDAV\n> ");
+        .ask({.title = "Storage",
+              .message = "Where should backups go now?",
+              .buttons = {"Local", "FTP", "Other devices' backups"}});
+    EXPECT_EQ(out.str(),
+              "Storage\nWhere should backups\ngo now?\n  1) Local\n  2) FTP\n  3) Other devices'\n     backups\n> ");
 }
 
 TEST(TerminalPromptTest, ASecureFieldIsReadWithoutEchoAndItsTextComesBack) {

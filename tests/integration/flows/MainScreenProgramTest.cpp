@@ -1,0 +1,60 @@
+// The main screen on a terminal of 80 columns, as a new user meets it on a sandbox device
+// backed up to local storage.
+
+#include "cli/TextWrap.h"
+#include "platform/ShellQuote.h"
+#include "support/SandboxDevice.h"
+#include "support/TerminalProgram.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+
+namespace stowhaven {
+namespace {
+
+constexpr std::size_t kTerminalWidth = 80;
+
+// The lines written wider than the terminal, which it would break wherever its edge falls.
+std::string linesWiderThanTheTerminal(const std::string& screen) {
+    std::istringstream lines(screen);
+    std::string wider;
+    for (std::string line; std::getline(lines, line);) {
+        if (!line.empty() && line.back() == '\r') line.pop_back();
+        // What a carriage return went back over is drawn over.
+        const std::string shown = line.substr(line.rfind('\r') == std::string::npos ? 0 : line.rfind('\r') + 1);
+        if (columnCount(shown) > kTerminalWidth) wider += shown + "\n";
+    }
+    return wider;
+}
+
+class MainScreenProgramTest : public ::testing::Test {
+protected:
+    // The main screen shows its menu for the COUNT-th time; the user quits there, and every
+    // line the program wrote fits the terminal.
+    void quitAtMenu(test::TerminalProgram& terminal, int count = 1) const {
+        ASSERT_TRUE(terminal.waitFor("0) Quit", count)) << terminal.screen();
+        terminal.type("0\n");
+        EXPECT_EQ(terminal.finish(), 0) << terminal.screen();
+        EXPECT_EQ(linesWiderThanTheTerminal(terminal.screen()), "") << terminal.screen();
+    }
+
+    const test::SandboxDevice device_{"minimal"};
+    const std::string arguments_ = "--root " + ShellQuote::path(device_.root());
+};
+
+// Every scan is off at a first start; the question about it and the hint that follows are
+// broken between words.
+TEST_F(MainScreenProgramTest, TheFirstStartsTextsAreBrokenBetweenWordsToTheTerminalsWidth) {
+    test::TerminalProgram terminal(arguments_);
+    ASSERT_TRUE(terminal.waitFor("1) No   2) Yes")) << terminal.screen();
+    terminal.type("2\n");
+    quitAtMenu(terminal);
+    std::string text = terminal.screen();
+    for (auto at = text.find("\r\n"); at != std::string::npos; at = text.find("\r\n", at)) text.replace(at, 2, " ");
+    EXPECT_NE(text.find("changed by \"stowhaven settings KEY VALUE\""), std::string::npos) << terminal.screen();
+}
+
+}  // namespace
+}  // namespace stowhaven
