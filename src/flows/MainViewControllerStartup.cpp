@@ -195,12 +195,14 @@ void MainViewController::handleDataLoaded() {
     supervisor.hasValidFreeSpace();
 
     if (!DataToImport::url()) {
+        // Taken at once: a load with a session store posts its end twice in a row, and the
+        // second must not find the message again and tell it a second time.
         if (const auto error = catalogue.errorMsg()) {
+            catalogue.setErrorMsg(std::nullopt);
             SH_LOG("{}", *error);
             const auto engine = supervisor.currentStorageEngine();
             const bool otherDevices = engine && engine->availableDeviceBackups().size() > 1;
             ask(MainAlerts::loadError(*error, otherDevices));
-            onMainQueue([](MainViewController&) { CydiaFileManager::shared().setErrorMsg(std::nullopt); });
         }
         if ((gLaunchedFromNotification || gAutobackupEnabled) && !isAutoBackupDone_) {
             isAutoBackupDone_ = true;

@@ -56,5 +56,17 @@ TEST_F(MainScreenProgramTest, TheFirstStartsTextsAreBrokenBetweenWordsToTheTermi
     EXPECT_NE(text.find("changed by \"stowhaven settings KEY VALUE\""), std::string::npos) << terminal.screen();
 }
 
+// The load passes the comparison twice; the user hears of the missing backup once.
+TEST_F(MainScreenProgramTest, WithoutABackupYetTheStartSaysSoOnce) {
+    ASSERT_TRUE(device_.turnOn({"AutoScanPkgEnabled"}));
+    test::TerminalProgram terminal(arguments_);
+    quitAtMenu(terminal);
+    const std::string& screen = terminal.screen();
+    const std::string message = "No previous backup was found.";
+    const auto first = screen.find(message);
+    ASSERT_NE(first, std::string::npos) << screen;
+    EXPECT_EQ(screen.find(message, first + 1), std::string::npos) << screen;
+}
+
 }  // namespace
 }  // namespace stowhaven
