@@ -35,8 +35,13 @@ void TerminalScreen::breakProgressLine() {
     if (progress_) progress_->finish();
 }
 
+// A list of one leaves nothing to choose: its entry opens at once.
 void TerminalScreen::chooseFrom(const std::vector<std::string>& options, Choice choice) {
-    choice(prompt_ != nullptr ? prompt_->choose("", options) : std::nullopt);
+    if (options.size() == 1) {
+        choice(0);
+    } else {
+        choice(prompt_ != nullptr ? prompt_->choose("", options) : std::nullopt);
+    }
 }
 
 void TerminalScreen::open(const std::vector<FlowScreen>& screens) {

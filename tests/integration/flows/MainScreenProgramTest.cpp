@@ -16,6 +16,12 @@ namespace {
 
 constexpr std::size_t kTerminalWidth = 80;
 
+std::size_t occurrences(const std::string& screen, const std::string& text) {
+    std::size_t count = 0;
+    for (auto at = screen.find(text); at != std::string::npos; at = screen.find(text, at + 1)) ++count;
+    return count;
+}
+
 // The lines written wider than the terminal, which it would break wherever its edge falls.
 std::string linesWiderThanTheTerminal(const std::string& screen) {
     std::istringstream lines(screen);
@@ -61,11 +67,24 @@ TEST_F(MainScreenProgramTest, WithoutABackupYetTheStartSaysSoOnce) {
     ASSERT_TRUE(device_.turnOn({"AutoScanPkgEnabled"}));
     test::TerminalProgram terminal(arguments_);
     quitAtMenu(terminal);
-    const std::string& screen = terminal.screen();
-    const std::string message = "No previous backup was found.";
-    const auto first = screen.find(message);
-    ASSERT_NE(first, std::string::npos) << screen;
-    EXPECT_EQ(screen.find(message, first + 1), std::string::npos) << screen;
+    EXPECT_EQ(occurrences(terminal.screen(), "No previous backup was found."), 1U) << terminal.screen();
+}
+
+// On local storage there are this device's backups alone: nobody is asked to pick them.
+TEST_F(MainScreenProgramTest, BackupsOnThisStorageOpenThisDevicesBackupsAtOnce) {
+    ASSERT_TRUE(device_.turnOn({"AutoScanPkgEnabled"}));
+    ASSERT_EQ(device_.run("backup --yes").status, 0);
+    test::TerminalProgram terminal(arguments_);
+    ASSERT_TRUE(terminal.waitFor("2) Switch to restore")) << terminal.screen();
+    terminal.type("2\n");
+    ASSERT_TRUE(terminal.waitFor("3) Backups on this storage")) << terminal.screen();
+    terminal.type("3\n");
+
+    ASSERT_TRUE(terminal.waitFor("> ", 3)) << terminal.screen();
+    EXPECT_EQ(occurrences(terminal.screen(), "Backup history"), 0U) << terminal.screen();
+    ASSERT_EQ(occurrences(terminal.screen(), "0) Quit"), 3U) << "not back at the menu:\n" << terminal.screen();
+    quitAtMenu(terminal, 3);
+    EXPECT_EQ(occurrences(terminal.screen(), "not on the terminal yet"), 1U) << terminal.screen();
 }
 
 }  // namespace
