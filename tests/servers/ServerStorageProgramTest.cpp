@@ -4,6 +4,7 @@
 // differs by engine (a cancel during a transfer, a device folder of an older version, a
 // hostile server).
 
+#include "core/Text.h"
 #include "platform/FileManager.h"
 #include "platform/ShellQuote.h"
 #include "platform/plist/PlistCodec.h"
@@ -38,10 +39,7 @@ std::string lockdownFact(const test::SandboxDevice& device, const char* key) {
 }
 
 std::string deviceName(const test::SandboxDevice& device) {
-    std::string name = lockdownFact(device, "-DeviceName");
-    const auto first = name.find_first_not_of(" \n\t");
-    const auto last = name.find_last_not_of(" \n\t");
-    return first == std::string::npos ? "" : name.substr(first, last - first + 1);
+    return textutil::trimmed(lockdownFact(device, "-DeviceName"));
 }
 
 // The files of a folder by name, folders marked with a "/".
