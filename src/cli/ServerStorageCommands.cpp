@@ -4,6 +4,7 @@
 #include "core/Supervisor.h"
 #include "platform/AsciiCase.h"
 #include "platform/Environment.h"
+#include "platform/Terminal.h"
 #include "platform/TerminalInput.h"
 #include "storage/ServerHosts.h"
 #include "storage/ServerLogin.h"
@@ -90,6 +91,8 @@ std::optional<std::string> ServerStorageCommands::password(std::ostream& errors)
     errors.flush();
     TerminalInput input;
     InputLine line = input.readLine(true);
+    // A terminal ends the question's line itself; a pipe typed nothing there.
+    if (!Terminal::isStandardInputATerminal()) errors << '\n';
     if (line.kind != InputLine::Kind::Line) return std::nullopt;
     return line.text;
 }
