@@ -123,15 +123,17 @@ struct WebDavClient::Connection {
         return perform(request, method + " " + path);
     }
 
-    // A transfer running JOB on the shared handle, or one that has failed already when the
-    // account or PATH can't be used.
+    // A transfer running JOB with an authenticated request of METHOD on PATH, on the shared
+    // handle, or one that has failed already when the account or PATH can't be used.
     std::unique_ptr<Transfer> startTransfer(
-        const std::string& path,
-        std::function<TransferOutcome(CurlHandle&, const WebDavAccount&, TransferProgress&)> job) {
+        const std::string& method, const std::string& path,
+        std::function<TransferOutcome(CurlHandle&, HttpRequest&, TransferProgress&)> job) {
         if (!check({&path})) return ThreadedTransfer<Transfer>::failed(lastError);
         return std::make_unique<ThreadedTransfer<Transfer>>(
-            [curl = curl, account = account, job = std::move(job)](TransferProgress& progress) {
-                return job(*curl, account, progress);
+            [curl = curl, account = account, method, path, job = std::move(job)](TransferProgress& progress) {
+                HttpRequest request(*curl, method, WebDavPaths::url(curl->get(), account, path));
+                authenticate(request, account);
+                return job(*curl, request, progress);
             });
     }
 };
@@ -189,10 +191,7 @@ bool WebDavClient::remove(const std::string& path) {
 
 std::unique_ptr<Transfer> WebDavClient::startUpload(const std::string& localPath, const std::string& remotePath) {
     return connection_->startTransfer(
-        remotePath,
-        [localPath, remotePath](CurlHandle& curl, const WebDavAccount& account, TransferProgress& progress) {
-            HttpRequest request(curl, "PUT", WebDavPaths::url(curl.get(), account, remotePath));
-            Connection::authenticate(request, account);
+        "PUT", remotePath, [localPath, remotePath](CurlHandle& curl, HttpRequest& request, TransferProgress& progress) {
             std::error_code ignored;
             if (!std::filesystem::exists(localPath, ignored))
                 return TransferOutcome{false, "You are trying upload a file that does not exist"};
@@ -205,10 +204,7 @@ std::unique_ptr<Transfer> WebDavClient::startUpload(const std::string& localPath
 
 std::unique_ptr<Transfer> WebDavClient::startDownload(const std::string& remotePath, const std::string& localPath) {
     return connection_->startTransfer(
-        remotePath,
-        [remotePath, localPath](CurlHandle& curl, const WebDavAccount& account, TransferProgress& progress) {
-            HttpRequest request(curl, "GET", WebDavPaths::url(curl.get(), account, remotePath));
-            Connection::authenticate(request, account);
+        "GET", remotePath, [remotePath, localPath](CurlHandle& curl, HttpRequest& request, TransferProgress& progress) {
             std::string error;
             if (!request.receiveFile(localPath, error)) return TransferOutcome{false, error};
             return transferOutcome(curl, request, progress, "Download of " + remotePath + " to " + localPath);
