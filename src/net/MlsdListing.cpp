@@ -1,6 +1,7 @@
 #include "net/MlsdListing.h"
 
 #include "platform/AsciiCase.h"
+#include "platform/FileNames.h"
 
 #include <charconv>
 
@@ -22,10 +23,7 @@ std::string shown(std::string_view name) {
 std::optional<std::string> nameProblem(std::string_view name) {
     if (name.empty()) return "an entry without a name";
     if (name == "." || name == "..") return "an entry named " + shown(name);
-    for (const char c : name) {
-        if (c == '/' || c == '\\' || static_cast<unsigned char>(c) < 0x20 || c == 0x7f)
-            return "an entry named " + shown(name) + ", which is not one file name";
-    }
+    if (!isOneFileName(name)) return "an entry named " + shown(name) + ", which is not one file name";
     return std::nullopt;
 }
 

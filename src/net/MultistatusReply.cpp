@@ -1,6 +1,7 @@
 #include "net/MultistatusReply.h"
 
 #include "net/WebDavPaths.h"
+#include "platform/FileNames.h"
 
 #include <pugixml.hpp>
 
@@ -78,15 +79,6 @@ std::string_view trimmed(std::string_view text) {
     const auto first = text.find_first_not_of(" \t\r\n");
     if (first == std::string_view::npos) return {};
     return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
-}
-
-// Whether NAME can stand as one entry of a folder here.
-bool isCleanName(const std::string& name) {
-    if (name.empty() || name == "." || name == "..") return false;
-    for (const char c : name) {
-        if (c == '/' || c == '\\' || static_cast<unsigned char>(c) < 0x20 || c == 0x7f) return false;
-    }
-    return true;
 }
 
 // The path of an href, which may be a whole URL.
@@ -176,7 +168,7 @@ std::optional<Multistatus> parse(std::string_view reply, const std::string& list
         }
         const bool underListed =
             names.size() == listed.size() + 1 && std::equal(listed.begin(), listed.end(), names.begin());
-        if (!underListed || !isCleanName(names.back())) {
+        if (!underListed || !isOneFileName(names.back())) {
             problem = "the reply names an entry that is not one clean name in " + listedPath;
             return std::nullopt;
         }

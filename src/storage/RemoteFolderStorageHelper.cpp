@@ -4,6 +4,7 @@
 #include "core/Supervisor.h"
 #include "platform/FileManager.h"
 #include "platform/FileModes.h"
+#include "platform/FileNames.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "platform/TemporaryDirectory.h"
@@ -146,7 +147,7 @@ void RemoteFolderStorageHelper::loadAvailableDeviceBackups() {
 
 // Device names come from listings and from the user: each must name one folder of the root.
 bool RemoteFolderStorageHelper::isDeviceFolder(const std::string& name) const {
-    if (StorageLayout::isFolderName(name)) return true;
+    if (isOneFileName(name)) return true;
     server().setErrorMessage("<" + name + "> names no device folder");
     return false;
 }

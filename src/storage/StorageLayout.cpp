@@ -31,12 +31,6 @@ std::string StorageLayout::deviceDirectory(std::string_view base, std::string_vi
     return joined(base, deviceName);
 }
 
-bool StorageLayout::isFolderName(std::string_view name) {
-    if (name.empty() || name == "." || name == "..") return false;
-    return std::none_of(name.begin(), name.end(),
-                        [](char c) { return c == '/' || static_cast<unsigned char>(c) < 0x20 || c == 0x7f; });
-}
-
 std::string StorageLayout::sessionDirectory(std::string_view deviceDirectory, Date date) {
     return joined(deviceDirectory, stamp(date));
 }

@@ -32,10 +32,6 @@ public:
     static std::optional<Date> dateOfHistoryFile(std::string_view name);
 
     static std::string deviceDirectory(std::string_view base, std::string_view deviceName);
-    // A name that stands for one folder of the storage and no other: not empty, ".", "..",
-    // nor holding "/" or a control character. Names from a listing or the user are checked
-    // so before they join a path.
-    static bool isFolderName(std::string_view name);
     static std::string sessionDirectory(std::string_view deviceDirectory, Date date);
     static std::string dataDirectory(std::string_view sessionDirectory, std::string_view kind);
 
