@@ -18,12 +18,10 @@ std::shared_ptr<StorageHelperProtocol> createStorageEngine(StorageType type) {
             // Made by the factory its engine registered, if any.
             return StorageEngines::create(type);
         case StorageType::FTP:
+        case StorageType::OwnCloud:
             // A factory registered in its place (a test's) goes first.
             if (auto engine = StorageEngines::create(type)) return engine;
-            return FTPHelper::createFTPHelper();
-        case StorageType::OwnCloud:
-            // Likewise.
-            if (auto engine = StorageEngines::create(type)) return engine;
+            if (type == StorageType::FTP) return FTPHelper::createFTPHelper();
             return OwnCloudHelper::createOwnCloudHelper();
         case StorageType::Local:
             break;
