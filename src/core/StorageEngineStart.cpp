@@ -22,7 +22,7 @@ void waitForInitialization(const std::shared_ptr<StorageHelperProtocol>& engine)
     if (initialization == nullptr) return;
     while (!initialization->isInitialized() && !engine->errorMessage())
         std::this_thread::sleep_for(kInitializationPoll);
-    if (const auto error = engine->errorMessage()) SH_LOG("FTP Connection error: {}", *error);
+    if (const auto error = engine->errorMessage()) SH_LOG("Connection error: {}", *error);
 }
 
 }  // namespace
