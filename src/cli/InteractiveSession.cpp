@@ -1,7 +1,11 @@
 #include "cli/InteractiveSession.h"
 
 #include "cli/EngineChoice.h"
+#include "cli/HistoryTerminal.h"
 #include "cli/RestoreLog.h"
+#include "cli/SelectionTerminal.h"
+#include "cli/SettingsTerminal.h"
+#include "cli/ShareTerminal.h"
 #include "cli/TerminalFlow.h"
 #include "cli/TextWrap.h"
 #include "core/CydiaFileManager.h"
@@ -52,26 +56,27 @@ void drawMainScreen(TerminalFlow& flow) {
     }
 }
 
-void showSettingsHint(TerminalFlow& flow) {
-    say(flow,
-        "The settings are listed by \"stowhaven settings\" and changed by \"stowhaven settings KEY VALUE\"; "
-        "turn on what to back up with the AutoScan...Enabled keys. They count from the next start.");
-}
-
-// The screens the flow opened, as far as the terminal has them.
+// The screens the flow opened, each used and left in turn.
 void showOpenedScreens(TerminalFlow& flow) {
     for (const FlowScreen screen : flow.screen().takeOpenedScreens()) {
         switch (screen) {
             case FlowScreen::Settings:
-                showSettingsHint(flow);
+                showSettingsScreen(flow);
                 break;
             case FlowScreen::RestoreLog:
                 printRestoreLog(std::nullopt, flow.out(), flow.out());
                 break;
-            default:
-                say(flow,
-                    "This screen is not on the terminal yet: \"stowhaven history\" lists the backups and "
-                    "\"stowhaven items\" what they can hold.");
+            case FlowScreen::DeviceBackups:
+                showBackupSessionsScreen(flow);
+                break;
+            case FlowScreen::OtherDeviceBackups:
+                showDeviceBackupsScreen(flow);
+                break;
+            case FlowScreen::AppStoreSelection:
+            case FlowScreen::PackageSelection:
+            case FlowScreen::FilesSelection:
+            case FlowScreen::OtherSelection:
+                showSelectionScreen(flow, screen);
                 break;
         }
     }
@@ -92,9 +97,14 @@ std::vector<MenuItem> menuOf(TerminalFlow& flow) {
         items.push_back(
             {"Log of the last restore", [&flow] { printRestoreLog(std::nullopt, flow.out(), flow.out()); }});
     }
+    items.push_back({backupMode ? "Choose what to back up" : "Choose what to restore", [&controller, backupMode] {
+                         backupMode ? controller.showBackupDataConfiguration()
+                                    : controller.showRestoreDataConfiguration();
+                     }});
     items.push_back({"Storage engine", [&flow] {
                          if (chooseStorageEngine(*flow.prompt(), flow.out())) flow.controller().reloadAll();
                      }});
+    items.push_back({"Share", [&flow] { showShareMenu(flow); }});
     items.push_back({"Settings", [&controller] { controller.showSettings(); }});
     return items;
 }

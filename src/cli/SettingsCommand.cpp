@@ -14,6 +14,14 @@
 
 namespace stowhaven {
 
+void SettingsCommand::add(CLI::App& app) {
+    command_ = app.add_subcommand("settings", "List the settings, print one (KEY) or set one (KEY VALUE)");
+    command_->add_option("key", request_.key, "A setting's key, such as CurrentStorageType");
+    command_->add_option("value", request_.value, "The new value, of the key's kind");
+    command_->add_flag("--json", request_.asJson, "In JSON");
+    command_->add_flag("--show-secrets", request_.showSecrets, "Show passwords, tokens and keys unmasked");
+}
+
 namespace {
 
 struct Entry {

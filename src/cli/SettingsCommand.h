@@ -1,5 +1,7 @@
 #pragma once
 
+#include <CLI/CLI.hpp>
+
 #include <optional>
 #include <ostream>
 #include <string>
@@ -17,10 +19,17 @@ public:
         bool showSecrets = false;
     };
 
+    void add(CLI::App& app);
+    bool parsed() const { return command_->parsed(); }
     // Answers the exit status: 2, with nothing written, for a key that is no setting of the
     // program or a value that is not of the key's kind; 1 for a key that is not set or
     // settings that can't be written.
+    int run(std::ostream& out, std::ostream& errors) const { return run(request_, out, errors); }
     static int run(const Request& request, std::ostream& out, std::ostream& errors);
+
+private:
+    CLI::App* command_ = nullptr;
+    Request request_;
 };
 
 }  // namespace stowhaven

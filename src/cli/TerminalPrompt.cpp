@@ -67,6 +67,13 @@ std::optional<std::size_t> TerminalPrompt::choose(const std::string& title, cons
     return number.value - 1;
 }
 
+std::optional<std::string> TerminalPrompt::readText(const std::string& label) {
+    out_ << label;
+    InputLine line = readLine(false);
+    if (line.kind != InputLine::Kind::Line) return std::nullopt;
+    return std::move(line.text);
+}
+
 void TerminalPrompt::showWrapped(const std::string& text) {
     if (!text.empty()) out_ << wrapped(text, width_) << '\n';
 }

@@ -1,14 +1,16 @@
 #include "cli/BackupCommand.h"
-#include "cli/HistoryCommand.h"
+#include "cli/DevicesCommand.h"
+#include "cli/HistoryCommands.h"
 #include "cli/HistoryViewCommand.h"
 #include "cli/InteractiveSession.h"
 #include "cli/ItemsCommand.h"
 #include "cli/OpenCommand.h"
 #include "cli/PackagesCommand.h"
 #include "cli/RestoreCommand.h"
+#include "cli/SelectCommand.h"
 #include "cli/ServerStorageCommands.h"
 #include "cli/SettingsCommand.h"
-#include "cli/ShareCommand.h"
+#include "cli/ShareCommands.h"
 #include "cli/StatusCommand.h"
 #include "cli/StorageCommand.h"
 #include "cli/TerminalAlerts.h"
@@ -109,12 +111,8 @@ int main(int argc, char** argv) {
     CLI::App* packages = app.add_subcommand("packages", "List the packages installed on the device");
     packages->add_flag("--json", packagesAsJson, "As a JSON list");
 
-    SettingsCommand::Request settingsRequest;
-    CLI::App* settings = app.add_subcommand("settings", "List the settings, print one (KEY) or set one (KEY VALUE)");
-    settings->add_option("key", settingsRequest.key, "A setting's key, such as CurrentStorageType");
-    settings->add_option("value", settingsRequest.value, "The new value, of the key's kind");
-    settings->add_flag("--json", settingsRequest.asJson, "In JSON");
-    settings->add_flag("--show-secrets", settingsRequest.showSecrets, "Show passwords, tokens and keys unmasked");
+    SettingsCommand settings;
+    settings.add(app);
 
     bool itemsAsJson = false;
     CLI::App* items = app.add_subcommand("items", "List what a backup could hold on the device");
@@ -132,9 +130,12 @@ int main(int argc, char** argv) {
         app.add_subcommand("status", "Load as at start and show the device, the storage and the session");
     statusCommand->add_flag("--json", statusAsJson, "In JSON");
 
-    bool historyAsJson = false;
-    CLI::App* history = app.add_subcommand("history", "List the sessions on the current storage, newest first");
-    history->add_flag("--json", historyAsJson, "In JSON");
+    HistoryCommands history;
+    history.add(app);
+    DevicesCommand devices;
+    devices.add(app);
+    SelectCommand select;
+    select.add(app);
 
     CLI::App* storage = app.add_subcommand("storage", "Show the storage engine, or choose another");
     std::optional<std::string> storageEngine;
@@ -143,11 +144,8 @@ int main(int argc, char** argv) {
     ServerStorageCommands serverStorage;
     serverStorage.add(*storage);
 
-    std::string vCardFile;
-    CLI::App* share = app.add_subcommand("share", "Send a session to another device");
-    share->require_subcommand(1);
-    CLI::App* shareVCard = share->add_subcommand("vcard", "Write the current session as a vCard");
-    shareVCard->add_option("file", vCardFile, "The vCard file to write")->required();
+    ShareCommands share;
+    share.add(app);
 
     std::string openTarget;
     JobRequest openRequest;
@@ -217,7 +215,7 @@ int main(int argc, char** argv) {
         int status = 0;
         if (app.get_subcommands().empty()) status = InteractiveSession::start(std::cout);
         if (packages->parsed()) status = PackagesCommand::run(packagesAsJson, std::cout, std::cerr);
-        if (settings->parsed()) status = SettingsCommand::run(settingsRequest, std::cout, std::cerr);
+        if (settings.parsed()) status = settings.run(std::cout, std::cerr);
         if (open->parsed()) {
             const auto presets = openRequest.presets(std::cerr);
             status = presets ? OpenCommand::run(delegate, openTarget, *presets, std::cout, std::cerr) : kUsageError;
@@ -229,10 +227,12 @@ int main(int argc, char** argv) {
             status = StorageCommand::run(storageEngine, std::cout, std::cerr);
         }
         if (statusCommand->parsed()) status = StatusCommand::run(statusAsJson, std::cout, std::cerr);
-        if (history->parsed()) status = HistoryCommand::run(historyAsJson, std::cout, std::cerr);
+        if (history.parsed()) status = history.run(std::cout, std::cerr);
+        if (devices.parsed()) status = devices.run(std::cout, std::cerr);
+        if (select.parsed()) status = select.run(std::cout, std::cerr);
         if (backup->parsed()) status = BackupCommand::run(backupRequest, std::cout, std::cerr);
         if (restore->parsed()) status = RestoreCommand::run(restoreRequest, std::cout, std::cerr);
-        if (shareVCard->parsed()) status = ShareCommand::runVCard(vCardFile, std::cout, std::cerr);
+        if (share.parsed()) status = share.run(std::cout, std::cerr);
         if (historyView->parsed())
             status = HistoryViewCommand::run(historyFile, historyViewAsJson, std::cout, std::cerr);
         delegate.applicationDidEnterBackground(status);
