@@ -103,7 +103,7 @@ std::vector<SettingKey> makeTable() {
         for (const char* category : {"Calendar", "Chat", "Contacts", "Health", "Maps", "Notes", "Phone", "Safari"}) {
             table.push_back(unregistered(category + std::string(suffix), Boolean));
         }
-        for (const char* list : {"Photos", "Videos", "DefaultApps", "DefaultPreferencesFiles",
+        for (const char* list : {"Photos", "Videos", "DefaultApps", "DefaultPackages", "DefaultPreferencesFiles",
                                  "DefaultSpringboardFiles", "DefaultSources"}) {
             table.push_back(unregistered(list + std::string(suffix), Array));
         }
