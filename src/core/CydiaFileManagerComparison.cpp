@@ -3,6 +3,7 @@
 
 #include "core/CydiaFileManager.h"
 #include "core/FileSizes.h"
+#include "core/PackageDefaults.h"
 #include "core/PackageScan.h"
 #include "core/ProcessFlags.h"
 #include "core/Supervisor.h"
@@ -138,7 +139,8 @@ void CydiaFileManager::buildListOfApplications() {
     });
 }
 
-// By default the restore takes exactly the packages that the device lacks in that version.
+// By default the restore takes the packages that the device lacks in that version, among
+// those of the restore's default list when there is one.
 void CydiaFileManager::processRawCydiaFileData() {
     const auto session = currentBackupSession();
     const std::string rawData = session ? session->rawData().value_or("") : "";
@@ -149,7 +151,7 @@ void CydiaFileManager::processRawCydiaFileData() {
         for (const std::string& line : textutil::split(rawData, '\n')) {
             const auto package = createCydiaFileFrom(line);
             if (!package) continue;
-            package->setRestoreSelected(!installed.contains(package.get()));
+            package->setRestoreSelected(!installed.contains(package.get()) && isPackageSelectedByDefault(*package, false));
             packages.push_back(package);
             fWasRestored_ = true;
         }
@@ -169,7 +171,7 @@ void CydiaFileManager::buildCurrentBackupPackages() {
     currentPackages_.with([&](Packages& packages) {
         for (const std::string& line : *lines) {
             if (const auto package = createCydiaFileFrom(line)) {
-                package->setBackupSelected(true);
+                package->setBackupSelected(isPackageSelectedByDefault(*package, true));
                 packages.push_back(package);
             }
         }
