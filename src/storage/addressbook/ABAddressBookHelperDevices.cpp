@@ -77,7 +77,8 @@ void ABAddressBookHelper::deleteEntryWithFirstName(const std::string& firstName)
     for (const auto& person : people) {
         const std::string first = nameOf(*person, kABPersonFirstNameProperty);
         const std::string last = nameOf(*person, kABPersonLastNameProperty);
-        if (!sameName(person->copyValue(kABPersonFirstNameProperty), firstName)) {
+        // The lookup finds the owner's contacts too, by other fields or by that first name.
+        if (!isOwnRecord(*person) || !sameName(person->copyValue(kABPersonFirstNameProperty), firstName)) {
             SH_LOG("\tSkipping <{},{}>...", first, last);
             continue;
         }
@@ -148,15 +149,12 @@ void ABAddressBookHelper::deleteAllStowhavenABEntries() {
 
 void ABAddressBookHelper::renameEntryWithFirstName(const std::string& oldFirstName, const std::string& newFirstName) {
     std::lock_guard lock(mutex_);
-    if (!abRecord_) {
-        SH_LOG("Default record not found!");
-        return;
-    }
     const Records people = peopleWithName(oldFirstName);
     if (people.empty()) {
         SH_LOG("No entry with first name <{}>", oldFirstName);
         return;
     }
+    // The current record, none before a lookup, is current again afterwards.
     const auto kept = abRecord_;
     for (const auto& person : people) {
         if (!isOwnRecord(*person) || !sameName(person->copyValue(kABPersonFirstNameProperty), oldFirstName)) {

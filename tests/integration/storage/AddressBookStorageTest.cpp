@@ -285,6 +285,18 @@ TEST_F(AddressBookStorageTest, DeviceRecordsAreListedRenamedAndDeleted) {
     EXPECT_TRUE(ownRecords().empty());
 }
 
+// A program that has looked up no record yet renames; the owner's contact listed beside the
+// records is no record of the program's to delete.
+TEST_F(AddressBookStorageTest, AFreshStartRenamesARecordAndNeverDeletesTheOwnersContact) {
+    addOwnRecord("Haven_Other_iPad", "");
+    const auto book = ABAddressBookHelper::createABAddressBookHelper();
+    book->loadAvailableDeviceBackups();
+    ASSERT_EQ(book->availableDeviceBackups(), (std::vector<std::string>{"Ann", "Haven_Other_iPad"}));
+    book->deleteEntryWithFirstName("Ann");
+    book->renameEntryWithFirstName("Haven_Other_iPad", "Haven_Old_iPad");
+    EXPECT_EQ(book->availableDeviceBackups(), (std::vector<std::string>{"Ann", "Haven_Old_iPad"}));
+}
+
 TEST_F(AddressBookStorageTest, WithoutAccessToTheContactsStorageFallsToLocal) {
     scope_.services.contactsAccess.status = ContactsAuthorization::Denied;
     EXPECT_FALSE(ABAddressBookHelper::createABAddressBookHelper()->isValid());
