@@ -66,21 +66,40 @@ TEST_F(MainScreenProgramTest, WithoutABackupYetTheStartSaysSoOnce) {
     EXPECT_EQ(occurrences(terminal.screen(), "No previous backup was found."), 1U) << terminal.screen();
 }
 
-// On local storage there are this device's backups alone: nobody is asked to pick them.
-TEST_F(MainScreenProgramTest, BackupsOnThisStorageOpenThisDevicesBackupsAtOnce) {
+// On local storage there are this device's backups alone: "Backups on this storage" lists
+// them at once. The older one is chosen for the restore, the newer deleted.
+TEST_F(MainScreenProgramTest, BackupsOnThisStorageListThisDevicesSessionsToChooseAndDeleteFrom) {
     ASSERT_TRUE(device_.turnOn({"AutoScanPkgEnabled"}));
-    ASSERT_EQ(device_.run("backup --yes").status, 0);
+    ASSERT_EQ(device_.run("backup --yes --title First").status, 0);
+    ASSERT_EQ(device_.run("backup --yes --title Second").status, 0);
     test::TerminalProgram terminal(arguments_);
     ASSERT_TRUE(terminal.waitFor("2) Switch to restore")) << terminal.screen();
     terminal.type("2\n");
     ASSERT_TRUE(terminal.waitFor("3) Backups on this storage")) << terminal.screen();
     terminal.type("3\n");
+    ASSERT_TRUE(terminal.waitFor("Second  (to restore)")) << terminal.screen();
+    terminal.type("2\n");
+    ASSERT_TRUE(terminal.waitFor("1) Use it for the next restore")) << terminal.screen();
+    terminal.type("1\n");
 
-    ASSERT_TRUE(terminal.waitFor("> ", 3)) << terminal.screen();
+    ASSERT_TRUE(terminal.waitFor("0) Quit", 3)) << terminal.screen();
+    const std::string mainScreen = terminal.screen().substr(terminal.screen().rfind("To restore:"));
+    EXPECT_TRUE(mainScreen.starts_with("To restore:   First of ")) << mainScreen;
+    terminal.type("3\n");
+    ASSERT_TRUE(terminal.waitFor("First  (to restore)")) << terminal.screen();
+    terminal.type("1\n");
+    ASSERT_TRUE(terminal.waitFor("2) Delete it", 2)) << terminal.screen();
+    terminal.type("2\n");
+    ASSERT_TRUE(terminal.waitFor("1) No   2) Yes")) << terminal.screen();
+    terminal.type("2\n");
+    ASSERT_TRUE(terminal.waitFor("First  (to restore)", 2)) << terminal.screen();
+    terminal.type("0\n");
+    quitAtMenu(terminal, 4);
     EXPECT_EQ(occurrences(terminal.screen(), "Backup history"), 0U) << terminal.screen();
-    ASSERT_EQ(occurrences(terminal.screen(), "0) Quit"), 3U) << "not back at the menu:\n" << terminal.screen();
-    quitAtMenu(terminal, 3);
-    EXPECT_EQ(occurrences(terminal.screen(), "not on the terminal yet"), 1U) << terminal.screen();
+
+    const auto history = device_.run("history");
+    EXPECT_TRUE(occurrences(history.output, "1 session(s)") == 1 && occurrences(history.output, "Second") == 0)
+        << history.output;
 }
 
 }  // namespace
