@@ -18,6 +18,12 @@ namespace {
 
 using Self = BackupSessionsViewController;
 
+// The Dropbox engine, made if it isn't yet; none in a program without one.
+std::shared_ptr<StorageHelperProtocol> dropboxEngine() {
+    if (auto engine = StorageEngines::engine(StorageType::Dropbox)) return engine;
+    return StorageEngines::create(StorageType::Dropbox);
+}
+
 }  // namespace
 
 std::shared_ptr<Self> Self::create(std::shared_ptr<HistoryScreen> screen) {
@@ -172,7 +178,7 @@ void Self::viewWillDisappear() {
 }
 
 bool Self::canUploadToDropbox() const {
-    return Supervisor::shared().isStorageAddressbook() && selectedBackupSession_ && uploadEnded_;
+    return Supervisor::shared().isStorageAddressbook() && selectedBackupSession_ && uploadEnded_ && dropboxEngine();
 }
 
 void Self::askToUploadToDropbox() {
@@ -189,16 +195,10 @@ void Self::askToUploadToDropbox() {
 // An engine that isn't logged in connects first, and goes on once it is.
 void Self::uploadToDropbox() {
     if (!canUploadToDropbox()) return;
+    const auto dropbox = dropboxEngine();
     uploading_ = selectedBackupSession_;
     uploadEnded_ = false;
     fNeedReload_ = true;
-    auto dropbox = StorageEngines::engine(StorageType::Dropbox);
-    if (!dropbox) dropbox = StorageEngines::create(StorageType::Dropbox);
-    if (!dropbox) {
-        SH_LOG("No Dropbox engine to upload to");
-        handleUploadToDropboxFailed();
-        return;
-    }
     auto* connection = dynamic_cast<ConnectionOrientedStorageHelperProtocol*>(dropbox.get());
     if (connection == nullptr || connection->isLoggedIn()) {
         proceedWithUpload();
