@@ -11,7 +11,9 @@
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 
+#include <algorithm>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -39,8 +41,14 @@ bool runChosen(TerminalPrompt& prompt, const std::vector<Action>& actions) {
     return true;
 }
 
+// Going back leaves the session to restore as it was: only "use" changes it.
 void sessionActions(TerminalFlow& flow, BackupSessionsViewController& controller, const HistoryScreenState& state,
-                    const std::function<void()>& wait) {
+                    std::size_t row, const std::function<void()>& wait) {
+    const auto& sessions = controller.listBackupSessions();
+    const auto before = std::find(sessions.begin(), sessions.end(), controller.selectedBackupSession());
+    const std::optional<std::size_t> rowBefore =
+        before == sessions.end() ? std::nullopt : std::optional<std::size_t>(before - sessions.begin());
+    controller.selectRow(row);
     showDetails(flow, state.details);
     std::vector<Action> actions = {
         {"Use it for the next restore", [&controller] { controller.viewWillDisappear(); }},
@@ -54,7 +62,7 @@ void sessionActions(TerminalFlow& flow, BackupSessionsViewController& controller
                                wait();
                            }});
     }
-    runChosen(*flow.prompt(), actions);
+    if (!runChosen(*flow.prompt(), actions) && rowBefore) controller.selectRow(*rowBefore);
 }
 
 void deviceActions(TerminalFlow& flow, AvailableDeviceBackupController& controller, const std::function<void()>& wait) {
@@ -93,15 +101,14 @@ void showBackupSessionsScreen(TerminalFlow& flow) {
         for (std::size_t row = 0; row < rows.size() && row < sessions.size(); ++row) {
             if (sessions[row] == controller->selectedBackupSession()) rows[row] += "  (to restore)";
         }
-        const auto title = fmt::format("Backups of this device on {}, newest first:",
+        const auto title = fmt::format("\nBackups of this device on {}, newest first:",
                                        Supervisor::shared().storageEngineName());
         const auto chosen = flow.prompt()->choose(title, rows, "Back");
         if (!chosen) {
             controller->viewWillDisappear();
             break;
         }
-        controller->selectRow(*chosen);
-        sessionActions(flow, *controller, *state, wait);
+        sessionActions(flow, *controller, *state, *chosen, wait);
     }
 }
 
@@ -118,7 +125,7 @@ void showDeviceBackupsScreen(TerminalFlow& flow) {
         for (const std::string& name : controller->deviceBackups()) {
             rows.push_back(name == own ? name + "  (this device)" : name);
         }
-        const auto title = fmt::format("Device backups on {}:", Supervisor::shared().storageEngineName());
+        const auto title = fmt::format("\nDevice backups on {}:", Supervisor::shared().storageEngineName());
         const auto chosen = flow.prompt()->choose(title, rows, "Back");
         if (!chosen) {
             controller->viewWillDisappear();
