@@ -3,8 +3,11 @@
 #include "backup/BackupCommands.h"
 #include "core/Supervisor.h"
 #include "items/PhotoVideoManager.h"
+#include "platform/DeviceRoot.h"
+#include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/Strings.h"
+#include "platform/TemporaryDirectory.h"
 
 #include <fmt/format.h>
 
@@ -37,7 +40,13 @@ void MediaBackupOperation::archiveData() {
 bool MediaBackupOperation::zipDataWithCompression(bool compressed) {
     if (stopsForCancel()) return false;
     SH_LOG("\tZipping data for <{}>...", zipDir());
-    Supervisor::shared().systemExecute(BackupCommands::mediaArchive(archivePath(), compressed, photoOnly_));
+    Supervisor& supervisor = Supervisor::shared();
+    supervisor.systemExecute(BackupCommands::mediaArchive(archivePath(), compressed, photoOnly_));
+    // The chosen albums' files, as prepared, are what a restore gives back to the library.
+    const std::string albums = TemporaryDirectory::path() + "/" + capitalizedName();
+    if (FileManager::fileExists(albums)) {
+        supervisor.systemExecute(BackupCommands::updateArchive(archivePath(), {DeviceRoot::devicePathOf(albums)}));
+    }
     return finishArchive();
 }
 

@@ -6,6 +6,8 @@
 #include "items/ApplicationScan.h"
 #include "items/ArchivableFolders.h"
 #include "items/DeviceItems.h"
+#include "items/PhotoVideoAlbum.h"
+#include "items/PhotoVideoManager.h"
 #include "items/SHSHBlob.h"
 #include "items/WebClip.h"
 
@@ -25,21 +27,28 @@ struct Items {
     DeviceItems::PreferenceFiles springboardFiles;
     DeviceItems::Sources sources;
     ArchivableFolders::Folders folders;
+    PhotoVideoManager::Albums albums;
 };
 
 // Every kind is looked at, as with every scan setting on, for this run only.
 Items scannedItems() {
     gAutoScanOtherOptionsEnabled = true;
     gAutoScanAppStoreAppsEnabled = true;
+    gAutoScanPhotosEnabled = true;
+    gAutoScanVideosEnabled = true;
     ArchivableFolders::resetFolder();
     Items items{ApplicationScan::buildListOfApplications({}),
                 DeviceItems::preferenceFiles(),
                 DeviceItems::springboardFiles(),
                 DeviceItems::repositorySources(),
+                {},
                 {}};
     for (const auto& folder : ArchivableFolders::folders()) {
         if (folder->exists()) items.folders.push_back(folder);
     }
+    PhotoVideoManager& library = PhotoVideoManager::shared();
+    library.reset();
+    items.albums = library.photoVideoAlbums();
     return items;
 }
 
@@ -88,12 +97,24 @@ nlohmann::json folderJson(const ArchivableFolder& folder) {
             {"contents", contents}};
 }
 
+nlohmann::json albumJson(const PhotoVideoAlbum& album) {
+    return {{"name", album.name()},
+            {"editable", album.isEditable()},
+            {"photos", album.photos()},
+            {"photoSize", album.photoSize()},
+            {"photoSelected", album.isPhotoSelected()},
+            {"videos", album.videos()},
+            {"videoSize", album.videoSize()},
+            {"videoSelected", album.isVideoSelected()}};
+}
+
 void printJson(Items& items, std::ostream& out) {
     nlohmann::json json = {{"applications", nlohmann::json::array()},
                            {"preferenceFiles", nlohmann::json::array()},
                            {"springboardFiles", nlohmann::json::array()},
                            {"sources", nlohmann::json::array()},
-                           {"archivableFolders", nlohmann::json::array()}};
+                           {"archivableFolders", nlohmann::json::array()},
+                           {"albums", nlohmann::json::array()}};
     for (const auto& application : items.applications) json["applications"].push_back(applicationJson(*application));
     for (const auto& file : items.preferenceFiles) json["preferenceFiles"].push_back(itemJson(*file));
     for (const auto& file : items.springboardFiles) json["springboardFiles"].push_back(itemJson(*file));
@@ -104,6 +125,7 @@ void printJson(Items& items, std::ostream& out) {
                                    {"selected", source->isSelected()}});
     }
     for (const auto& folder : items.folders) json["archivableFolders"].push_back(folderJson(*folder));
+    for (const auto& album : items.albums) json["albums"].push_back(albumJson(*album));
     out << json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
 }
 
@@ -134,6 +156,12 @@ void printText(Items& items, std::ostream& out) {
             fmt::print(out, "      {} {}  {:.3f} Mb\n", mark(item->isSelected()), item->displayName(), item->size());
         }
     }
+    fmt::print(out, "Albums ({})\n", items.albums.size());
+    for (const auto& album : items.albums) {
+        fmt::print(out, "  {} {}  {} {} photos {:.3f} Mb  {} {} videos {:.3f} Mb\n", mark(album->isSelected()),
+                   album->name(), mark(album->isPhotoSelected()), album->photos().size(), album->photoSize(),
+                   mark(album->isVideoSelected()), album->videos().size(), album->videoSize());
+    }
 }
 
 }  // namespace
@@ -146,6 +174,9 @@ int ItemsCommand::run(bool asJson, std::ostream& out, std::ostream& errors) {
         Supervisor::shared().setCurrentStorageType(StorageType::Local);
     }
     Items items = scannedItems();
+    if (const auto problem = PhotoVideoManager::shared().libraryErrorMessage()) {
+        fmt::print(errors, "stowhaven: Photo Library Access Error: {}\n", *problem);
+    }
     if (asJson) {
         printJson(items, out);
     } else {

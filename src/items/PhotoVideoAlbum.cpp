@@ -2,21 +2,14 @@
 
 #include "archive/KeyedArchiver.h"
 #include "archive/KeyedUnarchiver.h"
+#include "core/FileSizes.h"
 #include "items/SelectionDefaults.h"
 
 namespace stowhaven {
 
 namespace {
 
-// The albums whose photos, and those whose videos, are chosen by default.
-DefaultList& defaultPhotoAlbums() {
-    static DefaultList albums("Photos_Backup");
-    return albums;
-}
-DefaultList& defaultVideoAlbums() {
-    static DefaultList albums("Videos_Backup");
-    return albums;
-}
+constexpr double kBytesPerMegabyte = FileSizes::kBytesPerMegabyte;
 
 std::vector<std::string> namesIn(const std::optional<ArchiveValue::Array>& array) {
     std::vector<std::string> names;
@@ -32,13 +25,19 @@ ArchiveValue arrayOfNames(const std::vector<std::string>& names) {
 
 }  // namespace
 
-PhotoVideoAlbum::PhotoVideoAlbum(std::string name) : SelectableItem(std::move(name)) {}
+DefaultList& PhotoVideoAlbum::defaultAlbums(bool photos) {
+    static DefaultList photoAlbums("Photos_Backup");
+    static DefaultList videoAlbums("Videos_Backup");
+    return photos ? photoAlbums : videoAlbums;
+}
+
+PhotoVideoAlbum::PhotoVideoAlbum(std::string name) : SelectableItem(std::move(name)) { setSize(0); }
 
 PhotoVideoAlbum::PhotoVideoAlbum(KeyedUnarchiver& coder)
     : SelectableItem(coder),
       fEditable_(coder.decodeBoolForKey("fEditable")),
-      fPhotoSelected_(defaultPhotoAlbums().contains(name())),
-      fVideoSelected_(defaultVideoAlbums().contains(name())),
+      fPhotoSelected_(defaultAlbums(true).contains(name())),
+      fVideoSelected_(defaultAlbums(false).contains(name())),
       fAllAccounted_(true),
       photos_(namesIn(coder.decodeArrayForKey("photos"))),
       videos_(namesIn(coder.decodeArrayForKey("videos"))),
@@ -46,6 +45,35 @@ PhotoVideoAlbum::PhotoVideoAlbum(KeyedUnarchiver& coder)
       photoSize_(coder.decodeDoubleForKey("photoSize")),
       videoSize_(coder.decodeDoubleForKey("videoSize")) {
     setSize(photoSize_ + videoSize_);
+}
+
+void PhotoVideoAlbum::setPhotoSize(double size) {
+    photoSize_ = size;
+    setSize(photoSize_ + videoSize_);
+}
+
+void PhotoVideoAlbum::setVideoSize(double size) {
+    videoSize_ = size;
+    setSize(photoSize_ + videoSize_);
+}
+
+void PhotoVideoAlbum::calculateSize(PhotoLibrary& library) {
+    std::lock_guard lock(mutex_);
+    if (fAllAccounted_) return;
+    const auto bytesOf = [&](PhotoLibrary::Filter filter) {
+        std::uint64_t bytes = 0;
+        if (!assetsGroup_) return bytes;
+        for (const Asset& asset : library.assets(*assetsGroup_, filter)) {
+            if (const auto representation = library.defaultRepresentation(asset)) bytes += representation->size;
+        }
+        return bytes;
+    };
+    if (!photos_.empty()) setPhotoSize(static_cast<double>(bytesOf(PhotoLibrary::Filter::AllPhotos)) / kBytesPerMegabyte);
+    if (!videos_.empty()) setVideoSize(static_cast<double>(bytesOf(PhotoLibrary::Filter::AllVideos)) / kBytesPerMegabyte);
+    fPhotoSelected_ = fPhotoSelected_ && photoSize_ > 0;
+    fVideoSelected_ = fVideoSelected_ && videoSize_ > 0;
+    setSelected(size() > 0);
+    fAllAccounted_ = true;
 }
 
 std::shared_ptr<Codable> PhotoVideoAlbum::initWithCoder(KeyedUnarchiver& coder) {

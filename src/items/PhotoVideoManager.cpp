@@ -15,11 +15,8 @@ void PhotoVideoManager::setPhotoVideoAlbums(Albums albums, bool allAccounted) {
     fAllAccounted_ = allAccounted;
 }
 
-void PhotoVideoManager::reset() {
-    setPhotoVideoAlbums({}, false);
-    CydiaFileManager& catalogue = CydiaFileManager::shared();
-    catalogue.setHasData(StockDataSet::Photos, false);
-    catalogue.setHasData(StockDataSet::Videos, false);
+PhotoVideoManager::Albums PhotoVideoManager::photoVideoAlbums() const {
+    return withSettledAlbums([](const Albums& albums) { return albums; });
 }
 
 bool PhotoVideoManager::hasDefaultPhotoVideo() {
@@ -32,35 +29,35 @@ bool PhotoVideoManager::hasDefaultPhotoVideo() {
 }
 
 double PhotoVideoManager::totalPhotoSize() const {
-    return albums_.with([](const Albums& albums) { return AlbumTotals::photoSize(albums, false); });
+    return withSettledAlbums([](const Albums& albums) { return AlbumTotals::photoSize(albums, false); });
 }
 
 double PhotoVideoManager::selectedPhotoSize() const {
-    return albums_.with([](const Albums& albums) { return AlbumTotals::photoSize(albums, true); });
+    return withSettledAlbums([](const Albums& albums) { return AlbumTotals::photoSize(albums, true); });
 }
 
 double PhotoVideoManager::totalVideoSize() const {
-    return albums_.with([](const Albums& albums) { return AlbumTotals::videoSize(albums, false); });
+    return withSettledAlbums([](const Albums& albums) { return AlbumTotals::videoSize(albums, false); });
 }
 
 double PhotoVideoManager::selectedVideoSize() const {
-    return albums_.with([](const Albums& albums) { return AlbumTotals::videoSize(albums, true); });
+    return withSettledAlbums([](const Albums& albums) { return AlbumTotals::videoSize(albums, true); });
 }
 
 std::size_t PhotoVideoManager::totalPhotoCount() const {
-    return albums_.with([](const Albums& albums) { return AlbumTotals::photoCount(albums, false); });
+    return withSettledAlbums([](const Albums& albums) { return AlbumTotals::photoCount(albums, false); });
 }
 
 std::size_t PhotoVideoManager::selectedPhotoCount() const {
-    return albums_.with([](const Albums& albums) { return AlbumTotals::photoCount(albums, true); });
+    return withSettledAlbums([](const Albums& albums) { return AlbumTotals::photoCount(albums, true); });
 }
 
 std::size_t PhotoVideoManager::totalVideoCount() const {
-    return albums_.with([](const Albums& albums) { return AlbumTotals::videoCount(albums, false); });
+    return withSettledAlbums([](const Albums& albums) { return AlbumTotals::videoCount(albums, false); });
 }
 
 std::size_t PhotoVideoManager::selectedVideoCount() const {
-    return albums_.with([](const Albums& albums) { return AlbumTotals::videoCount(albums, true); });
+    return withSettledAlbums([](const Albums& albums) { return AlbumTotals::videoCount(albums, true); });
 }
 
 }  // namespace stowhaven

@@ -5,6 +5,7 @@
 #include "platform/services/HostCalendarStore.h"
 #include "platform/services/HostContactsAccess.h"
 #include "platform/services/HostMailComposer.h"
+#include "platform/services/HostPhotoLibrary.h"
 #include "platform/services/HostReachability.h"
 
 namespace stowhaven {
@@ -25,6 +26,7 @@ std::unique_ptr<Platform> Platform::host() {
     platform->setMail(std::make_unique<HostMailComposer>());
     platform->setSystemNotifications(std::make_unique<HostSystemNotifications>());
     platform->setContactsAccess(std::make_unique<HostContactsAccess>());
+    platform->setPhotoLibrary(std::make_unique<HostPhotoLibrary>());
     return platform;
 }
 

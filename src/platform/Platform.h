@@ -6,6 +6,7 @@
 #include "platform/services/Clock.h"
 #include "platform/services/ContactsAccess.h"
 #include "platform/services/MailComposer.h"
+#include "platform/services/PhotoLibrary.h"
 #include "platform/services/Reachability.h"
 #include "platform/services/Sounds.h"
 #include "platform/services/SystemNotifications.h"
@@ -32,6 +33,7 @@ public:
     MailComposer& mail() { return *mail_; }
     SystemNotifications& systemNotifications() { return *systemNotifications_; }
     ContactsAccess& contactsAccess() { return *contactsAccess_; }
+    PhotoLibrary& photoLibrary() { return *photoLibrary_; }
 
     void setShell(std::unique_ptr<Shell> shell) { shell_ = std::move(shell); }
     void setClock(std::unique_ptr<Clock> clock) { clock_ = std::move(clock); }
@@ -44,6 +46,7 @@ public:
         systemNotifications_ = std::move(notifications);
     }
     void setContactsAccess(std::unique_ptr<ContactsAccess> access) { contactsAccess_ = std::move(access); }
+    void setPhotoLibrary(std::unique_ptr<PhotoLibrary> library) { photoLibrary_ = std::move(library); }
 
 private:
     std::unique_ptr<Shell> shell_;
@@ -55,6 +58,7 @@ private:
     std::unique_ptr<MailComposer> mail_;
     std::unique_ptr<SystemNotifications> systemNotifications_;
     std::unique_ptr<ContactsAccess> contactsAccess_;
+    std::unique_ptr<PhotoLibrary> photoLibrary_;
 };
 
 }  // namespace stowhaven

@@ -9,6 +9,7 @@
 #include "core/Text.h"
 #include "items/PhotoVideoManager.h"
 #include "items/PreferenceFile.h"
+#include "platform/DeviceRoot.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/Strings.h"
@@ -30,6 +31,22 @@ namespace {
 constexpr const char* kMembersList = "membersToExtract.txt";
 
 std::string lastPathComponent(const std::string& path) { return std::filesystem::path(path).filename().string(); }
+
+// The device folder of the albums' files that the archive of photos or videos holds.
+std::optional<std::string> albumsFolderOf(const std::optional<std::string>& kind) {
+    if (kind != "PHOTOS" && kind != "VIDEOS") return std::nullopt;
+    return DeviceRoot::devicePathOf(TemporaryDirectory::path() + "/" + textutil::firstLetterUppered(*kind));
+}
+
+// Photos and videos go back through the library, from the albums' folders alone: the
+// library's own folders in the archive are never written over the device's.
+std::function<bool(const std::string&)> albumMembersOnly(const std::optional<std::string>& kind) {
+    const auto folder = albumsFolderOf(kind);
+    if (!folder) return nullptr;
+    return [relative = folder->substr(1)](const std::string& member) {
+        return member.starts_with(relative + "/") || member == relative;
+    };
+}
 
 }  // namespace
 
@@ -64,7 +81,9 @@ void DataRestoreOperation::advanceStep(const std::optional<std::string>& text) {
 
 std::vector<std::string> DataRestoreOperation::ownedPaths() const {
     const DataCategory* category = activeDirectory_ ? dataCategoryNamed(*activeDirectory_) : nullptr;
-    return category ? category->ownedPaths : std::vector<std::string>{};
+    std::vector<std::string> owned = category ? category->ownedPaths : std::vector<std::string>{};
+    if (const auto albums = albumsFolderOf(activeDirectory_)) owned.push_back(*albums);
+    return owned;
 }
 
 void DataRestoreOperation::mergeAndUnzipData(std::uint64_t archiveSize) {
@@ -107,7 +126,7 @@ void DataRestoreOperation::unzip(const std::string& archive, const std::string& 
         const auto count = extractSelectedFiles(archive, target);
         if (count) SH_LOG("Restored {} file(s)!", *count);
         unpacked = count.has_value();
-    } else if (extractMembers(archive, {ownedPaths(), target})) {
+    } else if (extractMembers(archive, {ownedPaths(), target}, albumMembersOnly(activeDirectory_))) {
         restoreAlbums(archive);
         unpacked = true;
     }

@@ -73,6 +73,7 @@ TEST_F(HistoryViewProgramTest, JsonKeysTheSessionAsItsArchiveDoes) {
     EXPECT_EQ(session["archivableFolders"][0]["folderContents"][0]["name"], "Chime.m4r");
     EXPECT_EQ(session["fCalendar"], true);
     EXPECT_EQ(session["photoVideoAlbums"][0]["photos"], nlohmann::json({"IMG_0001.JPG", "IMG_0002.JPG"}));
+    EXPECT_EQ(session["photoVideoAlbums"][0]["size"], 4.5) << "the sum of its sides, though never set itself";
 }
 
 TEST_F(HistoryViewProgramTest, ANoteAndItsVCardShowEverySessionOfTheDevice) {
