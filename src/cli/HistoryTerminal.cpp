@@ -70,18 +70,21 @@ void deviceActions(TerminalFlow& flow, AvailableDeviceBackupController& controll
     fmt::print(flow.out(), "{}\n",
                wrapped(fmt::format("{}: {} session(s)", controller.selectedDeviceBackup(), dates.size()), flow.width()));
     showDetails(flow, dates);
-    runChosen(*flow.prompt(), {{"Rename it", [&controller, &wait] {
-                                    controller.askToRename();
-                                    wait();
-                                }},
-                               {"Delete it", [&controller, &wait] {
-                                    controller.askToDelete();
-                                    wait();
-                                }},
-                               {"Use its backups for this device", [&controller, &wait] {
-                                    controller.useSelectedDeviceBackup();
-                                    wait();
-                                }}});
+    std::vector<Action> actions = {{"Rename it", [&controller, &wait] {
+                                        controller.askToRename();
+                                        wait();
+                                    }},
+                                   {"Delete it", [&controller, &wait] {
+                                        controller.askToDelete();
+                                        wait();
+                                    }}};
+    if (controller.selectedDeviceBackup() != AvailableDeviceBackupController::thisDeviceBackupName()) {
+        actions.push_back({"Use its backups for this device", [&controller, &wait] {
+                               controller.useSelectedDeviceBackup();
+                               wait();
+                           }});
+    }
+    runChosen(*flow.prompt(), actions);
 }
 
 }  // namespace
