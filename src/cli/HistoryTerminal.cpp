@@ -50,12 +50,11 @@ void sessionActions(TerminalFlow& flow, BackupSessionsViewController& controller
         before == sessions.end() ? std::nullopt : std::optional<std::size_t>(before - sessions.begin());
     controller.selectRow(row);
     showDetails(flow, state.details);
-    std::vector<Action> actions = {
-        {"Use it for the next restore", [&controller] { controller.viewWillDisappear(); }},
-        {"Delete it", [&controller, &wait] {
-             controller.askToDeleteSelected();
-             wait();
-         }}};
+    std::vector<Action> actions = {{"Use it for the next restore", [&controller] { controller.viewWillDisappear(); }},
+                                   {"Delete it", [&controller, &wait] {
+                                        controller.askToDeleteSelected();
+                                        wait();
+                                    }}};
     if (controller.canUploadToDropbox()) {
         actions.push_back({"Copy it to Dropbox", [&controller, &wait] {
                                controller.askToUploadToDropbox();
@@ -67,10 +66,12 @@ void sessionActions(TerminalFlow& flow, BackupSessionsViewController& controller
 
 void deviceActions(TerminalFlow& flow, AvailableDeviceBackupController& controller, const std::function<void()>& wait) {
     const auto& dates = controller.backupDates();
-    fmt::print(flow.out(), "{}\n",
-               wrapped(fmt::format("{}: {} session(s)", controller.selectedDeviceBackup(), dates.size()), flow.width()));
+    fmt::print(
+        flow.out(), "{}\n",
+        wrapped(fmt::format("{}: {} session(s)", controller.selectedDeviceBackup(), dates.size()), flow.width()));
     showDetails(flow, dates);
-    std::vector<Action> actions = {{"Rename it", [&controller, &wait] {
+    std::vector<Action> actions = {{"Rename it",
+                                    [&controller, &wait] {
                                         controller.askToRename();
                                         wait();
                                     }},
@@ -95,7 +96,9 @@ void showBackupSessionsScreen(TerminalFlow& flow) {
     if (flow.prompt() == nullptr) return;
     const auto state = std::make_shared<HistoryScreenState>();
     const auto controller = BackupSessionsViewController::create(state);
-    const std::function<void()> wait = [&controller] { waitUntilIdle([&controller] { return controller->isWaiting(); }); };
+    const std::function<void()> wait = [&controller] {
+        waitUntilIdle([&controller] { return controller->isWaiting(); });
+    };
     controller->viewDidAppear();
     wait();
     while (!state->closed && !flow.userLeft()) {
@@ -104,8 +107,8 @@ void showBackupSessionsScreen(TerminalFlow& flow) {
         for (std::size_t row = 0; row < rows.size() && row < sessions.size(); ++row) {
             if (sessions[row] == controller->selectedBackupSession()) rows[row] += "  (to restore)";
         }
-        const auto title = fmt::format("\nBackups of this device on {}, newest first:",
-                                       Supervisor::shared().storageEngineName());
+        const auto title =
+            fmt::format("\nBackups of this device on {}, newest first:", Supervisor::shared().storageEngineName());
         const auto chosen = flow.prompt()->choose(title, rows, "Back");
         if (!chosen) {
             controller->viewWillDisappear();
@@ -119,7 +122,9 @@ void showDeviceBackupsScreen(TerminalFlow& flow) {
     if (flow.prompt() == nullptr) return;
     const auto state = std::make_shared<HistoryScreenState>();
     const auto controller = AvailableDeviceBackupController::create(state);
-    const std::function<void()> wait = [&controller] { waitUntilIdle([&controller] { return controller->isWaiting(); }); };
+    const std::function<void()> wait = [&controller] {
+        waitUntilIdle([&controller] { return controller->isWaiting(); });
+    };
     controller->viewDidAppear();
     wait();
     while (!state->closed && !flow.userLeft()) {

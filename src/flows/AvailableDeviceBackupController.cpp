@@ -93,12 +93,14 @@ void Self::reloadAvailableDeviceBackups() {
     if (!engine) return;
     startWaiting(Strings::localized("SEARCH_FOR_ALL_DEVICES_BACKUP"));
     const auto weak = weak_from_this();
-    engine->setSuccessSelector(history::successOnMain(
-                                   weak, [](Self& self, const HookObject&) { self.handleAvailableDeviceBackupsSucceeded(); }),
-                               history::failureOnMain(weak, [](Self& self) { self.handleAvailableDeviceBackupsFailed(); }));
-    history::callInBackground([engine] { engine->loadAvailableDeviceBackups(); }, [weak] {
-        if (const auto self = weak.lock()) self->endWaiting();
-    });
+    engine->setSuccessSelector(
+        history::successOnMain(weak,
+                               [](Self& self, const HookObject&) { self.handleAvailableDeviceBackupsSucceeded(); }),
+        history::failureOnMain(weak, [](Self& self) { self.handleAvailableDeviceBackupsFailed(); }));
+    history::callInBackground([engine] { engine->loadAvailableDeviceBackups(); },
+                              [weak] {
+                                  if (const auto self = weak.lock()) self->endWaiting();
+                              });
 }
 
 void Self::handleAvailableDeviceBackupsSucceeded() {
@@ -107,8 +109,10 @@ void Self::handleAvailableDeviceBackupsSucceeded() {
         selectedDeviceBackup_.clear();
         backupDates_.clear();
         screen_->showRows({}, std::nullopt);
-        present({kNoDeviceBackup, Strings::localized("NO_DEVICE_BACKUP_TITLE"),
-                 Strings::localized("NO_DEVICE_BACKUP_MESSAGE"), {Strings::localized("OK_BUTTON")}},
+        present({kNoDeviceBackup,
+                 Strings::localized("NO_DEVICE_BACKUP_TITLE"),
+                 Strings::localized("NO_DEVICE_BACKUP_MESSAGE"),
+                 {Strings::localized("OK_BUTTON")}},
                 [weak = weak_from_this()](const AlertAnswer&) {
                     if (const auto self = weak.lock()) self->viewWillDisappear();
                 });
@@ -156,12 +160,12 @@ void Self::loadDetailBackupForDeviceId(const std::string& name) {
     startWaiting(Strings::localized("LOADING_DEVICE_BACKUP_DETAILS"));
     const auto weak = weak_from_this();
     engine->setSuccessSelector(
-        history::successOnMain(
-            weak, [](Self& self, const HookObject& object) { self.handleDetailLoaded(object); }),
+        history::successOnMain(weak, [](Self& self, const HookObject& object) { self.handleDetailLoaded(object); }),
         nullptr);
-    history::callInBackground([engine, name] { engine->loadBackupDetailsForDevice(name); }, [weak] {
-        if (const auto self = weak.lock()) self->endWaiting();
-    });
+    history::callInBackground([engine, name] { engine->loadBackupDetailsForDevice(name); },
+                              [weak] {
+                                  if (const auto self = weak.lock()) self->endWaiting();
+                              });
 }
 
 // A file engine lists the device's history files, named by their stamps; the address book's
@@ -184,7 +188,8 @@ void Self::handleDetailLoaded(const HookObject& object) {
     } else if (hasDeviceFolders()) {
         for (const std::string& name : *names) {
             if (!name.ends_with(kHistoryFileSuffix)) continue;
-            const auto date = StorageLayout::dateOfStamp(std::string_view(name).substr(0, name.size() - kHistoryFileSuffix.size()));
+            const auto date =
+                StorageLayout::dateOfStamp(std::string_view(name).substr(0, name.size() - kHistoryFileSuffix.size()));
             if (date) backupDates_.push_back(history::viewDate(*date));
         }
     }
@@ -195,7 +200,8 @@ void Self::handleDetailLoaded(const HookObject& object) {
 
 void Self::askToRename() {
     if (selectedDeviceBackup_.empty()) return;
-    Alert question{kRename, Strings::localized("RENAME_CONFIRMATION_TITLE"),
+    Alert question{kRename,
+                   Strings::localized("RENAME_CONFIRMATION_TITLE"),
                    Strings::localized("RENAME_DEVICE_BACKUP_CONFIRMATION_MESSAGE"),
                    {Strings::localized("CANCEL_BUTTON"), Strings::localized("OK_BUTTON")}};
     question.field = Alert::Field::Text;
@@ -231,7 +237,8 @@ void Self::rename(const std::string& newName) {
 
 void Self::askToDelete() {
     if (selectedDeviceBackup_.empty()) return;
-    present({kDeleteDeviceBackup, Strings::localized("DELETE_CONFIRMATION_TITLE"),
+    present({kDeleteDeviceBackup,
+             Strings::localized("DELETE_CONFIRMATION_TITLE"),
              Strings::localized("DELETE_DEVICE_BACKUP_CONFIRMATION_MESSAGE"),
              {Strings::localized("NO_BUTTON"), Strings::localized("YES_BUTTON")}},
             [weak = weak_from_this()](const AlertAnswer& answer) {
@@ -257,12 +264,13 @@ void Self::callWithListHooks(const std::string& indicator, std::function<void(St
     if (!engine || !hasDeviceFolders()) return;
     startWaiting(indicator);
     const auto weak = weak_from_this();
-    engine->setSuccessSelector(history::successOnMain(
-                                   weak, [](Self& self, const HookObject&) { self.reloadAvailableDeviceBackups(); }),
-                               history::failureOnMain(weak, [](Self& self) { self.handleAvailableDeviceBackupsFailed(); }));
-    history::callInBackground([engine, call = std::move(call)] { call(*engine); }, [weak] {
-        if (const auto self = weak.lock()) self->endWaiting();
-    });
+    engine->setSuccessSelector(
+        history::successOnMain(weak, [](Self& self, const HookObject&) { self.reloadAvailableDeviceBackups(); }),
+        history::failureOnMain(weak, [](Self& self) { self.handleAvailableDeviceBackupsFailed(); }));
+    history::callInBackground([engine, call = std::move(call)] { call(*engine); },
+                              [weak] {
+                                  if (const auto self = weak.lock()) self->endWaiting();
+                              });
 }
 
 // Only Dropbox and the address book can copy a device's backup to another name.
@@ -276,7 +284,8 @@ bool Self::refusesTakeOverOf(const std::string& name) {
 
 void Self::askToUseSelectedDeviceBackup() {
     if (selectedDeviceBackup_.empty()) return;
-    present({kUseDeviceBackup, Strings::localized("OTHER_DEVICE_BACKUP"),
+    present({kUseDeviceBackup,
+             Strings::localized("OTHER_DEVICE_BACKUP"),
              Strings::localized("USE_OTHER_DEVICE_BACKUP_MESSAGE"),
              {Strings::localized("NO_BUTTON"), Strings::localized("YES_BUTTON")}},
             [weak = weak_from_this()](const AlertAnswer& answer) {
@@ -290,7 +299,8 @@ void Self::useSelectedDeviceBackup() {
     const bool thisDeviceListed = std::any_of(deviceBackups_.begin(), deviceBackups_.end(),
                                               [this](const std::string& entry) { return isThisDevice(entry); });
     if (thisDeviceListed && fCurrentDeviceHasBackupSessions_) {
-        present(report(kDeviceBackupAlreadyExists, "INFORMATION_TITLE", Strings::localized("DEVICE_BACKUP_ALREADY_EXISTS")));
+        present(report(kDeviceBackupAlreadyExists, "INFORMATION_TITLE",
+                       Strings::localized("DEVICE_BACKUP_ALREADY_EXISTS")));
         return;
     }
     fNeedReload_ = true;
@@ -299,16 +309,18 @@ void Self::useSelectedDeviceBackup() {
         copyAddressBookRecord();
         if (const auto book = Book::shared()) book->loadAvailableDeviceBackups();
         handleAvailableDeviceBackupsSucceeded();
-    } else if (const auto engine = Supervisor::shared().currentStorageEngine(); auto* copier = answersTo<StorageCopying>(engine)) {
+    } else if (const auto engine = Supervisor::shared().currentStorageEngine();
+               auto* copier = answersTo<StorageCopying>(engine)) {
         startWaiting(Strings::localized("COPYING_DEVICE_BACKUP"));
         const auto weak = weak_from_this();
         engine->setSuccessSelector(
             history::successOnMain(weak, [](Self& self, const HookObject&) { self.viewWillDisappear(); }),
             history::failureOnMain(weak, [](Self& self) { self.handleAvailableDeviceBackupsFailed(); }));
         const std::string target = thisDeviceBackupName();
-        history::callInBackground([engine, copier, name, target] { copier->copyFromPath(name, target); }, [weak] {
-            if (const auto self = weak.lock()) self->endWaiting();
-        });
+        history::callInBackground([engine, copier, name, target] { copier->copyFromPath(name, target); },
+                                  [weak] {
+                                      if (const auto self = weak.lock()) self->endWaiting();
+                                  });
     } else {
         SH_LOG("The engine can't copy <{}>", name);
     }

@@ -4,8 +4,8 @@
 #include "storage/StorageHelperProtocol.h"
 
 #include <atomic>
-#include <functional>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>

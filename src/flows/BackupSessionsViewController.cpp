@@ -99,8 +99,8 @@ void Self::handleBackupHistoryLoaded() {
 void Self::selectActiveBackupSession() {
     std::vector<std::string> rows;
     for (const auto& session : listBackupSessions_) {
-        rows.push_back(fmt::format("{}  {}", dateOf(*session),
-                                   session->title().value_or(Strings::localized("UNTITLED_BACKUP"))));
+        rows.push_back(
+            fmt::format("{}  {}", dateOf(*session), session->title().value_or(Strings::localized("UNTITLED_BACKUP"))));
     }
     const auto row = rowOf(selectedBackupSession_);
     screen_->showRows(rows, row);
@@ -115,13 +115,14 @@ void Self::selectRow(std::size_t row) {
 
 void Self::askToDeleteSelected() {
     if (!selectedBackupSession_) return;
-    AlertPresenter::shared()->present(
-        {kDeleteSession, Strings::localized("DELETE_CONFIRMATION_TITLE"),
-         Strings::localized("DELETE_BACKUP_SESSION_MESSAGE"),
-         {Strings::localized("NO_BUTTON"), Strings::localized("YES_BUTTON")}},
-        [weak = weak_from_this()](const AlertAnswer& answer) {
-            if (const auto self = weak.lock(); self && answer.buttonIndex == 1) self->deleteBackupSession();
-        });
+    AlertPresenter::shared()->present({kDeleteSession,
+                                       Strings::localized("DELETE_CONFIRMATION_TITLE"),
+                                       Strings::localized("DELETE_BACKUP_SESSION_MESSAGE"),
+                                       {Strings::localized("NO_BUTTON"), Strings::localized("YES_BUTTON")}},
+                                      [weak = weak_from_this()](const AlertAnswer& answer) {
+                                          if (const auto self = weak.lock(); self && answer.buttonIndex == 1)
+                                              self->deleteBackupSession();
+                                      });
 }
 
 // A file engine deletes the session's files first; the address book's note is written anew
@@ -138,12 +139,13 @@ void Self::deleteBackupSession() {
     startWaiting(Strings::format("DELETING_FROM", supervisor.storageEngineName()));
     const auto weak = weak_from_this();
     engine->setSuccessSelector(
-        history::successOnMain(
-            weak, [session](Self& self, const HookObject&) { self.handleDeletedBackupSession(session); }),
+        history::successOnMain(weak,
+                               [session](Self& self, const HookObject&) { self.handleDeletedBackupSession(session); }),
         history::failureOnMain(weak, [](Self& self) { self.handleBackupHistoryLoaded(); }));
-    history::callInBackground([engine, session] { engine->deleteBackupSession(session); }, [weak] {
-        if (const auto self = weak.lock()) self->endWaiting();
-    });
+    history::callInBackground([engine, session] { engine->deleteBackupSession(session); },
+                              [weak] {
+                                  if (const auto self = weak.lock()) self->endWaiting();
+                              });
 }
 
 void Self::handleDeletedBackupSession(const std::shared_ptr<BackupSession>& deleted) {
@@ -167,8 +169,7 @@ void Self::viewWillDisappear() {
     closed_ = true;
     CydiaFileManager& catalogue = CydiaFileManager::shared();
     const auto current = catalogue.currentBackupSession();
-    const bool changed =
-        selectedBackupSession_ && (!current || !selectedBackupSession_->isEqual(*current));
+    const bool changed = selectedBackupSession_ && (!current || !selectedBackupSession_->isEqual(*current));
     if (changed) {
         catalogue.changeCurrentBackupSessionTo(selectedBackupSession_);
         NotificationCenter::defaultCenter().post("LOAD_DATA");
@@ -183,13 +184,14 @@ bool Self::canUploadToDropbox() const {
 
 void Self::askToUploadToDropbox() {
     if (!canUploadToDropbox()) return;
-    AlertPresenter::shared()->present(
-        {kUploadToDropbox, Strings::localized("UPLOAD_TO_DROPBOX_TITLE"),
-         Strings::localized("UPLOAD_TO_DROPBOX_MESSAGE"),
-         {Strings::localized("NO_BUTTON"), Strings::localized("YES_BUTTON")}},
-        [weak = weak_from_this()](const AlertAnswer& answer) {
-            if (const auto self = weak.lock(); self && answer.buttonIndex == 1) self->uploadToDropbox();
-        });
+    AlertPresenter::shared()->present({kUploadToDropbox,
+                                       Strings::localized("UPLOAD_TO_DROPBOX_TITLE"),
+                                       Strings::localized("UPLOAD_TO_DROPBOX_MESSAGE"),
+                                       {Strings::localized("NO_BUTTON"), Strings::localized("YES_BUTTON")}},
+                                      [weak = weak_from_this()](const AlertAnswer& answer) {
+                                          if (const auto self = weak.lock(); self && answer.buttonIndex == 1)
+                                              self->uploadToDropbox();
+                                      });
 }
 
 // An engine that isn't logged in connects first, and goes on once it is.
@@ -209,9 +211,10 @@ void Self::uploadToDropbox() {
         history::successOnMain(weak, [](Self& self, const HookObject&) { self.proceedWithUpload(); }),
         history::failureOnMain(weak, [](Self& self) { self.handleUploadToDropboxFailed(); }));
     ++waiting_;
-    history::callInBackground([dropbox, connection] { connection->connect(); }, [weak] {
-        if (const auto self = weak.lock()) --self->waiting_;
-    });
+    history::callInBackground([dropbox, connection] { connection->connect(); },
+                              [weak] {
+                                  if (const auto self = weak.lock()) --self->waiting_;
+                              });
 }
 
 // Storing on Dropbox makes it the current engine for the time of the upload; local storage
@@ -227,11 +230,10 @@ void Self::proceedWithUpload() {
     Supervisor::shared().setStorageToDropbox();
     const std::string engineName = Supervisor::shared().storageEngineName();
     const auto weak = weak_from_this();
-    dropbox->setSuccessSelector(history::successOnMain(
-                                    weak, [engineName](Self& self, const HookObject&) {
-                                        self.handleUploadToDropboxDone(engineName);
-                                    }),
-                                history::failureOnMain(weak, [](Self& self) { self.handleUploadToDropboxFailed(); }));
+    dropbox->setSuccessSelector(
+        history::successOnMain(
+            weak, [engineName](Self& self, const HookObject&) { self.handleUploadToDropboxDone(engineName); }),
+        history::failureOnMain(weak, [](Self& self) { self.handleUploadToDropboxFailed(); }));
     history::callInBackground([session] { CydiaFileManager::shared().uploadToCloud(session); },
                               [weak, dropbox] {
                                   const auto self = weak.lock();
@@ -239,9 +241,9 @@ void Self::proceedWithUpload() {
                                   self->endWaiting();
                                   // An engine that ended without either hook: its error tells.
                                   if (!self->uploadEnded_) {
-                                      dropbox->hasError() ? self->handleUploadToDropboxFailed()
-                                                          : self->handleUploadToDropboxDone(
-                                                                Supervisor::shared().storageEngineName());
+                                      dropbox->hasError()
+                                          ? self->handleUploadToDropboxFailed()
+                                          : self->handleUploadToDropboxDone(Supervisor::shared().storageEngineName());
                                   }
                               });
 }
@@ -249,10 +251,12 @@ void Self::proceedWithUpload() {
 void Self::handleUploadToDropboxDone(const std::string& engineName) {
     if (uploadEnded_) return;
     uploadEnded_ = true;
-    if (const auto dropbox = StorageEngines::engine(StorageType::Dropbox)) dropbox->setSuccessSelector(nullptr, nullptr);
+    if (const auto dropbox = StorageEngines::engine(StorageType::Dropbox))
+        dropbox->setSuccessSelector(nullptr, nullptr);
     if (uploading_) uploading_->setIsInDropbox(true);
     Supervisor::shared().setStorageToLocal();
-    AlertPresenter::shared()->present({kUploadedToDropbox, Strings::localized("INFORMATION_TITLE"),
+    AlertPresenter::shared()->present({kUploadedToDropbox,
+                                       Strings::localized("INFORMATION_TITLE"),
                                        fmt::format("{} {}!", Strings::localized("BACKUP_ON_CLOUD"), engineName),
                                        {Strings::localized("OK_BUTTON")}},
                                       {});
@@ -261,7 +265,8 @@ void Self::handleUploadToDropboxDone(const std::string& engineName) {
 void Self::handleUploadToDropboxFailed() {
     if (uploadEnded_) return;
     uploadEnded_ = true;
-    if (const auto dropbox = StorageEngines::engine(StorageType::Dropbox)) dropbox->setSuccessSelector(nullptr, nullptr);
+    if (const auto dropbox = StorageEngines::engine(StorageType::Dropbox))
+        dropbox->setSuccessSelector(nullptr, nullptr);
     SH_LOG("The upload to Dropbox failed");
     Supervisor::shared().setStorageToLocal();
 }

@@ -78,8 +78,9 @@ protected:
             auto session = std::make_shared<BackupSession>();
             session->setSessionDate(Date(747763200.0 + 86400.0 * static_cast<double>(index)));
             session->setTitle("Session " + std::to_string(index));
-            session->setRawData("A\tcom.a\t1\tme\tTweaks\t(null)\nB\tcom.b\t1\tme\tTweaks\t(null)\n"
-                                "C\tcom.c\t1\tme\tThemes\t(null)\n");
+            session->setRawData(
+                "A\tcom.a\t1\tme\tTweaks\t(null)\nB\tcom.b\t1\tme\tTweaks\t(null)\n"
+                "C\tcom.c\t1\tme\tThemes\t(null)\n");
             sessions.push_back(session);
             files.push_back(StorageLayout::historyFileName(*session->sessionDate()));
         }

@@ -36,9 +36,9 @@ TEST(HistoryProgramTest, HistoryDeleteRemovesTheSessionFromStorageAndFromHistory
     ASSERT_EQ(stamps.size(), 2U);
 
     // Names that are no session of this device, and a delete that nobody confirmed.
-    for (const std::string& arguments : std::vector<std::string>{
-             "history delete --yes ../" + stamps[0], "history delete --yes '../*'",
-             "history delete --yes 2001-01-01_00~00~00", "history delete " + stamps[0]}) {
+    for (const std::string& arguments :
+         std::vector<std::string>{"history delete --yes ../" + stamps[0], "history delete --yes '../*'",
+                                  "history delete --yes 2001-01-01_00~00~00", "history delete " + stamps[0]}) {
         SCOPED_TRACE(arguments);
         const auto refused = device.run(arguments);
         EXPECT_EQ(refused.status, 2) << refused.errors;
