@@ -68,8 +68,10 @@ void PhotoVideoAlbum::calculateSize(PhotoLibrary& library) {
         }
         return bytes;
     };
-    if (!photos_.empty()) setPhotoSize(static_cast<double>(bytesOf(PhotoLibrary::Filter::AllPhotos)) / kBytesPerMegabyte);
-    if (!videos_.empty()) setVideoSize(static_cast<double>(bytesOf(PhotoLibrary::Filter::AllVideos)) / kBytesPerMegabyte);
+    if (!photos_.empty())
+        setPhotoSize(static_cast<double>(bytesOf(PhotoLibrary::Filter::AllPhotos)) / kBytesPerMegabyte);
+    if (!videos_.empty())
+        setVideoSize(static_cast<double>(bytesOf(PhotoLibrary::Filter::AllVideos)) / kBytesPerMegabyte);
     fPhotoSelected_ = fPhotoSelected_ && photoSize_ > 0;
     fVideoSelected_ = fVideoSelected_ && videoSize_ > 0;
     setSelected(size() > 0);

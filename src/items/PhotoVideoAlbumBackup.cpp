@@ -32,7 +32,8 @@ void copyAsset(PhotoLibrary& library, const Asset& asset, const std::string& fol
         return;
     }
     for (std::uint64_t offset = 0; offset < representation->size; offset += kChunkSize) {
-        const std::size_t length = static_cast<std::size_t>(std::min<std::uint64_t>(kChunkSize, representation->size - offset));
+        const std::size_t length =
+            static_cast<std::size_t>(std::min<std::uint64_t>(kChunkSize, representation->size - offset));
         const auto buffer = std::make_unique<char[]>(length);
         const auto read = library.getBytes(asset, buffer.get(), offset, length, error);
         if (!read || !file->write(buffer.get(), *read, error)) {
@@ -66,8 +67,9 @@ void PhotoVideoAlbum::prepareBackupInDirectory(const std::string& directory, boo
     Supervisor& supervisor = Supervisor::shared();
     supervisor.notifyProgress(std::nullopt, fmt::format("{}: {}", supervisor.progressMessage().value_or(""), name()));
     for (std::size_t index = 0; index < assets.size(); ++index) {
-        supervisor.notifyProgress(index + 1 < assets.size() ? static_cast<double>(index) / static_cast<double>(assets.size()) : 0.99,
-                                  std::nullopt);
+        supervisor.notifyProgress(
+            index + 1 < assets.size() ? static_cast<double>(index) / static_cast<double>(assets.size()) : 0.99,
+            std::nullopt);
         copyAsset(library, assets[index], folder);
     }
     SH_LOG("Took: {:f}s", std::chrono::duration<double>(clock.now() - started).count());

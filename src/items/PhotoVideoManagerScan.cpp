@@ -118,10 +118,9 @@ bool PhotoVideoManager::readLibrary() {
     // whole list when it tells whether all are.
     Semaphore measured;
     for (auto& measure : sizing) {
-        GlobalQueue::get(GlobalQueue::Priority::High).async([&measure, &measured] {
-            measure();
-            measured.signal();
-        });
+        // Signalled once the block is done with: run, or dropped by the queue at exit.
+        const std::shared_ptr<void> done(nullptr, [&measured](void*) { measured.signal(); });
+        GlobalQueue::get(GlobalQueue::Priority::High).async([&measure, done] { measure(); });
     }
     for (std::size_t count = 0; count < sizing.size(); ++count) measured.wait();
     removeSymlink();
@@ -135,7 +134,8 @@ void PhotoVideoManager::buildPhotoVideoAlbumUsing(const AssetsGroup& group, Phot
     auto album = std::make_shared<PhotoVideoAlbum>(group.name);
     album->setEditable(group.editable);
     if (const auto poster = library.posterAsset(group)) {
-        if (const auto representation = library.defaultRepresentation(*poster)) album->setPosterName(representation->filename);
+        if (const auto representation = library.defaultRepresentation(*poster))
+            album->setPosterName(representation->filename);
     }
     album->setAssetsGroup(group);
     if (photos) album->setPhotos(mediaNames(library, group, PhotoLibrary::Filter::AllPhotos));

@@ -9,8 +9,8 @@
 #include <fmt/format.h>
 #include <sqlite3.h>
 
-#include <filesystem>
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 

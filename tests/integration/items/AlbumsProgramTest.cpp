@@ -9,8 +9,8 @@
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <sqlite3.h>
+#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <map>
@@ -53,14 +53,15 @@ fs::path unpackAlbums(const test::SandboxDevice& device, const test::TestFolder&
     const std::string storage = ShellQuote::path(device.path(kStorageFolder));
     const std::string into = ShellQuote::path(folder.path().string());
     for (const char* kind : {"PHOTOS", "VIDEOS"}) {
-        test::runCommand(fmt::format("cat {0}/*/{1}/{1}-* | tar -x -C {2} --wildcards 'var/tmp/stowhaven/*'", storage,
-                                     kind, into));
+        test::runCommand(
+            fmt::format("cat {0}/*/{1}/{1}-* | tar -x -C {2} --wildcards 'var/tmp/stowhaven/*'", storage, kind, into));
     }
     return folder.path() / "var/tmp/stowhaven";
 }
 
 void runSql(const test::SandboxDevice& device, const std::string& sql) {
-    auto database = SqliteDatabase::open(device.path("/var/mobile/Media/PhotoData/Photos.sqlite"), SQLITE_OPEN_READWRITE);
+    auto database =
+        SqliteDatabase::open(device.path("/var/mobile/Media/PhotoData/Photos.sqlite"), SQLITE_OPEN_READWRITE);
     ASSERT_TRUE(database && database->exec(sql));
 }
 
@@ -116,8 +117,8 @@ TEST(AlbumsProgramTest, TheOwnersRefusalInThePrivacyRecordIsToldAndNothingIsRead
     const test::SandboxDevice device("demo");
     ASSERT_TRUE(turnOnAlbums(device));
     fs::create_directories(device.path("/var/mobile/Library/TCC"));
-    auto privacy = SqliteDatabase::open(device.path("/var/mobile/Library/TCC/TCC.db"),
-                                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    auto privacy =
+        SqliteDatabase::open(device.path("/var/mobile/Library/TCC/TCC.db"), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
     ASSERT_TRUE(privacy && privacy->exec("CREATE TABLE access (service TEXT, client TEXT, client_type INTEGER,"
                                          " allowed INTEGER, prompt_count INTEGER, csreq BLOB);"
                                          "INSERT INTO access VALUES ('kTCCServicePhotos', 'com.larkmoor.stowhaven',"
