@@ -14,6 +14,7 @@ std::string SettingOutput::text(const PlistValue& value) {
     if (const auto* string = value.asString()) return *string;
     if (const auto boolean = value.asBoolean()) return *boolean ? "true" : "false";
     if (const auto real = value.asReal()) return fmt::format("{}", *real);
+    if (value.asArray() != nullptr) return json(value).dump();
     return value.description();
 }
 

@@ -11,8 +11,8 @@ namespace stowhaven {
 // How the program shows a setting's value on the terminal.
 class SettingOutput {
 public:
-    // As it would be typed in: true, 5, 0.5, the text itself; dates and containers as the
-    // device describes them.
+    // As it would be typed in: true, 5, 0.5, the text itself, a list as a JSON array on one
+    // line; dates and dictionaries as the device describes them.
     static std::string text(const PlistValue& value);
     // Dates and data as the text of their description.
     static nlohmann::json json(const PlistValue& value);

@@ -15,9 +15,15 @@
 namespace stowhaven {
 
 void SettingsCommand::add(CLI::App& app) {
-    command_ = app.add_subcommand("settings", "List the settings, print one (KEY) or set one (KEY VALUE)");
+    command_ = app.add_subcommand(
+        "settings", "List the settings, print one (KEY), set one (KEY VALUE) or remove one (--unset KEY)");
     command_->add_option("key", request_.key, "A setting's key, such as CurrentStorageType");
-    command_->add_option("value", request_.value, "The new value, of the key's kind");
+    command_->add_option(
+        "value", request_.value,
+        "The new value, of the key's kind; a list is a JSON array of strings, such as '[\"a\",\"b\"]'");
+    command_->add_flag("--unset", request_.unset,
+                       "Remove the setting: its registered default counts again, and a default list is absent (all "
+                       "selected)");
     command_->add_flag("--json", request_.asJson, "In JSON");
     command_->add_flag("--show-secrets", request_.showSecrets, "Show passwords, tokens and keys unmasked");
 }
@@ -83,14 +89,9 @@ int print(const SettingKey& key, const SettingsCommand::Request& request, std::o
     return 0;
 }
 
-int store(const SettingKey& key, const std::string& text, std::ostream& errors) {
-    std::string problem;
-    auto value = SettingInput::parse(key, text, problem);
-    if (!value) {
-        fmt::print(errors, "stowhaven: {}: {}\n", key.name, problem);
-        return 2;
-    }
-    if (!UserDefaults::standard().set(key.name, std::move(*value))) {
+// A null value removes the key.
+int store(const SettingKey& key, PlistValue value, std::ostream& errors) {
+    if (!UserDefaults::standard().set(key.name, std::move(value))) {
         fmt::print(errors, "stowhaven: the settings couldn't be written to <{}>\n",
                    UserDefaults::pathForUser("mobile"));
         return 1;
@@ -101,14 +102,32 @@ int store(const SettingKey& key, const std::string& text, std::ostream& errors) 
 }  // namespace
 
 int SettingsCommand::run(const Request& request, std::ostream& out, std::ostream& errors) {
-    if (!request.key) return list(request, out);
+    if (!request.key) {
+        if (!request.unset) return list(request, out);
+        fmt::print(errors, "stowhaven: --unset needs the key to remove\n");
+        return 2;
+    }
     const SettingKey* key = SettingsKeys::find(*request.key);
     if (key == nullptr) {
         fmt::print(errors, "stowhaven: {} is no setting of the program (\"stowhaven settings\" lists them)\n",
                    *request.key);
         return 2;
     }
-    return request.value ? store(*key, *request.value, errors) : print(*key, request, out, errors);
+    if (request.unset) {
+        if (request.value) {
+            fmt::print(errors, "stowhaven: --unset takes a key and no value\n");
+            return 2;
+        }
+        return store(*key, PlistValue(), errors);
+    }
+    if (!request.value) return print(*key, request, out, errors);
+    std::string problem;
+    auto value = SettingInput::parse(*key, *request.value, problem);
+    if (!value) {
+        fmt::print(errors, "stowhaven: {}: {}\n", key->name, problem);
+        return 2;
+    }
+    return store(*key, std::move(*value), errors);
 }
 
 }  // namespace stowhaven

@@ -111,6 +111,35 @@ TEST_F(SettingsProgramTest, SettingAValueChecksItsKindAndWritesNothingOnARefusal
               nlohmann::json({{"key", "SoundEnabled"}, {"kind", "boolean"}, {"value", false}, {"default", false}}));
 }
 
+// The default lists of the selection screens: set from the command line, printed as JSON,
+// set again from that output, and removed so that everything counts as selected again.
+TEST_F(SettingsProgramTest, AListRoundTripsThroughItsJsonAndCanBeClearedBackToAbsent) {
+    const nlohmann::json sources = {"http://apt.example.org/", "it's \"quoted\" $HOME `id`", "ünï cödé", ""};
+    output("settings DefaultSources_Backup " + ShellQuote::quoted(sources.dump()));
+    const nlohmann::json printed = entry(listing(), "DefaultSources_Backup")["value"];
+    EXPECT_EQ(printed, sources);
+    output("settings DefaultSources_Backup " + ShellQuote::quoted(printed.dump()));
+    EXPECT_EQ(nlohmann::json::parse(output("settings DefaultSources_Backup")), sources);
+    EXPECT_EQ(PreferenceStore(settingsFile()).array("DefaultSources_Backup")->size(), sources.size());
+
+    const auto before = settingsBytes();
+    // Nothing but strings in one flat list; the saved hosts, with their passwords, not at all.
+    for (const std::string& refused : {std::string("[1]"), std::string(R"([["a"]])"), std::string(R"({"a":"b"})"),
+                                       std::string(R"("a")"), std::string(R"(["a"] ["b"])"), std::string("null"),
+                                       std::string(R"(["a",])"), std::string(100000, '['), std::string("[]x")}) {
+        const Outcome outcome = device_.run("settings DefaultApps_Restore " + ShellQuote::quoted(refused));
+        EXPECT_EQ(outcome.status, 2) << refused.substr(0, 20);
+        EXPECT_EQ(settingsBytes(), before);
+    }
+    EXPECT_EQ(device_.run("settings FTPHosts '[]'").status, 2);
+    EXPECT_EQ(device_.run("settings --unset").status, 2);
+    EXPECT_EQ(device_.run("settings --unset DefaultSources_Backup '[]'").status, 2);
+
+    output("settings --unset DefaultSources_Backup");
+    EXPECT_EQ(device_.run("settings DefaultSources_Backup").status, 1) << "absent again";
+    EXPECT_FALSE(PreferenceStore(settingsFile()).keyExists("DefaultSources_Backup"));
+}
+
 // As an older program or a hand may have left them: a count below 0 or past 32 bits.
 TEST_F(SettingsProgramTest, StoredCountsAndSizesOutsideTheirRangeReadAsTheNearestSafeOnes) {
     PreferenceStore stored(settingsFile());
