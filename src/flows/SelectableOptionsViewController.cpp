@@ -93,6 +93,19 @@ void SelectableOptionsViewController::switchState(std::size_t index) {
     updateSelectedCountStatus();
 }
 
+std::shared_ptr<SelectionRow> SelectableOptionsViewController::rowNamed(std::string_view key) const {
+    const auto found = std::find_if(data_.begin(), data_.end(), [&](const auto& row) { return row->key() == key; });
+    return found == data_.end() ? nullptr : *found;
+}
+
+bool SelectableOptionsViewController::setSelected(std::string_view key, bool selected) {
+    const auto row = rowNamed(key);
+    if (!row) return false;
+    row->setSelected(selected);
+    updateSelectedCountStatus();
+    return true;
+}
+
 void SelectableOptionsViewController::updateSelectedCountStatus() {
     const auto selected = std::count_if(data_.begin(), data_.end(), [](const auto& row) { return row->isSelected(); });
     selectedCountStatus_ = Strings::format("SELECTED_COUNT_STATUS", selected, data_.size());

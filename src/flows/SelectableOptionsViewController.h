@@ -46,6 +46,10 @@ public:
     bool selectFWCompatible();
     // The line at INDEX of those on show changes its state.
     void switchState(std::size_t index);
+    // The line of the whole list that KEY names (SelectionRow::key()), null when none does.
+    std::shared_ptr<SelectionRow> rowNamed(std::string_view key) const;
+    // The line that KEY names takes that state; false when no line has that name.
+    bool setSelected(std::string_view key, bool selected);
     // "3 of 10 selected", of the whole list.
     const std::string& selectedCountStatus() const { return selectedCountStatus_; }
 
