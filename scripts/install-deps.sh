@@ -9,10 +9,14 @@ packages=(
   # libraries
   libplist-dev zlib1g-dev libssl-dev libcurl4-openssl-dev nlohmann-json3-dev libpugixml-dev
   libsqlite3-dev libcli11-dev libfmt-dev
+  # the printout of the package list as a PDF, with a font to set it in
+  libcairo2-dev libpango1.0-dev fonts-dejavu-core
   # tests and benchmarks
   libgtest-dev libgmock-dev libbenchmark-dev
   # the FTP server of the tests, and curl's own tool beside the FTP and WebDAV clients in their benchmarks
   python3-pyftpdlib curl
+  # the PDF printout read back (pdftotext, pdfinfo)
+  poppler-utils
   # the WebDAV server of the tests (mod_dav, mod_ssl, htpasswd), run by the tests with a
   # configuration of their own on a port of their own: the system's server, which a fresh
   # machine starts on port 80, neither helps nor gets in the way

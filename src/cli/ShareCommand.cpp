@@ -1,19 +1,23 @@
 #include "cli/ShareCommand.h"
 
 #include "cli/CatalogueLoad.h"
+#include "cli/TerminalPasteboard.h"
 #include "core/AddressBookNote.h"
 #include "core/CydiaFileManager.h"
 #include "core/Supervisor.h"
+#include "flows/ShareManager.h"
 #include "platform/FileManager.h"
 #include "platform/Strings.h"
+#include "platform/TerminalControl.h"
 
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 
 namespace stowhaven {
 
-int ShareCommand::runVCard(const std::string& file, std::ostream& out, std::ostream& errors) {
-    loadCatalogue();
+namespace {
+
+int writeVCard(const std::string& file, std::ostream& out, std::ostream& errors) {
     CydiaFileManager& catalogue = CydiaFileManager::shared();
     const auto note = catalogue.getABVCardCurrentBackupSessionDataFormat();
     if (!note || note->empty()) {
@@ -27,6 +31,71 @@ int ShareCommand::runVCard(const std::string& file, std::ostream& out, std::ostr
     }
     const auto date = catalogue.currentBackupSession()->sessionDate();
     fmt::print(out, "The session of {} is in {}.\n", date ? gDateFormatter.stringFromDate(*date) : "(null)", file);
+    return 0;
+}
+
+}  // namespace
+
+int ShareCommand::runText(const std::optional<std::string>& file, std::ostream& out, std::ostream& errors) {
+    loadCatalogue();
+    const std::string text = ShareManager::userData().text;
+    if (text.empty()) return 1;
+    if (!file) {
+        out << text;
+        return 0;
+    }
+    std::string error;
+    if (!FileManager::writeFile(*file, text, &error)) {
+        fmt::print(errors, "stowhaven: {}: {}\n", *file, error);
+        return 1;
+    }
+    fmt::print(out, "The package list is in {}.\n", *file);
+    return 0;
+}
+
+int ShareCommand::runMail(std::ostream& /*out*/, std::ostream& /*errors*/) {
+    loadCatalogue();
+    const ShareData data = ShareManager::userData();
+    if (data.text.empty()) return 1;
+    ShareManager::mail(data, AlertPresenter::shared());
+    return 0;
+}
+
+int ShareCommand::runVCard(const std::optional<std::string>& file, std::ostream& out, std::ostream& errors) {
+    loadCatalogue();
+    if (file) return writeVCard(*file, out, errors);
+    if (!CydiaFileManager::shared().currentBackupSession()) {
+        fmt::print(errors, "stowhaven: {}\n", Strings::localized("NOTHING_TO_SHARE"));
+        return 1;
+    }
+    ShareManager::mailVCard(AlertPresenter::shared());
+    return 0;
+}
+
+int ShareCommand::runClipboard(const std::optional<std::string>& outputFile, std::ostream& out,
+                               std::ostream& errors) {
+    if (!outputFile && !TerminalControl::isStandardOutputATerminal()) {
+        fmt::print(errors, "stowhaven: the clipboard is the terminal's: run this on a terminal, or name a file "
+                           "with --output\n");
+        return 1;
+    }
+    loadCatalogue();
+    const ShareData data = ShareManager::userData();
+    if (data.text.empty()) return 1;
+    TerminalPasteboard pasteboard(out, outputFile);
+    ShareManager::copyToClipboard(data, pasteboard);
+    if (pasteboard.failure()) {
+        fmt::print(errors, "stowhaven: {}\n", *pasteboard.failure());
+        return 1;
+    }
+    return 0;
+}
+
+int ShareCommand::runPdf(const std::optional<std::string>& file, std::ostream& out, std::ostream& /*errors*/) {
+    loadCatalogue();
+    const std::string path = file.value_or(ShareManager::defaultPrintPath());
+    if (!ShareManager::print(path)) return 1;
+    fmt::print(out, "The printout is in {}.\n", path);
     return 0;
 }
 

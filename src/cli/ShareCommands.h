@@ -2,12 +2,14 @@
 
 #include <CLI/CLI.hpp>
 
+#include <optional>
 #include <ostream>
 #include <string>
 
 namespace stowhaven {
 
-// "stowhaven share vcard FILE": what leaves the device from the main screen's options.
+// "stowhaven share text|mail|vcard|clipboard|pdf": what leaves the device from the main
+// screen's options.
 class ShareCommands {
 public:
     void add(CLI::App& app);
@@ -15,9 +17,15 @@ public:
     int run(std::ostream& out, std::ostream& errors) const;
 
 private:
+    int runParsed(std::ostream& out, std::ostream& errors) const;
+
     CLI::App* command_ = nullptr;
+    CLI::App* text_ = nullptr;
+    CLI::App* mail_ = nullptr;
     CLI::App* vCard_ = nullptr;
-    std::string file_;
+    CLI::App* clipboard_ = nullptr;
+    CLI::App* pdf_ = nullptr;
+    std::optional<std::string> file_;
 };
 
 }  // namespace stowhaven
