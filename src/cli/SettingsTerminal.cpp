@@ -45,9 +45,14 @@ void showEngineRows(TerminalFlow& flow, SettingsViewController& settings) {
                     chooseServerHost(*server, *flow.prompt(), flow.out());
                 }
                 break;
+            case SettingsViewController::TapResult::Refused:
+                fmt::print(flow.out(), "{}\n",
+                           wrapped(fmt::format("{} can't be used here; the storage is {}.", row.title,
+                                               Supervisor::shared().storageEngineName()),
+                                   flow.width()));
+                break;
             case SettingsViewController::TapResult::Done:
             case SettingsViewController::TapResult::Asked:
-            case SettingsViewController::TapResult::Refused:
                 break;
         }
     }
@@ -85,7 +90,11 @@ void showSettingsScreen(TerminalFlow& flow) {
         };
         const auto chosen = flow.prompt()->choose("\nSettings", rows);
         if (!chosen) break;
-        if (*chosen == 0 && showSwitchList(flow, switches)) return;
+        // A reset ends the program once its alert, waiting on the main queue, is told.
+        if (*chosen == 0 && showSwitchList(flow, switches)) {
+            flow.settle();
+            return;
+        }
         if (*chosen == 1) showEngineRows(flow, *settings);
         if (*chosen == 2) settings->askMaximumBackupsToKeep();
         if (*chosen == 3) showBackupCalendar(flow);
