@@ -4,6 +4,7 @@
 #include <cairo.h>
 #include <pango/pangocairo.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 
@@ -29,8 +30,10 @@ using Attributes = std::unique_ptr<PangoAttrList, Deleter<PangoAttrList, pango_a
 void unrefObject(PangoLayout* layout) { g_object_unref(layout); }
 using Layout = std::unique_ptr<PangoLayout, Deleter<PangoLayout, unrefObject>>;
 
-// Package names come from control files: bytes that aren't UTF-8 are shown as U+FFFD.
-std::string validUtf8(const std::string& text) {
+// Package names come from control files: bytes that aren't UTF-8 are shown as U+FFFD, and
+// a NUL, which would end the text early, as "?".
+std::string validUtf8(std::string text) {
+    std::replace(text.begin(), text.end(), '\0', '?');
     gchar* valid = g_utf8_make_valid(text.data(), static_cast<gssize>(text.size()));
     std::string result(valid);
     g_free(valid);
