@@ -1,5 +1,6 @@
 #include "flows/PackageActions.h"
 
+#include "core/CydiaFileManager.h"
 #include "core/Supervisor.h"
 #include "core/Text.h"
 #include "platform/ShellQuote.h"
@@ -38,6 +39,8 @@ std::optional<std::string> PackageActions::commandLine(const CydiaFile& package,
 bool PackageActions::run(const CydiaFile& package, bool backup) {
     const auto command = commandLine(package, backup);
     if (!command) return false;
+    // The package manager's clean-ups hold its database while they run.
+    CydiaFileManager::shared().waitForCleanUpJobs();
     Supervisor::shared().systemExecute(*command);
     NotificationCenter::defaultCenter().post("RELOAD_DATA_NEEDED");
     return true;
