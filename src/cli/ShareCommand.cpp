@@ -8,6 +8,7 @@
 #include "flows/ShareManager.h"
 #include "platform/FileManager.h"
 #include "platform/Strings.h"
+#include "platform/Terminal.h"
 #include "platform/TerminalControl.h"
 
 #include <fmt/format.h>
@@ -72,17 +73,17 @@ int ShareCommand::runVCard(const std::optional<std::string>& file, std::ostream&
     return 0;
 }
 
-int ShareCommand::runClipboard(const std::optional<std::string>& outputFile, std::ostream& out,
-                               std::ostream& errors) {
+int ShareCommand::runClipboard(const std::optional<std::string>& outputFile, std::ostream& out, std::ostream& errors) {
     if (!outputFile && !TerminalControl::isStandardOutputATerminal()) {
-        fmt::print(errors, "stowhaven: the clipboard is the terminal's: run this on a terminal, or name a file "
-                           "with --output\n");
+        fmt::print(errors,
+                   "stowhaven: the clipboard is the terminal's: run this on a terminal, or name a file "
+                   "with --output\n");
         return 1;
     }
     loadCatalogue();
     const ShareData data = ShareManager::userData();
     if (data.text.empty()) return 1;
-    TerminalPasteboard pasteboard(out, outputFile);
+    TerminalPasteboard pasteboard(out, Terminal::standardErrorWidth(), outputFile);
     ShareManager::copyToClipboard(data, pasteboard);
     if (pasteboard.failure()) {
         fmt::print(errors, "stowhaven: {}\n", *pasteboard.failure());

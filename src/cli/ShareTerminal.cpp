@@ -4,7 +4,9 @@
 #include "cli/TerminalPasteboard.h"
 #include "cli/TextWrap.h"
 #include "core/AlertPresenter.h"
+#include "core/CydiaFileManager.h"
 #include "flows/ShareManager.h"
+#include "platform/Strings.h"
 
 #include <fmt/format.h>
 #include <fmt/ostream.h>
@@ -33,6 +35,10 @@ void showShareMenu(TerminalFlow& flow) {
             ShareManager::mail(ShareManager::userData(), AlertPresenter::shared());
             break;
         case VCard:
+            // Without a session the flow does nothing: the terminal says why.
+            if (!CydiaFileManager::shared().currentBackupSession()) {
+                out << wrapped(Strings::localized("NOTHING_TO_SHARE"), flow.width()) << "\n";
+            }
             ShareManager::mailVCard(AlertPresenter::shared());
             break;
         case Print:
@@ -43,9 +49,11 @@ void showShareMenu(TerminalFlow& flow) {
         case Clipboard: {
             const ShareData data = ShareManager::userData();
             if (data.text.empty()) break;
-            TerminalPasteboard pasteboard(out, std::nullopt);
+            TerminalPasteboard pasteboard(out, flow.width(), std::nullopt);
             ShareManager::copyToClipboard(data, pasteboard);
-            if (pasteboard.failure()) out << wrapped("The list was not copied: " + *pasteboard.failure(), flow.width()) << "\n";
+            if (pasteboard.failure()) {
+                out << wrapped("The list was not copied: " + *pasteboard.failure(), flow.width()) << "\n";
+            }
             break;
         }
     }

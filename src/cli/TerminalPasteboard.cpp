@@ -1,6 +1,7 @@
 #include "cli/TerminalPasteboard.h"
 
 #include "archive/Base64.h"
+#include "cli/TextWrap.h"
 #include "platform/FileManager.h"
 #include "platform/TerminalControl.h"
 
@@ -19,8 +20,8 @@ std::string itemName(const std::string& type) {
 
 }  // namespace
 
-TerminalPasteboard::TerminalPasteboard(std::ostream& out, std::optional<std::string> outputFile)
-    : out_(out), outputFile_(std::move(outputFile)) {}
+TerminalPasteboard::TerminalPasteboard(std::ostream& out, std::size_t width, std::optional<std::string> outputFile)
+    : out_(out), width_(width), outputFile_(std::move(outputFile)) {}
 
 void TerminalPasteboard::setItems(const std::vector<PasteboardItem>& items) {
     std::string leftBehind;
@@ -31,7 +32,7 @@ void TerminalPasteboard::setItems(const std::vector<PasteboardItem>& items) {
             leftBehind += (leftBehind.empty() ? "" : " and ") + itemName(item.type);
         }
     }
-    if (!leftBehind.empty()) fmt::print(out_, "Not copied: {}; a terminal's clipboard holds text alone.\n", leftBehind);
+    if (!leftBehind.empty()) say(fmt::format("Not copied: {}; a terminal's clipboard holds text alone.", leftBehind));
 }
 
 void TerminalPasteboard::copyText(const std::string& text) {
@@ -41,14 +42,16 @@ void TerminalPasteboard::copyText(const std::string& text) {
             failure_ = fmt::format("{}: {}", *outputFile_, error);
             return;
         }
-        fmt::print(out_, "The package list is in {}.\n", *outputFile_);
+        say(fmt::format("The package list is in {}.", *outputFile_));
         return;
     }
     if (!TerminalControl::send("\x1b]52;c;" + Base64::encode(text) + "\a")) {
         failure_ = "the terminal could not be written to";
         return;
     }
-    fmt::print(out_, "The package list is on the terminal's clipboard.\n");
+    say("The package list is on the terminal's clipboard.");
 }
+
+void TerminalPasteboard::say(const std::string& line) { out_ << wrapped(line, width_) << "\n"; }
 
 }  // namespace stowhaven

@@ -20,8 +20,10 @@ void ShareManager::mail(const ShareData& data, std::shared_ptr<AlertPresenter> c
     if (body.empty()) return;
     Supervisor& supervisor = Supervisor::shared();
     supervisor.setCaller(std::move(caller));
-    supervisor.sendEmail(
-        {.emailBody = body, .subject = Strings::localized("SHARING_DATA_WITH_YOU"), .toRecipients = {}, .fileAttachments = {}});
+    supervisor.sendEmail({.emailBody = body,
+                          .subject = Strings::localized("SHARING_DATA_WITH_YOU"),
+                          .toRecipients = {},
+                          .fileAttachments = {}});
 }
 
 void ShareManager::mailVCard(std::shared_ptr<AlertPresenter> caller) {

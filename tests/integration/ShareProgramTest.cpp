@@ -43,9 +43,10 @@ protected:
     ShareProgramTest() {
         std::ofstream status(device_.path("/var/lib/dpkg/status"), std::ios::app);
         const auto add = [&](const std::string& package, const std::string& name) {
-            status << fmt::format("\nPackage: {}\nStatus: install ok installed\nArchitecture: iphoneos-arm\n"
-                                  "Version: 1.0\nMaintainer: M <m@example.org>\nName: {}\nDescription: d\n",
-                                  package, name);
+            status << fmt::format(
+                "\nPackage: {}\nStatus: install ok installed\nArchitecture: iphoneos-arm\n"
+                "Version: 1.0\nMaintainer: M <m@example.org>\nName: {}\nDescription: d\n",
+                package, name);
         };
         for (int number = 1; number <= kTweakCount; ++number) add(fmt::format("tweak{:02}", number), tweakName(number));
         add("evil", kTerminalAttack);
