@@ -332,6 +332,11 @@ void Self::copyAddressBookRecord() {
     const auto book = Book::shared();
     if (!book) return;
     const auto note = book->getNoteForABRecordWithFirstName(selectedDeviceBackup_);
+    // The owner's contacts that the listing shows beside the records hold no backups.
+    if (!note || note->empty()) {
+        lastError_ = "<" + selectedDeviceBackup_ + "> holds no backups to copy";
+        return;
+    }
     const Supervisor& supervisor = Supervisor::shared();
     bool saved = true;
     // An empty record of this device takes the note, rather than a second record beside it.
