@@ -7,6 +7,8 @@
 #include "items/ArchivableFolders.h"
 #include "items/SelectionDefaults.h"
 
+#include <unordered_set>
+
 namespace stowhaven {
 
 namespace {
@@ -19,10 +21,14 @@ constexpr StockDataSet kStockApps[] = {StockDataSet::Calendar, StockDataSet::Cha
 
 SelectionRows packageRows(bool backup) {
     CydiaFileManager& catalogue = CydiaFileManager::shared();
+    // Equal packages are one record: the device's list holds the session's installed ones.
+    std::unordered_set<const CydiaFile*> installed;
+    for (const auto& package : catalogue.currentPackages()) installed.insert(package.get());
     SelectionRows rows;
     for (const auto& section : backup ? catalogue.currentPackageSections() : catalogue.oldPackageSections()) {
         for (const auto& package : section->packages()) {
-            if (package->packageName()) rows.push_back(std::make_shared<PackageRow>(package, backup));
+            if (!package->packageName()) continue;
+            rows.push_back(std::make_shared<PackageRow>(package, backup, installed.contains(package.get())));
         }
     }
     return rows;
@@ -117,8 +123,8 @@ std::optional<std::vector<std::string>> selectedEntries(const SelectionRows& row
     bool everyLine = true;
     for (const auto& row : rows) {
         const auto entry = row->defaultEntry();
-        everyLine = everyLine && entry && row->isSelected();
-        if (entry && row->isSelected()) entries.push_back(*entry);
+        everyLine = everyLine && entry && row->isKeptInDefault();
+        if (entry && row->isKeptInDefault()) entries.push_back(*entry);
     }
     if (everyLine) return std::nullopt;
     return entries;

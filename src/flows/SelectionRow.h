@@ -31,12 +31,17 @@ public:
     virtual void setSelected(bool selected) = 0;
     // What a default list holds for it; nothing for an item that can't stand in one.
     virtual std::optional<std::string> defaultEntry() const { return key(); }
+    // Whether a default saved now keeps it.
+    virtual bool isKeptInDefault() const { return isSelected(); }
 };
 
-// A package, whose flag is the direction's own.
+// A package, whose flag is the direction's own. A restore never installs a package the
+// device has, whatever its default says: such a package, not selected for that reason,
+// stays in a restore's default, which then goes on to take it once the device lacks it.
 class PackageRow final : public SelectionRow {
 public:
-    PackageRow(std::shared_ptr<CydiaFile> package, bool backup) : package_(std::move(package)), backup_(backup) {}
+    PackageRow(std::shared_ptr<CydiaFile> package, bool backup, bool installed)
+        : package_(std::move(package)), backup_(backup), installed_(installed) {}
 
     std::string key() const override { return package_->packageName().value_or(""); }
     std::string title() const override { return package_->name().value_or(key()); }
@@ -44,11 +49,13 @@ public:
     void setSelected(bool selected) override {
         backup_ ? package_->setBackupSelected(selected) : package_->setRestoreSelected(selected);
     }
+    bool isKeptInDefault() const override { return isSelected() || (!backup_ && installed_); }
     const std::shared_ptr<CydiaFile>& package() const { return package_; }
 
 private:
     std::shared_ptr<CydiaFile> package_;
     bool backup_;
+    bool installed_;
 };
 
 // A preference or SpringBoard file, or a source: keyed by what its default list holds.
@@ -76,6 +83,8 @@ class SourceRow final : public ItemRow {
 public:
     SourceRow(std::shared_ptr<RepositorySource> source, std::string key, std::string title)
         : ItemRow(source, std::move(key), std::move(title)), source_(std::move(source)) {}
+    // A source has no size of its own.
+    double size() const override { return -1; }
     std::optional<std::string> defaultEntry() const override { return source_->metadataKey(); }
 
 private:

@@ -117,6 +117,25 @@ TEST_F(SelectionScreensTest, APackageLeftOutOfTheDefaultComesUpDeselectedAndAllS
     EXPECT_TRUE(isPackageSelectedByDefault(newcomer, true));
 }
 
+// A restore skips what the device has, selected or not: that is no choice of the user's,
+// and a default saved then still takes those packages once the device lacks them.
+TEST_F(SelectionScreensTest, ARestoresDefaultKeepsThePackagesItSkipsForBeingInstalled) {
+    std::string rawData;
+    for (const auto& package : catalogue().currentPackages()) rawData += package->backupData() + "\n";
+    auto session = std::make_shared<BackupSession>();
+    session->setSessionDate(Date(7e8));
+    session->setRawData(rawData);
+    catalogue().processBackupData({session}, false);
+    catalogue().processLoadedPackages();
+    gIsBackupMode = false;
+    SelectableOptionsViewController screen({SelectionKind::Packages});
+    ASSERT_FALSE(screen.data().empty());
+    EXPECT_EQ(selectedCount(screen.data()), 0u) << "every package is on the device";
+    screen.saveAsDefault();
+    EXPECT_FALSE(stored("DefaultPackages_Restore"));
+    EXPECT_FALSE(stored("DefaultPackages_Backup"));
+}
+
 TEST_F(SelectionScreensTest, AnApplicationWithoutBundleIdentifierNeverStandsInTheDefaultAndMakesItAList) {
     SelectableOptionsViewController screen({SelectionKind::Applications, SelectionKind::StockApps});
     ASSERT_EQ(screen.data().size(), 3u);
