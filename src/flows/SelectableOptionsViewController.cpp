@@ -134,8 +134,8 @@ std::optional<std::string> SelectableOptionsViewController::totalSelectedSize() 
         if (row->isSelected()) megabytes += std::max(row->size(), 0.0);
     }
     const bool gigabytes = megabytes >= 1024;
-    return fmt::format("{}: {}{}b", Strings::localized("TOTAL_BYTES_SELECTED"), gigabytes ? megabytes / 1024 : megabytes,
-                       gigabytes ? "G" : "M");
+    return fmt::format("{}: {}{}b", Strings::localized("TOTAL_BYTES_SELECTED"),
+                       textutil::decimalText(gigabytes ? megabytes / 1024 : megabytes), gigabytes ? "G" : "M");
 }
 
 }  // namespace stowhaven
