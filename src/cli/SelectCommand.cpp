@@ -75,8 +75,8 @@ void SelectCommand::add(CLI::App& app) {
     CLI::Option* all = command_->add_flag("--all", all_, "Select every item first");
     CLI::Option* none = command_->add_flag("--none", none_, "Select no item first");
     CLI::Option* invert = command_->add_flag("--invert", invert_, "Invert the selection first");
-    CLI::Option* firmware =
-        command_->add_flag("--fw-compatible", fwCompatible_, "Select the packages made for the device's firmware first");
+    CLI::Option* firmware = command_->add_flag("--fw-compatible", fwCompatible_,
+                                               "Select the packages made for the device's firmware first");
     for (CLI::Option* option : {all, none, invert, firmware}) {
         for (CLI::Option* other : {all, none, invert, firmware}) {
             if (option != other) option->excludes(other);
@@ -127,7 +127,8 @@ int SelectCommand::run(std::ostream& out, std::ostream& errors) const {
     for (const std::string& name : remove_) screen.setSelected(name, false);
     if (saveDefault_) screen.saveAsDefault();
 
-    const bool changed = all_ || none_ || invert_ || fwCompatible_ || !only_.empty() || !add_.empty() || !remove_.empty();
+    const bool changed =
+        all_ || none_ || invert_ || fwCompatible_ || !only_.empty() || !add_.empty() || !remove_.empty();
     if (asJson_) {
         printJson(screen, saveDefault_, out);
     } else {

@@ -11,6 +11,7 @@
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 
+#include <algorithm>
 #include <charconv>
 #include <optional>
 #include <string>
@@ -48,7 +49,9 @@ public:
 private:
     void say(std::string_view text) { fmt::print(flow_.out(), "{}\n", wrapped(text, flow_.width())); }
 
-    std::size_t pageCount() const { return std::max<std::size_t>(1, (screen_.rows().size() + kPageLength - 1) / kPageLength); }
+    std::size_t pageCount() const {
+        return std::max<std::size_t>(1, (screen_.rows().size() + kPageLength - 1) / kPageLength);
+    }
 
     void draw() {
         page_ = std::min(page_, pageCount() - 1);
@@ -82,7 +85,8 @@ private:
                 return;
             case 's':
                 screen_.saveAsDefault();
-                return say(fmt::format("Saved as the default of the next {}.", screen_.backupMode() ? "backup" : "restore"));
+                return say(
+                    fmt::format("Saved as the default of the next {}.", screen_.backupMode() ? "backup" : "restore"));
             case '/':
                 search_ = std::string(argument);
                 screen_.search(search_);
@@ -160,7 +164,8 @@ private:
 
     void switchItems(const std::string& command) {
         const auto numbers = itemNumbers(command);
-        if (!numbers) return say(fmt::format("\"{}\" is no command nor number of the list; ? shows the commands.", command));
+        if (!numbers)
+            return say(fmt::format("\"{}\" is no command nor number of the list; ? shows the commands.", command));
         changed([&] {
             for (const std::size_t index : *numbers) screen_.switchState(index);
         });
@@ -176,9 +181,11 @@ private:
             fmt::print(flow_.out(), "{}\n", wrappedBehind(fmt::format("{:<14}", label + ":"), value, flow_.width()));
         }
         const bool backup = screen_.backupMode();
-        const Alert sheet{0, Strings::localized("PACKAGE_ACTION_TYPE"),
-                          fmt::format("{} {}?", PackageActions::actionTitle(backup), package->packageName().value_or("")),
-                          {Strings::localized("DISMISS_BUTTON"), PackageActions::actionTitle(backup)}};
+        const Alert sheet{
+            0,
+            Strings::localized("PACKAGE_ACTION_TYPE"),
+            fmt::format("{} {}?", PackageActions::actionTitle(backup), package->packageName().value_or("")),
+            {Strings::localized("DISMISS_BUTTON"), PackageActions::actionTitle(backup)}};
         const auto answer = flow_.prompt()->ask(sheet);
         if (answer.kind != TerminalPrompt::Result::Kind::Answered || answer.answer.buttonIndex != 1) return;
         if (!PackageActions::run(*package, backup)) say("This package's name can't be handed to the package manager.");

@@ -60,8 +60,8 @@ TEST_F(SelectProgramTest, APackageDeselectedAndSavedAsDefaultIsNotInTheNextBacku
 // Names come from the user: an unknown one, however it is made, changes and saves nothing.
 TEST_F(SelectProgramTest, AnUnknownItemIsRefusedAndNothingIsSaved) {
     const std::string hostile = ShellQuote::quoted("x; touch " + device_.path("/owned") + " #");
-    const auto refused = device_.run(std::string("select packages --none --add ") + kDock + " " + hostile +
-                                     " --save-default");
+    const auto refused =
+        device_.run(std::string("select packages --none --add ") + kDock + " " + hostile + " --save-default");
     EXPECT_EQ(refused.status, 2);
     EXPECT_TRUE(contains(refused.errors, "no item named")) << refused.errors;
     EXPECT_FALSE(FileManager::fileExists(device_.path("/owned")));

@@ -94,7 +94,8 @@ TEST_F(SelectionScreensTest, SearchFindsByNameWhereTheListHasASearchAndBlankText
 // The default of the packages is what the next load selects; all selected is kept as none,
 // under which a package the list never heard of comes up selected.
 TEST_F(SelectionScreensTest, APackageLeftOutOfTheDefaultComesUpDeselectedAndAllSelectedStoresNone) {
-    const CydiaFile newcomer("Newcomer\tcom.example.newcomer\t1.0\tSomeone\tTweaks\tfirmware (>= 7.0)\tinstall ok installed");
+    const CydiaFile newcomer(
+        "Newcomer\tcom.example.newcomer\t1.0\tSomeone\tTweaks\tfirmware (>= 7.0)\tinstall ok installed");
     {
         SelectableOptionsViewController screen({SelectionKind::Packages});
         ASSERT_TRUE(screen.setSelected(kDock, false));
@@ -184,8 +185,8 @@ TEST_F(SelectionScreensTest, TheApplicationSortsFlipTheirOrderAndTheSelectedSize
 // more than an identifier never reaches the shell.
 TEST_F(SelectionScreensTest, RemoveNowTakesThePackageOffTheDeviceAndAHostileNameRunsNothing) {
     int reloads = 0;
-    const auto observer = NotificationCenter::defaultCenter().addObserver(
-        "RELOAD_DATA_NEEDED", nullptr, [&](const Notification&) { ++reloads; });
+    const auto observer = NotificationCenter::defaultCenter().addObserver("RELOAD_DATA_NEEDED", nullptr,
+                                                                          [&](const Notification&) { ++reloads; });
     const CydiaFile hostile("Evil\tx;touch${IFS}/tmp/owned\t1.0\tSomeone\tTweaks\t\tinstall ok installed");
     scope_.services.shell.commands.clear();
     EXPECT_FALSE(PackageActions::run(hostile, true));
