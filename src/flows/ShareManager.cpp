@@ -48,8 +48,8 @@ bool ShareManager::print(const std::string& path) {
     if (createPDF(text, path)) return true;
     // An empty list has had its alert already.
     if (!text.empty()) {
-        Supervisor::showAlert(Strings::localized("activity.Print.error.title"),
-                              Strings::localized("activity.Print.error.message"));
+        Supervisor::showAlert(Strings::localized("PRINT_ERROR_TITLE"),
+                              Strings::localized("PRINT_ERROR_MESSAGE"));
     }
     return false;
 }
