@@ -4,6 +4,7 @@
 #include "cli/HistoryCommand.h"
 #include "cli/HistoryCommandRun.h"
 #include "cli/HistoryScreenState.h"
+#include "cli/SessionName.h"
 #include "core/Supervisor.h"
 #include "flows/BackupSessionsViewController.h"
 #include "storage/StorageLayout.h"
@@ -26,13 +27,10 @@ std::shared_ptr<Controller> openHistory() {
     return controller;
 }
 
-// A session is named by its stamp, as the storage names its files, or by its date as the
-// history lists it.
 std::optional<std::size_t> rowNamed(const Controller& controller, const std::string& name) {
     const auto& sessions = controller.listBackupSessions();
     for (std::size_t row = 0; row < sessions.size(); ++row) {
-        const auto& date = sessions[row]->sessionDate();
-        if (date && (StorageLayout::stamp(*date) == name || date->iso8601() == name)) return row;
+        if (isNameOf(name, *sessions[row])) return row;
     }
     return std::nullopt;
 }

@@ -1,13 +1,13 @@
 #include "cli/RestoreCommand.h"
 
 #include "cli/RestoreLog.h"
+#include "cli/SessionName.h"
 #include "cli/TerminalFlow.h"
 #include "core/CydiaFileManager.h"
 #include "core/Supervisor.h"
 #include "flows/MainAlerts.h"
 #include "platform/Terminal.h"
 #include "restore/RestoreSelection.h"
-#include "storage/StorageLayout.h"
 
 #include <fmt/format.h>
 #include <fmt/ostream.h>
@@ -18,15 +18,14 @@ namespace stowhaven {
 
 namespace {
 
-// The session of the stamp among all of the storage's; nothing without one.
-std::shared_ptr<BackupSession> sessionOfStamp(const std::string& stamp) {
+// The session of that name among all of the storage's; nothing without one.
+std::shared_ptr<BackupSession> sessionNamed(const std::string& name) {
     const Supervisor& supervisor = Supervisor::shared();
     if (const auto engine = supervisor.currentStorageEngine(); engine && !supervisor.isStorageAddressbook()) {
         engine->retrieveRestOfBackupHistory();
     }
-    if (!StorageLayout::dateOfStamp(stamp)) return nullptr;
     for (const auto& session : CydiaFileManager::shared().backupSessions()) {
-        if (session->sessionDate() && StorageLayout::stamp(*session->sessionDate()) == stamp) return session;
+        if (isNameOf(name, *session)) return session;
     }
     return nullptr;
 }
@@ -49,7 +48,7 @@ int RestoreCommand::run(const Request& request, std::ostream& out, std::ostream&
     CydiaFileManager& catalogue = CydiaFileManager::shared();
     const std::string engineName = Supervisor::shared().storageEngineName();
     if (request.session) {
-        const auto session = sessionOfStamp(*request.session);
+        const auto session = sessionNamed(*request.session);
         if (!session) {
             fmt::print(errors, "stowhaven: no session {} on {}\n", *request.session, engineName);
             return 2;

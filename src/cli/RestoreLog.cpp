@@ -1,7 +1,7 @@
 #include "cli/RestoreLog.h"
 
-#include "core/CydiaFileManager.h"
 #include "core/Text.h"
+#include "flows/RestoreLogViewController.h"
 #include "restore/RestoreReport.h"
 
 #include <fmt/format.h>
@@ -11,39 +11,28 @@
 
 namespace stowhaven {
 
-namespace {
-
-const char* markOf(const CydiaFile& package) {
-    if (package.isMissingAfterRestore()) return "failed";
-    if (package.isSuccessfullyInstalled()) return "installed";
-    if (package.isAlreadyInstalled()) return "already installed";
-    return "failed";
-}
-
-}  // namespace
-
 bool printRestoreLog(const std::optional<std::string>& logOf, std::ostream& out, std::ostream& errors) {
-    const auto packages = CydiaFileManager::shared().selectedRestorePackages();
+    using Row = RestoreLogViewController::Row;
+    const std::vector<Row> packages = RestoreLogViewController::packageList();
     const auto failures = RestoreReport::shared().failures();
     bool allIn = true;
     fmt::print(out, "{} package(s) restored\n", packages.size());
-    for (const auto& package : packages) {
-        const char* mark = markOf(*package);
-        allIn = allIn && std::string_view(mark) != "failed";
-        fmt::print(out, "  {:<17}  {} ({} {})\n", mark, textutil::orNull(package->name()),
-                   textutil::orNull(package->packageName()), textutil::orNull(package->version()));
+    for (const Row& package : packages) {
+        allIn = allIn && package.mark != RestoreLogViewController::Mark::Failed;
+        fmt::print(out, "  {:<17}  {} ({} {})\n", RestoreLogViewController::textOf(package.mark), package.name,
+                   package.packageName, package.version);
     }
     for (const RestoreReport::Failure& failure : failures) {
         fmt::print(out, "  {:<17}  {}: {}\n", "failed", failure.what, failure.reason);
     }
     if (logOf) {
         const auto found = std::find_if(packages.begin(), packages.end(),
-                                        [&](const auto& package) { return package->packageName() == logOf; });
+                                        [&](const Row& package) { return package.packageName == *logOf; });
         if (found == packages.end()) {
             fmt::print(errors, "stowhaven: no install log of {}\n", *logOf);
         } else {
             // The tools redraw their progress with carriage returns: each drawing is a line here.
-            const std::string log = textutil::replacingAll((*found)->installLog().value_or(""), "\r\n", "\n");
+            const std::string log = textutil::replacingAll(found->installLog, "\r\n", "\n");
             fmt::print(out, "\nInstall log of {}:\n{}\n", *logOf, textutil::replacingAll(log, "\r", "\n"));
         }
     }

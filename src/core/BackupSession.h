@@ -77,6 +77,7 @@ public:
     bool hasSpringboardFilesData() const;
     bool hasAppDataIndexed() const { return fAppDataIndexed_; }
     void setAppDataIndexed(bool indexed) { fAppDataIndexed_ = indexed; }
+    bool isInDropbox() const { return fIsInDropbox_; }
     void setIsInDropbox(bool inDropbox) { fIsInDropbox_ = inDropbox; }
 
     // Bundle identifier to application; applications without one are left out.

@@ -28,19 +28,7 @@ std::string deviceFirstName() { return Book::firstNameOfDevice(Supervisor::share
 bool createDeviceRecord(Book& book) {
     Supervisor& supervisor = Supervisor::shared();
     supervisor.notifyProgress(std::nullopt, Strings::localized("CREATING_ADDRESSBOOK_ENTRY"));
-    bool ok = book.createABRecord();
-    SH_LOG("\tABRecord: {:d}", ok);
-    const auto step = [&ok](const char* what, bool result) {
-        SH_LOG("\t{}: {:d}", what, result);
-        ok = ok && result;
-    };
-    step("ABGroup", book.createABGroupWithName(Book::kGroupName));
-    step("ABRecordFirstName", book.updateABRecordFirstName(deviceFirstName()));
-    step("ABRecordLastName", book.updateABRecordLastName(Book::kLastName));
-    step("ABRecordNickName", book.updateABRecordNickName(supervisor.deviceName()));
-    step("ABRecordOrganizationName", book.updateABRecordOrganizationName(Book::kOrganization));
-    step("ABRecordHomepageURL", book.updateABRecordHomepageURLString(AddressBookNote::kUserGuideURL));
-    return ok;
+    return book.createDeviceRecord(deviceFirstName(), supervisor.deviceName());
 }
 
 }  // namespace

@@ -337,17 +337,10 @@ void Self::copyAddressBookRecord() {
         lastError_ = "<" + selectedDeviceBackup_ + "> holds no backups to copy";
         return;
     }
-    const Supervisor& supervisor = Supervisor::shared();
     bool saved = true;
     // An empty record of this device takes the note, rather than a second record beside it.
     if (!book->existsABRecordWithFirstName(thisDeviceBackupName(), Book::kLastName)) {
-        saved = book->createABRecord();
-        saved = book->createABGroupWithName(Book::kGroupName) && saved;
-        saved = book->updateABRecordFirstName(thisDeviceBackupName()) && saved;
-        saved = book->updateABRecordLastName(Book::kLastName) && saved;
-        saved = book->updateABRecordNickName(supervisor.deviceName()) && saved;
-        saved = book->updateABRecordOrganizationName(Book::kOrganization) && saved;
-        saved = book->updateABRecordHomepageURLString(AddressBookNote::kUserGuideURL) && saved;
+        saved = book->createDeviceRecord(thisDeviceBackupName(), Supervisor::shared().deviceName());
     }
     saved = book->updateABRecordNoteData(note) && saved;
     saved = book->saveABRecordChange() && saved;

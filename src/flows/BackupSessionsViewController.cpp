@@ -179,7 +179,8 @@ void Self::viewWillDisappear() {
 }
 
 bool Self::canUploadToDropbox() const {
-    return Supervisor::shared().isStorageAddressbook() && selectedBackupSession_ && uploadEnded_ && dropboxEngine();
+    return Supervisor::shared().isStorageAddressbook() && selectedBackupSession_ &&
+           !selectedBackupSession_->isInDropbox() && uploadEnded_ && dropboxEngine();
 }
 
 void Self::askToUploadToDropbox() {

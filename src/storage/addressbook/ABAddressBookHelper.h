@@ -71,6 +71,9 @@ public:
     bool updateABRecordImage();
     // False when there was nothing to save.
     bool saveABRecordChange();
+    // A new current record of a device, with the program's group, names and link; false
+    // when any step failed. Saved by saveABRecordChange().
+    bool createDeviceRecord(const std::string& firstName, const std::string& deviceName);
 
     // Records of the older naming ("Haven <UDID>") take the current one and the icon.
     void upgradeStowhavenABEntry();

@@ -1,5 +1,6 @@
 // The current record: finding it, making it, changing its properties, and saving.
 
+#include "core/AddressBookNote.h"
 #include "core/AppIcon.h"
 #include "core/Supervisor.h"
 #include "core/Text.h"
@@ -179,6 +180,22 @@ void ABAddressBookHelper::upgradeStowhavenABEntryStep3WithIconData(const std::st
         upgraded = true;
     }
     if (upgraded) saveABRecordChange();
+}
+
+bool ABAddressBookHelper::createDeviceRecord(const std::string& firstName, const std::string& deviceName) {
+    bool ok = createABRecord();
+    SH_LOG("\tABRecord: {:d}", ok);
+    const auto step = [&ok](const char* what, bool result) {
+        SH_LOG("\t{}: {:d}", what, result);
+        ok = ok && result;
+    };
+    step("ABGroup", createABGroupWithName(kGroupName));
+    step("ABRecordFirstName", updateABRecordFirstName(firstName));
+    step("ABRecordLastName", updateABRecordLastName(kLastName));
+    step("ABRecordNickName", updateABRecordNickName(deviceName));
+    step("ABRecordOrganizationName", updateABRecordOrganizationName(kOrganization));
+    step("ABRecordHomepageURL", updateABRecordHomepageURLString(AddressBookNote::kUserGuideURL));
+    return ok;
 }
 
 }  // namespace stowhaven

@@ -154,12 +154,12 @@ TEST_F(HistoryFlowTest, DeletingGoesThroughTheEngineAndTheLastDeletedClosesTheVi
 }
 
 // The address book: the engine that stands in for Dropbox takes the copy, and local storage
-// is current after it, whether it went up or not.
+// is current after it, whether it went up or not; a session copied is not offered again.
 TEST_F(HistoryFlowTest, AnUploadToDropboxFromTheAddressBookLeavesLocalStorageCurrentAfterEitherEnd) {
     const auto dropbox = std::make_shared<TestEngine>();
     StorageEngines::registerFactory(StorageType::Dropbox, [dropbox] { return dropbox; });
     const auto sessions = keepSessions(2);
-    for (const bool refuses : {false, true}) {
+    for (const bool refuses : {true, false}) {
         SCOPED_TRACE(refuses ? "refused" : "taken");
         scope_.supervisor().setStorageToAddressbook();
         dropbox->refuses = refuses;
@@ -175,6 +175,10 @@ TEST_F(HistoryFlowTest, AnUploadToDropboxFromTheAddressBookLeavesLocalStorageCur
         EXPECT_EQ(alerts().alerts.back().tag == BackupSessionsViewController::kUploadedToDropbox, !refuses);
         EXPECT_FALSE(scope_.screens.progress->active);
     }
+    scope_.supervisor().setStorageToAddressbook();
+    const auto view = BackupSessionsViewController::create(screen_);
+    view->viewDidAppear();
+    EXPECT_FALSE(view->canUploadToDropbox());
 }
 
 TEST_F(HistoryFlowTest, TheOnlyDeviceBackupThatIsntThisDevicesIsChosenWithItsDatesNewestFirst) {
