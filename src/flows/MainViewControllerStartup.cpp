@@ -62,9 +62,6 @@ void MainViewController::viewDidLoad() {
     Supervisor& supervisor = Supervisor::shared();
     if (const auto engine = supervisor.currentStorageEngine()) engine->showProgressOnView();
     showLoadingWindow();
-    if (supervisor.isCloudStorage()) {
-        GlobalQueue::get(GlobalQueue::Priority::Background).async([] { PhotoVideoManager::shared().reset(); });
-    }
 }
 
 void MainViewController::initializeStorageEngine() {
@@ -160,7 +157,12 @@ void MainViewController::loadData() {
         if (const auto engine = supervisor.currentStorageEngine()) engine->showProgressOnView();
     }
     loadUnderWay_ = true;
-    GlobalQueue::get(GlobalQueue::Priority::Background).async([] { CydiaFileManager::shared().loadPackages(); });
+    // The albums are read before the load ends, so that no job starts without them.
+    const bool readAlbums = fInitialState_ && supervisor.isCloudStorage();
+    GlobalQueue::get(GlobalQueue::Priority::Background).async([readAlbums] {
+        if (readAlbums) PhotoVideoManager::shared().reset();
+        CydiaFileManager::shared().loadPackages();
+    });
 }
 
 void MainViewController::reloadAll() {
@@ -172,7 +174,6 @@ void MainViewController::reloadAll() {
         const auto self = weak.lock();
         if (!self) return;
         Supervisor& services = Supervisor::shared();
-        if (services.isCloudStorage()) PhotoVideoManager::shared().reset();
         CydiaFileManager::shared().resetAllData();
         services.cloudStorageFlushCache();
         self->fInitialState_ = true;
