@@ -5,6 +5,7 @@
 #include "platform/FileNames.h"
 #include "platform/Log.h"
 #include "platform/SqliteDatabase.h"
+#include "platform/services/PrivacyRecord.h"
 
 #include <fmt/format.h>
 #include <sqlite3.h>
@@ -72,12 +73,7 @@ AssetsGroup groupFrom(SqliteDatabase::Statement& row) {
 std::string HostPhotoLibrary::mediaFolder() { return DeviceRoot::var() + "/mobile/Media"; }
 
 bool HostPhotoLibrary::accessRefused(PhotoLibraryError& error) {
-    auto database = SqliteDatabase::open(DeviceRoot::var() + "/mobile/Library/TCC/TCC.db", SQLITE_OPEN_READONLY);
-    if (database == nullptr) return false;
-    database->setBusyTimeout(2s);
-    auto statement = database->prepare("SELECT allowed FROM access WHERE service = ? AND client = ?");
-    statement.bindText(1, kService).bindText(2, kClient);
-    if (statement.step() != SqliteDatabase::Statement::Step::Row || statement.columnInt(0) != 0) return false;
+    if (PrivacyRecord::decisionFor(kService) != PrivacyRecord::Decision::Refused) return false;
     error = {kAccessUserDeniedError, "The owner has not allowed the program the photo library"};
     return true;
 }

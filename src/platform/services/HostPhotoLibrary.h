@@ -28,13 +28,11 @@ class SqliteDatabase;
 // the database are left as they are. A file name, a folder or a link of the database that
 // would lead out of the media folder makes its asset unreadable.
 //
-// Access is the owner's decision of the device's privacy database,
-// <var>/mobile/Library/TCC/TCC.db: a row of its `access` table for the photos and the
-// program that does not allow it refuses the library; no row lets it through.
+// Access is the owner's decision in the device's privacy record (PrivacyRecord): a row for
+// the photos that does not allow the program refuses the library; no row lets it through.
 class HostPhotoLibrary final : public PhotoLibrary {
 public:
     static constexpr const char* kService = "kTCCServicePhotos";
-    static constexpr const char* kClient = "com.larkmoor.stowhaven";
 
     std::optional<std::vector<AssetsGroup>> groups(unsigned types, PhotoLibraryError& error) override;
     std::vector<Asset> assets(const AssetsGroup& group, Filter filter) override;
