@@ -14,6 +14,9 @@
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 
+#include <algorithm>
+#include <string_view>
+
 namespace stowhaven {
 
 namespace {
@@ -35,6 +38,18 @@ int writeVCard(const std::string& file, std::ostream& out, std::ostream& errors)
     return 0;
 }
 
+// One address, name@domain, with nothing a header or a list of addresses would read apart.
+bool isMailAddress(const std::string& text) {
+    const auto at = text.find('@');
+    if (at == 0 || at == std::string::npos || at + 1 == text.size() || text.find('@', at + 1) != std::string::npos) {
+        return false;
+    }
+    return std::all_of(text.begin(), text.end(), [](unsigned char c) {
+        return c > 0x20 && c < 0x7f &&
+               std::string_view(",;<>()\\\"[]:").find(static_cast<char>(c)) == std::string_view::npos;
+    });
+}
+
 }  // namespace
 
 int ShareCommand::runText(const std::optional<std::string>& file, std::ostream& out, std::ostream& errors) {
@@ -54,11 +69,17 @@ int ShareCommand::runText(const std::optional<std::string>& file, std::ostream& 
     return 0;
 }
 
-int ShareCommand::runMail(std::ostream& /*out*/, std::ostream& /*errors*/) {
+int ShareCommand::runMail(const std::vector<std::string>& recipients, std::ostream& /*out*/, std::ostream& errors) {
+    for (const std::string& recipient : recipients) {
+        if (!isMailAddress(recipient)) {
+            fmt::print(errors, "stowhaven: {} is no mail address\n", recipient);
+            return 2;
+        }
+    }
     loadCatalogue();
     const ShareData data = ShareManager::userData();
     if (data.text.empty()) return 1;
-    ShareManager::mail(data, AlertPresenter::shared());
+    ShareManager::mail(data, AlertPresenter::shared(), recipients);
     return 0;
 }
 

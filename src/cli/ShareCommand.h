@@ -3,6 +3,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <vector>
 
 namespace stowhaven {
 
@@ -13,8 +14,9 @@ class ShareCommand {
 public:
     // The package list as text, on OUT or in FILE.
     static int runText(const std::optional<std::string>& file, std::ostream& out, std::ostream& errors);
-    // The package list mailed through the device's mail composer.
-    static int runMail(std::ostream& out, std::ostream& errors);
+    // The package list mailed through the device's mail composer, to RECIPIENTS if any; 2
+    // for an address that is not one.
+    static int runMail(const std::vector<std::string>& recipients, std::ostream& out, std::ostream& errors);
     // The current session as the vCard that another device imports ("Stow Haven.vcf"),
     // written to FILE, or mailed without one.
     static int runVCard(const std::optional<std::string>& file, std::ostream& out, std::ostream& errors);

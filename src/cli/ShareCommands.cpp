@@ -11,6 +11,7 @@ void ShareCommands::add(CLI::App& app) {
     text_ = command_->add_subcommand("text", "Write the package list as text");
     text_->add_option("file", file_, "The file to write (standard output without one)");
     mail_ = command_->add_subcommand("mail", "Mail the package list");
+    mail_->add_option("--to", recipients_, "A recipient's address (the mail program asks without one)");
     vCard_ = command_->add_subcommand("vcard", "Write the current session as a vCard, or mail it");
     vCard_->add_option("file", file_, "The vCard file to write (mailed without one)");
     clipboard_ = command_->add_subcommand("clipboard", "Copy the package list to the terminal's clipboard");
@@ -29,7 +30,7 @@ int ShareCommands::run(std::ostream& out, std::ostream& errors) const {
 
 int ShareCommands::runParsed(std::ostream& out, std::ostream& errors) const {
     if (text_->parsed()) return ShareCommand::runText(file_, out, errors);
-    if (mail_->parsed()) return ShareCommand::runMail(out, errors);
+    if (mail_->parsed()) return ShareCommand::runMail(recipients_, out, errors);
     if (vCard_->parsed()) return ShareCommand::runVCard(file_, out, errors);
     if (clipboard_->parsed()) return ShareCommand::runClipboard(file_, out, errors);
     return ShareCommand::runPdf(file_, out, errors);

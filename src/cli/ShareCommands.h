@@ -5,6 +5,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <vector>
 
 namespace stowhaven {
 
@@ -26,6 +27,7 @@ private:
     CLI::App* clipboard_ = nullptr;
     CLI::App* pdf_ = nullptr;
     std::optional<std::string> file_;
+    std::vector<std::string> recipients_;
 };
 
 }  // namespace stowhaven

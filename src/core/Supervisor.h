@@ -53,6 +53,8 @@ struct Email {
     std::string subject;
     std::vector<std::string> toRecipients;
     std::vector<MailAttachment> fileAttachments;
+    // The body is HTML; the device's details then go below it as preformatted text.
+    bool isHTML = false;
 };
 
 // The services that every part of the system leans on: device commands, cancellation,

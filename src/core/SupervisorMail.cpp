@@ -67,8 +67,10 @@ void Supervisor::composeEmail(const Email& email) {
         SH_LOG("caller can NOT be NIL!");
         return;
     }
-    const MailResult result = mail.compose({fmt::format("Stowhaven™({}) - {}", version_, email.subject),
-                                            email.toRecipients, email.emailBody + deviceInfos_, email.fileAttachments});
+    const std::string details = email.isHTML ? "<pre>" + textutil::htmlEscaped(deviceInfos_) + "</pre>" : deviceInfos_;
+    const MailResult result =
+        mail.compose({fmt::format("Stowhaven™({}) - {}", version_, email.subject), email.toRecipients,
+                      email.emailBody + details, email.fileAttachments, email.isHTML});
     caller->showAlert(Strings::localized(resultKey(result)), "", {Strings::localized("OK_BUTTON")}, {});
     // The contact card that the sharing of a backup writes to go with its mail.
     deleteFileAtPath(TemporaryDirectory::path() + "/Stow Haven.vcf");

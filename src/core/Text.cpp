@@ -92,6 +92,32 @@ std::string capitalized(std::string text) {
     return text;
 }
 
+std::string htmlEscaped(std::string_view text) {
+    std::string escaped;
+    for (const char c : text) {
+        switch (c) {
+            case '&':
+                escaped += "&amp;";
+                break;
+            case '<':
+                escaped += "&lt;";
+                break;
+            case '>':
+                escaped += "&gt;";
+                break;
+            case '"':
+                escaped += "&quot;";
+                break;
+            case '\'':
+                escaped += "&#39;";
+                break;
+            default:
+                escaped += c;
+        }
+    }
+    return escaped;
+}
+
 std::string percentEncoded(std::string_view text) {
     static constexpr char kHexDigits[] = "0123456789ABCDEF";
     std::string encoded;

@@ -39,6 +39,9 @@ std::string capitalized(std::string text);
 // Every byte but the unreserved characters of RFC 3986 (letters, digits, - . _ ~) as %XX.
 std::string percentEncoded(std::string_view text);
 
+// The text with & < > " ' as HTML's character references, to stand in an HTML page.
+std::string htmlEscaped(std::string_view text);
+
 // A number as the device's decimal style writes it in English: "1,234.568", at most three
 // decimals, no trailing zeros.
 std::string decimalText(double value);

@@ -3,6 +3,7 @@
 #include "core/AppIcon.h"
 #include "core/CydiaFileManager.h"
 #include "core/Supervisor.h"
+#include "core/Text.h"
 #include "platform/Log.h"
 #include "platform/PdfDocument.h"
 #include "platform/Strings.h"
@@ -15,15 +16,18 @@ ShareData ShareManager::userData() {
     return {.text = CydiaFileManager::shared().getPackagesAsText(), .url = std::nullopt, .png = appIconPNGData()};
 }
 
-void ShareManager::mail(const ShareData& data, std::shared_ptr<AlertPresenter> caller) {
+void ShareManager::mail(const ShareData& data, std::shared_ptr<AlertPresenter> caller,
+                        std::vector<std::string> recipients) {
     const std::string body = !data.text.empty() ? data.text : data.url.value_or("");
     if (body.empty()) return;
     Supervisor& supervisor = Supervisor::shared();
     supervisor.setCaller(std::move(caller));
-    supervisor.sendEmail({.emailBody = body,
+    // The list keeps its lines; the names in it are the packages' own, never markup.
+    supervisor.sendEmail({.emailBody = "<pre>" + textutil::htmlEscaped(body) + "</pre>",
                           .subject = Strings::localized("SHARING_DATA_WITH_YOU"),
-                          .toRecipients = {},
-                          .fileAttachments = {}});
+                          .toRecipients = std::move(recipients),
+                          .fileAttachments = {},
+                          .isHTML = true});
 }
 
 void ShareManager::mailVCard(std::shared_ptr<AlertPresenter> caller) {
@@ -48,8 +52,7 @@ bool ShareManager::print(const std::string& path) {
     if (createPDF(text, path)) return true;
     // An empty list has had its alert already.
     if (!text.empty()) {
-        Supervisor::showAlert(Strings::localized("PRINT_ERROR_TITLE"),
-                              Strings::localized("PRINT_ERROR_MESSAGE"));
+        Supervisor::showAlert(Strings::localized("PRINT_ERROR_TITLE"), Strings::localized("PRINT_ERROR_MESSAGE"));
     }
     return false;
 }

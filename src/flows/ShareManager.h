@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace stowhaven {
 
@@ -28,8 +29,10 @@ public:
     // alert when it is empty, and the icon.
     static ShareData userData();
 
-    // A mail of the text, or of the address when there is no text.
-    static void mail(const ShareData& data, std::shared_ptr<AlertPresenter> caller);
+    // A mail of the text, or of the address when there is no text, to RECIPIENTS when the
+    // user named any (the composer asks otherwise).
+    static void mail(const ShareData& data, std::shared_ptr<AlertPresenter> caller,
+                     std::vector<std::string> recipients = {});
     // The current session mailed as the vCard that another device imports; nothing happens
     // without a current session.
     static void mailVCard(std::shared_ptr<AlertPresenter> caller);

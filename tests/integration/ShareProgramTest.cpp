@@ -85,23 +85,47 @@ TEST_F(ShareProgramTest, ThePrintoutLaysTheWholeListOutOnNumberedLetterPages) {
     EXPECT_NE(refused.errors.find("Print failed"), std::string::npos) << refused.errors;
 }
 
-TEST_F(ShareProgramTest, TheMailOfTheListWaitsInTheOutbox) {
+// The MIME body of a mail, decoded.
+std::string bodyOf(const std::string& mail) {
+    const std::string bodyStart = "Content-Transfer-Encoding: base64\r\n\r\n";
+    const auto start = mail.find(bodyStart);
+    if (start == std::string::npos) return "";
+    const auto from = start + bodyStart.size();
+    return Base64::decode(mail.substr(from, mail.find("--stowhaven-", from) - from)).value_or("");
+}
+
+// Without a recipient the mail waits in the outbox; with one, and a transport configured, it
+// goes to the transport, the list as HTML; an address with a header slipped in goes nowhere.
+TEST_F(ShareProgramTest, TheMailOfTheListWaitsInTheOutboxOrGoesToTheTransport) {
     const auto outcome = device_.run("share mail");
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     EXPECT_NE(outcome.errors.find("Email saved as a draft"), std::string::npos) << outcome.errors;
-
     std::vector<std::filesystem::path> mails;
     for (const auto& entry : std::filesystem::directory_iterator(device_.path("/var/mobile/Library/Stowhaven/Mail")))
         mails.push_back(entry.path());
     ASSERT_EQ(mails.size(), 1U);
     EXPECT_EQ(mails[0].extension(), ".eml");
-    const std::string mail = contentsOf(mails[0]);
-    const std::string bodyStart = "Content-Transfer-Encoding: base64\r\n\r\n";
-    const auto start = mail.find(bodyStart) + bodyStart.size();
-    const auto body = Base64::decode(mail.substr(start, mail.find("--stowhaven-", start) - start));
-    ASSERT_TRUE(body) << mail;
-    EXPECT_EQ(tweaksMissingFrom(*body), "");
-    EXPECT_NE(body->find(kTerminalAttack), std::string::npos) << "the mail carries the names as they are";
+    const std::string body = bodyOf(contentsOf(mails[0]));
+    EXPECT_EQ(tweaksMissingFrom(body), "");
+    EXPECT_NE(body.find(kTerminalAttack), std::string::npos) << "the mail carries the names as they are";
+
+    // A transport that keeps what it is handed, and how.
+    const std::string transport = folder_ / "sendmail";
+    const std::string sent = folder_ / "sent.eml";
+    ASSERT_TRUE(FileManager::writeFile(transport, "#!/bin/sh\necho \"$@\" > \"$0.arguments\"\ncat > \"$(dirname \"$0\")/sent.eml\"\n"));
+    std::filesystem::permissions(transport, std::filesystem::perms::owner_all);
+    ASSERT_TRUE(FileManager::writeFile(sent, ""));
+    const std::string configured = "STOWHAVEN_SENDMAIL=" + ShellQuote::path(transport) + " ";
+    EXPECT_EQ(device_.run("share mail --to 'friend@example.net\nBcc: spy@example.net'", configured).status, 2);
+    EXPECT_EQ(contentsOf(sent), "") << "nothing sent for a hostile address";
+    const auto mailed = device_.run("share mail --to friend@example.net", configured);
+    ASSERT_EQ(mailed.status, 0) << mailed.errors;
+    EXPECT_NE(mailed.errors.find("Email sent"), std::string::npos) << mailed.errors;
+    EXPECT_EQ(contentsOf(transport + ".arguments"), "-t -i\n");
+    const std::string mail = contentsOf(sent);
+    EXPECT_NE(mail.find("To: friend@example.net\r\n"), std::string::npos) << mail;
+    EXPECT_NE(mail.find("Content-Type: text/html; charset=UTF-8"), std::string::npos) << mail;
+    EXPECT_EQ(tweaksMissingFrom(bodyOf(mail)), "");
 }
 
 // Files get the names as they are; the terminal never gets a control character of theirs.

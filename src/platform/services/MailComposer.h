@@ -16,6 +16,8 @@ struct MailMessage {
     std::vector<std::string> toRecipients;
     std::string body;
     std::vector<MailAttachment> attachments;
+    // The body is HTML rather than plain text.
+    bool htmlBody = false;
 };
 
 enum class MailResult { Cancelled, Saved, Sent, Failed };

@@ -4,6 +4,7 @@
 
 #include <openssl/evp.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -14,9 +15,9 @@ namespace {
 
 std::string base64(const std::string& bytes) {
     std::string encoded(4 * ((bytes.size() + 2) / 3) + 1, '\0');
-    const int length = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(encoded.data()),
-                                       reinterpret_cast<const unsigned char*>(bytes.data()),
-                                       static_cast<int>(bytes.size()));
+    const int length =
+        EVP_EncodeBlock(reinterpret_cast<unsigned char*>(encoded.data()),
+                        reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<int>(bytes.size()));
     encoded.resize(static_cast<std::size_t>(length));
     return encoded;
 }
@@ -44,9 +45,15 @@ std::string quotableName(std::string name) {
     return name;
 }
 
-std::string joined(const std::vector<std::string>& values) {
+std::string recipientList(const std::vector<std::string>& recipients) {
     std::string text;
-    for (const std::string& value : values) text += (text.empty() ? "" : ", ") + value;
+    for (const std::string& recipient : recipients) {
+        if (std::any_of(recipient.begin(), recipient.end(), [](unsigned char c) { return c < 0x20 || c == 0x7f; })) {
+            SH_LOG("A recipient with a control character is left out");
+            continue;
+        }
+        text += (text.empty() ? "" : ", ") + recipient;
+    }
     return text;
 }
 
@@ -54,12 +61,12 @@ std::string joined(const std::vector<std::string>& values) {
 
 std::optional<std::string> MimeMessage::text(const MailMessage& message, const std::string& boundary) {
     std::ostringstream mail;
-    mail << "To: " << joined(message.toRecipients) << "\r\n"
+    mail << "To: " << recipientList(message.toRecipients) << "\r\n"
          << "Subject: " << headerValue(message.subject) << "\r\n"
          << "MIME-Version: 1.0\r\n"
          << "Content-Type: multipart/mixed; boundary=\"" << boundary << "\"\r\n\r\n"
          << "--" << boundary << "\r\n"
-         << "Content-Type: text/plain; charset=UTF-8\r\n"
+         << "Content-Type: text/" << (message.htmlBody ? "html" : "plain") << "; charset=UTF-8\r\n"
          << "Content-Transfer-Encoding: base64\r\n\r\n"
          << base64Lines(message.body);
     for (const MailAttachment& attachment : message.attachments) {
