@@ -96,6 +96,8 @@ void MainViewController::viewDidAppear() {
         screen_->setJobButtonsEnabled(false);
         return;
     }
+    // Scans turned on since the screen last appeared give the jobs back.
+    screen_->setJobButtonsEnabled(true);
     const auto storedVersion = supervisor.lowLevelGetStringPreferencesDataForKey("CurrentVersion");
     if (!storedVersion || std::is_neq(textutil::caseInsensitiveOrder(*storedVersion, supervisor.version()))) {
         supervisor.lowLevelStorePreferencesData(supervisor.version(), "CurrentVersion");

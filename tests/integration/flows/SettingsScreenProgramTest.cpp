@@ -37,6 +37,7 @@ TEST(SettingsScreenProgramTest, AScanTurnedOnFromTheFirstStartsQuestionLoadsWith
     }
     EXPECT_EQ(mainScreen.find("Estimated size: 0Mb"), std::string::npos) << "the packages count: " << mainScreen;
     EXPECT_EQ(mainScreen.find("All scans are turned off"), std::string::npos) << mainScreen;
+    EXPECT_NE(mainScreen.find("1) Back up now"), std::string::npos) << "the job is offered again: " << mainScreen;
     terminal.type("0\n");
     EXPECT_EQ(terminal.finish(), 0) << terminal.screen();
     EXPECT_EQ(test::linesWiderThan(terminal.screen(), 80), "") << terminal.screen();
