@@ -54,13 +54,7 @@ namespace {
 // The address book is no engine of the storage contract: its helper opens the book, and
 // without access the storage can't stay on it.
 EngineUse useAddressBook(Supervisor& supervisor) {
-    auto helper = ABAddressBookHelper::shared();
-    if (helper) {
-        helper->reset();
-    } else {
-        helper = ABAddressBookHelper::createABAddressBookHelper();
-    }
-    if (!helper->isValid()) {
+    if (!ABAddressBookHelper::reopened()->isValid()) {
         if (supervisor.isStorageAddressbook()) supervisor.setStorageToLocal();
         return EngineUse::Refused;
     }

@@ -64,16 +64,6 @@ bool Self::isThisDevice(const std::string& name) const {
            equalsIgnoringAsciiCase(std::string_view(name).substr(name.size() - uid.size()), uid);
 }
 
-void Self::startWaiting(const std::string& text) {
-    ++waiting_;
-    history::showIndicator(text);
-}
-
-void Self::endWaiting() {
-    history::hideIndicator();
-    --waiting_;
-}
-
 void Self::viewDidAppear() {
     if (onAddressBook()) {
         if (const auto book = Book::shared()) book->loadAvailableDeviceBackups();
@@ -91,7 +81,7 @@ void Self::viewDidAppear() {
 void Self::reloadAvailableDeviceBackups() {
     const auto engine = Supervisor::shared().currentStorageEngine();
     if (!engine) return;
-    startWaiting(Strings::localized("SEARCH_FOR_ALL_DEVICES_BACKUP"));
+    waiting_.start(Strings::localized("SEARCH_FOR_ALL_DEVICES_BACKUP"));
     const auto weak = weak_from_this();
     engine->setSuccessSelector(
         history::successOnMain(weak,
@@ -99,7 +89,7 @@ void Self::reloadAvailableDeviceBackups() {
         history::failureOnMain(weak, [](Self& self) { self.handleAvailableDeviceBackupsFailed(); }));
     history::callInBackground([engine] { engine->loadAvailableDeviceBackups(); },
                               [weak] {
-                                  if (const auto self = weak.lock()) self->endWaiting();
+                                  if (const auto self = weak.lock()) self->waiting_.end();
                               });
 }
 
@@ -157,14 +147,14 @@ void Self::loadDetailBackupForDeviceId(const std::string& name) {
     const auto engine = Supervisor::shared().currentStorageEngine();
     if (!engine) return;
     // A failed load only takes the banner down.
-    startWaiting(Strings::localized("LOADING_DEVICE_BACKUP_DETAILS"));
+    waiting_.start(Strings::localized("LOADING_DEVICE_BACKUP_DETAILS"));
     const auto weak = weak_from_this();
     engine->setSuccessSelector(
         history::successOnMain(weak, [](Self& self, const HookObject& object) { self.handleDetailLoaded(object); }),
         nullptr);
     history::callInBackground([engine, name] { engine->loadBackupDetailsForDevice(name); },
                               [weak] {
-                                  if (const auto self = weak.lock()) self->endWaiting();
+                                  if (const auto self = weak.lock()) self->waiting_.end();
                               });
 }
 
@@ -262,14 +252,14 @@ void Self::deleteSelectedDeviceBackup() {
 void Self::callWithListHooks(const std::string& indicator, std::function<void(StorageHelperProtocol&)> call) {
     const auto engine = Supervisor::shared().currentStorageEngine();
     if (!engine || !hasDeviceFolders()) return;
-    startWaiting(indicator);
+    waiting_.start(indicator);
     const auto weak = weak_from_this();
     engine->setSuccessSelector(
         history::successOnMain(weak, [](Self& self, const HookObject&) { self.reloadAvailableDeviceBackups(); }),
         history::failureOnMain(weak, [](Self& self) { self.handleAvailableDeviceBackupsFailed(); }));
     history::callInBackground([engine, call = std::move(call)] { call(*engine); },
                               [weak] {
-                                  if (const auto self = weak.lock()) self->endWaiting();
+                                  if (const auto self = weak.lock()) self->waiting_.end();
                               });
 }
 
@@ -311,7 +301,7 @@ void Self::useSelectedDeviceBackup() {
         handleAvailableDeviceBackupsSucceeded();
     } else if (const auto engine = Supervisor::shared().currentStorageEngine();
                auto* copier = answersTo<StorageCopying>(engine)) {
-        startWaiting(Strings::localized("COPYING_DEVICE_BACKUP"));
+        waiting_.start(Strings::localized("COPYING_DEVICE_BACKUP"));
         const auto weak = weak_from_this();
         engine->setSuccessSelector(
             history::successOnMain(weak, [](Self& self, const HookObject&) { self.viewWillDisappear(); }),
@@ -319,7 +309,7 @@ void Self::useSelectedDeviceBackup() {
         const std::string target = thisDeviceBackupName();
         history::callInBackground([engine, copier, name, target] { copier->copyFromPath(name, target); },
                                   [weak] {
-                                      if (const auto self = weak.lock()) self->endWaiting();
+                                      if (const auto self = weak.lock()) self->waiting_.end();
                                   });
     } else {
         SH_LOG("The engine can't copy <{}>", name);

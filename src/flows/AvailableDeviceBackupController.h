@@ -1,9 +1,9 @@
 #pragma once
 
 #include "flows/HistoryScreen.h"
+#include "flows/HistoryWork.h"
 #include "storage/StorageHelperProtocol.h"
 
-#include <atomic>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -55,7 +55,7 @@ public:
     const std::string& selectedDeviceBackup() const { return selectedDeviceBackup_; }
     // Newest first, as the view shows them.
     const std::vector<std::string>& backupDates() const { return backupDates_; }
-    bool isWaiting() const { return waiting_ > 0; }
+    bool isWaiting() const { return waiting_.any(); }
     bool isClosed() const { return closed_; }
     // The take-over went ahead: this device's backups are new.
     bool hasTakenOver() const { return hasTakenOver_; }
@@ -78,8 +78,6 @@ private:
     bool isSelectionThisDevice() const { return isThisDevice(selectedDeviceBackup_); }
     // Runs CALL on the engine with the hooks of the list: a success reads the list again.
     void callWithListHooks(const std::string& indicator, std::function<void(StorageHelperProtocol&)> call);
-    void startWaiting(const std::string& text);
-    void endWaiting();
 
     std::shared_ptr<HistoryScreen> screen_;
     std::vector<std::string> deviceBackups_;
@@ -90,7 +88,7 @@ private:
     bool closed_ = false;
     bool hasTakenOver_ = false;
     std::optional<std::string> lastError_;
-    std::atomic<int> waiting_{0};
+    history::Waiting waiting_;
 };
 
 }  // namespace stowhaven

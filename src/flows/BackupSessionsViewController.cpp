@@ -60,16 +60,6 @@ std::optional<std::size_t> Self::rowOf(const std::shared_ptr<BackupSession>& ses
     return static_cast<std::size_t>(found - listBackupSessions_.begin());
 }
 
-void Self::startWaiting(const std::string& text) {
-    ++waiting_;
-    history::showIndicator(text);
-}
-
-void Self::endWaiting() {
-    history::hideIndicator();
-    --waiting_;
-}
-
 // A file engine lists more history files than the load read: the rest are fetched first.
 void Self::viewDidAppear() {
     refreshListBackupSessions();
@@ -80,11 +70,11 @@ void Self::viewDidAppear() {
         handleBackupHistoryLoaded();
         return;
     }
-    startWaiting(Strings::localized("DOWNLOAD_BACKUP_HISTORY"));
+    waiting_.start(Strings::localized("DOWNLOAD_BACKUP_HISTORY"));
     history::callInBackground([engine] { engine->retrieveRestOfBackupHistory(); },
                               [weak = weak_from_this()] {
                                   if (const auto self = weak.lock()) {
-                                      self->endWaiting();
+                                      self->waiting_.end();
                                       self->handleBackupHistoryLoaded();
                                   }
                               });
@@ -136,7 +126,7 @@ void Self::deleteBackupSession() {
         handleDeletedBackupSession(session);
         return;
     }
-    startWaiting(Strings::format("DELETING_FROM", supervisor.storageEngineName()));
+    waiting_.start(Strings::format("DELETING_FROM", supervisor.storageEngineName()));
     const auto weak = weak_from_this();
     engine->setSuccessSelector(
         history::successOnMain(weak,
@@ -144,7 +134,7 @@ void Self::deleteBackupSession() {
         history::failureOnMain(weak, [](Self& self) { self.handleBackupHistoryLoaded(); }));
     history::callInBackground([engine, session] { engine->deleteBackupSession(session); },
                               [weak] {
-                                  if (const auto self = weak.lock()) self->endWaiting();
+                                  if (const auto self = weak.lock()) self->waiting_.end();
                               });
 }
 
@@ -211,10 +201,10 @@ void Self::uploadToDropbox() {
     dropbox->setSuccessSelector(
         history::successOnMain(weak, [](Self& self, const HookObject&) { self.proceedWithUpload(); }),
         history::failureOnMain(weak, [](Self& self) { self.handleUploadToDropboxFailed(); }));
-    ++waiting_;
+    waiting_.startQuietly();
     history::callInBackground([dropbox, connection] { connection->connect(); },
                               [weak] {
-                                  if (const auto self = weak.lock()) --self->waiting_;
+                                  if (const auto self = weak.lock()) self->waiting_.endQuietly();
                               });
 }
 
@@ -227,7 +217,7 @@ void Self::proceedWithUpload() {
         handleUploadToDropboxFailed();
         return;
     }
-    startWaiting(Strings::localized("UPLOADING_TO_DROPBOX"));
+    waiting_.start(Strings::localized("UPLOADING_TO_DROPBOX"));
     Supervisor::shared().setStorageToDropbox();
     const std::string engineName = Supervisor::shared().storageEngineName();
     const auto weak = weak_from_this();
@@ -239,7 +229,7 @@ void Self::proceedWithUpload() {
                               [weak, dropbox] {
                                   const auto self = weak.lock();
                                   if (!self) return;
-                                  self->endWaiting();
+                                  self->waiting_.end();
                                   // An engine that ended without either hook: its error tells.
                                   if (!self->uploadEnded_) {
                                       dropbox->hasError()

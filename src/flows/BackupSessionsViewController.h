@@ -2,8 +2,8 @@
 
 #include "core/BackupSession.h"
 #include "flows/HistoryScreen.h"
+#include "flows/HistoryWork.h"
 
-#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -45,7 +45,7 @@ public:
 
     const Sessions& listBackupSessions() const { return listBackupSessions_; }
     std::shared_ptr<BackupSession> selectedBackupSession() const { return selectedBackupSession_; }
-    bool isWaiting() const { return waiting_ > 0; }
+    bool isWaiting() const { return waiting_.any(); }
     bool isClosed() const { return closed_; }
 
     // "Backed up on 2024-05-01 @ 10:00:00", then "12 packages, 3 Apple apps data & 2 apps",
@@ -65,8 +65,6 @@ private:
     void handleUploadToDropboxDone(const std::string& engineName);
     void handleUploadToDropboxFailed();
     std::optional<std::size_t> rowOf(const std::shared_ptr<BackupSession>& session) const;
-    void startWaiting(const std::string& text);
-    void endWaiting();
 
     std::shared_ptr<HistoryScreen> screen_;
     Sessions listBackupSessions_;
@@ -76,7 +74,7 @@ private:
     // The session on its way to Dropbox, and whether its upload has ended either way.
     std::shared_ptr<BackupSession> uploading_;
     bool uploadEnded_ = true;
-    std::atomic<int> waiting_{0};
+    history::Waiting waiting_;
 };
 
 }  // namespace stowhaven

@@ -7,6 +7,7 @@
 #include "platform/dispatch/MainQueue.h"
 #include "storage/StorageHelperProtocol.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
@@ -27,6 +28,26 @@ inline void showIndicator(const std::string& text) {
 }
 
 inline void hideIndicator() { ProgressDisplay::shared()->hide(); }
+
+// The engine calls of one view under way, each behind the waiting indicator.
+class Waiting {
+public:
+    void start(const std::string& text) {
+        ++count_;
+        showIndicator(text);
+    }
+    void end() {
+        hideIndicator();
+        --count_;
+    }
+    // Under way behind no indicator, as a login on the service's own screen.
+    void startQuietly() { ++count_; }
+    void endQuietly() { --count_; }
+    bool any() const { return count_ > 0; }
+
+private:
+    std::atomic<int> count_{0};
+};
 
 // An engine call blocks its thread: it runs on a background queue, and AFTER on the main
 // queue once it has returned, behind whatever the call's hooks sent there.

@@ -118,13 +118,7 @@ SettingsViewController::TapResult SettingsViewController::tapLocalStorage() {
 // Without access to the contacts the address book can't stay the storage.
 SettingsViewController::TapResult SettingsViewController::tapAddressBook() {
     Supervisor& supervisor = Supervisor::shared();
-    auto helper = ABAddressBookHelper::shared();
-    if (helper) {
-        helper->reset();
-    } else {
-        helper = ABAddressBookHelper::createABAddressBookHelper();
-    }
-    if (!helper->isValid()) {
+    if (!ABAddressBookHelper::reopened()->isValid()) {
         if (supervisor.isStorageAddressbook()) supervisor.setStorageToLocal();
         engineOf(supervisor.currentStorageType());
         return TapResult::Refused;

@@ -60,6 +60,13 @@ std::shared_ptr<ABAddressBookHelper> ABAddressBookHelper::createABAddressBookHel
     return helper;
 }
 
+std::shared_ptr<ABAddressBookHelper> ABAddressBookHelper::reopened() {
+    auto helper = shared();
+    if (!helper) return createABAddressBookHelper();
+    helper->reset();
+    return helper;
+}
+
 std::shared_ptr<ABAddressBookHelper> ABAddressBookHelper::shared() {
     std::lock_guard lock(gHelperMutex);
     return gABAddressBookHelper;

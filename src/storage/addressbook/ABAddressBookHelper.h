@@ -32,6 +32,9 @@ public:
     static std::shared_ptr<ABAddressBookHelper> createABAddressBookHelper();
     // The helper made last; empty until then.
     static std::shared_ptr<ABAddressBookHelper> shared();
+    // The helper with its book opened anew (made when there is none yet), as the owner may
+    // have changed the contacts' access since.
+    static std::shared_ptr<ABAddressBookHelper> reopened();
     // Forgets the helper, so that the next use makes a fresh one. For tests only.
     static void destroyShared();
     // The program runs as root, whose home is not the mobile user's: the book the owner sees
