@@ -1,14 +1,13 @@
 // The main screen on a terminal of 80 columns, as a new user meets it on a sandbox device
 // backed up to local storage.
 
-#include "cli/TextWrap.h"
 #include "platform/ShellQuote.h"
 #include "support/SandboxDevice.h"
 #include "support/TerminalProgram.h"
+#include "support/TerminalWidth.h"
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 
 namespace stowhaven {
@@ -22,19 +21,6 @@ std::size_t occurrences(const std::string& screen, const std::string& text) {
     return count;
 }
 
-// The lines written wider than the terminal, which it would break wherever its edge falls.
-std::string linesWiderThanTheTerminal(const std::string& screen) {
-    std::istringstream lines(screen);
-    std::string wider;
-    for (std::string line; std::getline(lines, line);) {
-        if (!line.empty() && line.back() == '\r') line.pop_back();
-        // What a carriage return went back over is drawn over.
-        const std::string shown = line.substr(line.rfind('\r') == std::string::npos ? 0 : line.rfind('\r') + 1);
-        if (columnCount(shown) > kTerminalWidth) wider += shown + "\n";
-    }
-    return wider;
-}
-
 class MainScreenProgramTest : public ::testing::Test {
 protected:
     // The main screen shows its menu for the COUNT-th time; the user quits there, and every
@@ -43,7 +29,7 @@ protected:
         ASSERT_TRUE(terminal.waitFor("0) Quit", count)) << terminal.screen();
         terminal.type("0\n");
         EXPECT_EQ(terminal.finish(), 0) << terminal.screen();
-        EXPECT_EQ(linesWiderThanTheTerminal(terminal.screen()), "") << terminal.screen();
+        EXPECT_EQ(test::linesWiderThan(terminal.screen(), kTerminalWidth), "") << terminal.screen();
     }
 
     const test::SandboxDevice device_{"minimal"};
