@@ -44,10 +44,7 @@ bool runChosen(TerminalPrompt& prompt, const std::vector<Action>& actions) {
 // Going back leaves the session to restore as it was: only "use" changes it.
 void sessionActions(TerminalFlow& flow, BackupSessionsViewController& controller, const HistoryScreenState& state,
                     std::size_t row, const std::function<void()>& wait) {
-    const auto& sessions = controller.listBackupSessions();
-    const auto before = std::find(sessions.begin(), sessions.end(), controller.selectedBackupSession());
-    const std::optional<std::size_t> rowBefore =
-        before == sessions.end() ? std::nullopt : std::optional<std::size_t>(before - sessions.begin());
+    const auto selectedBefore = controller.selectedBackupSession();
     controller.selectRow(row);
     showDetails(flow, state.details);
     std::vector<Action> actions = {{"Use it for the next restore", [&controller] { controller.viewWillDisappear(); }},
@@ -61,7 +58,12 @@ void sessionActions(TerminalFlow& flow, BackupSessionsViewController& controller
                                wait();
                            }});
     }
-    if (!runChosen(*flow.prompt(), actions) && rowBefore) controller.selectRow(*rowBefore);
+    if (runChosen(*flow.prompt(), actions)) return;
+    const auto& sessions = controller.listBackupSessions();
+    if (const auto found = std::find(sessions.begin(), sessions.end(), selectedBefore);
+        selectedBefore && found != sessions.end()) {
+        controller.selectRow(static_cast<std::size_t>(found - sessions.begin()));
+    }
 }
 
 void deviceActions(TerminalFlow& flow, AvailableDeviceBackupController& controller, const std::function<void()>& wait) {
