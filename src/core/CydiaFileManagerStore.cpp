@@ -86,7 +86,9 @@ std::shared_ptr<BackupSession> CydiaFileManager::createBackupSession(bool perman
     }
     if (permanent && gAutoScanStockAppsEnabled) takeDataChoicesInto(*session);
     if (permanent) takeItemChoicesInto(*session);
-    return backupSessions().back();
+    // The list may have been sorted since by the history walk under way: the session made
+    // here is this one, whatever stands last.
+    return session;
 }
 
 void CydiaFileManager::takeDataChoicesInto(BackupSession& session) {
