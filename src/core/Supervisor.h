@@ -166,6 +166,8 @@ public:
     // Of the engine of the live type; 0 keeps all.
     std::int32_t maximumBackupsToKeep() const;
     void setMaximumBackupToKeep(std::int32_t count);
+    // Stores the count of the live type under that engine's key.
+    void persistMaximumBackupsToKeep();
 
     // Progress, delivered on the main queue as "UPDATE_PROGRESS_TEXT" (object: the text as
     // a std::string) and "UPDATE_PROGRESS" (object: the fraction as a double); an absent

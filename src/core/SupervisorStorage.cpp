@@ -112,6 +112,12 @@ void Supervisor::loadMaximumBackups() {
     }
 }
 
+void Supervisor::persistMaximumBackupsToKeep() {
+    const std::size_t index = maximumBackupsIndex();
+    lowLevelStorePreferencesData(static_cast<std::int64_t>(maximumBackups_[index].load()),
+                                 kStorageTypes[index].maximumBackupsKey);
+}
+
 // An unknown type keeps the count of local storage, whose engine it works with.
 std::size_t Supervisor::maximumBackupsIndex() const {
     const StorageType type = currentStorageType();

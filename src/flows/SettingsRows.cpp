@@ -7,15 +7,15 @@ namespace stowhaven {
 namespace {
 
 constexpr std::array<EngineRow, 9> kEngineRows = {{
-    {StorageType::Box, "Box™", false, "MaximumBackupsInBox"},
-    {StorageType::Dropbox, "Dropbox™", false, "MaximumBackupsInDropbox"},
-    {StorageType::FTP, "FTP", true, "MaximumBackupsInFTP"},
-    {StorageType::GDrive, "Google Drive™", false, "MaximumBackupsInGDrive"},
-    {StorageType::OwnCloud, "ownCloud™", true, "MaximumBackupsInOwnCloud"},
-    {StorageType::SkyDrive, "OneDrive™", false, "MaximumBackupsInSkyDrive"},
-    {StorageType::SugarSync, "SugarSync™", false, "MaximumBackupsInSugarSync"},
-    {StorageType::Local, "Local storage", true, "MaximumBackupsInLocal"},
-    {StorageType::Addressbook, "Address book", true, "MaximumBackupsInAddressbook"},
+    {StorageType::Box, "Box™", false},
+    {StorageType::Dropbox, "Dropbox™", false},
+    {StorageType::FTP, "FTP", true},
+    {StorageType::GDrive, "Google Drive™", false},
+    {StorageType::OwnCloud, "ownCloud™", true},
+    {StorageType::SkyDrive, "OneDrive™", false},
+    {StorageType::SugarSync, "SugarSync™", false},
+    {StorageType::Local, "Local storage", true},
+    {StorageType::Addressbook, "Address book", true},
 }};
 
 std::vector<SwitchSection> makeSections() {
@@ -56,14 +56,6 @@ std::vector<SwitchSection> makeSections() {
 }  // namespace
 
 std::span<const EngineRow> engineRows() { return kEngineRows; }
-
-// An unknown type works with local storage's engine, and so keeps its count.
-const EngineRow& engineRowOf(StorageType type) {
-    for (const EngineRow& row : kEngineRows) {
-        if (row.type == type) return row;
-    }
-    return kEngineRows[7];
-}
 
 const std::vector<SwitchSection>& switchSections() {
     static const std::vector<SwitchSection> sections = makeSections();

@@ -14,14 +14,11 @@ struct EngineRow {
     const char* title;
     // This build has the engine; a row without it only says so.
     bool built;
-    // Where the engine's number of backups to keep is stored.
-    const char* maximumBackupsKey;
 };
 
 // The nine engines in the screen's fixed order: Box, Dropbox, FTP, Google Drive, ownCloud,
 // OneDrive, SugarSync, local storage, the address book.
 std::span<const EngineRow> engineRows();
-const EngineRow& engineRowOf(StorageType type);
 
 // One row of the list of switches.
 struct SwitchRow {

@@ -187,8 +187,7 @@ void SettingsViewController::deleteAddressBookEntries() {
 
 void SettingsViewController::saveChanges() {
     Supervisor& supervisor = Supervisor::shared();
-    supervisor.lowLevelStorePreferencesData(static_cast<std::int64_t>(supervisor.maximumBackupsToKeep()),
-                                            engineRowOf(supervisor.currentStorageType()).maximumBackupsKey);
+    supervisor.persistMaximumBackupsToKeep();
     supervisor.persistStorageType();
     // The screen's hooks hold no more once it is gone.
     if (supervisor.isCloudStorage()) {
