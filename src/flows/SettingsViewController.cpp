@@ -2,7 +2,6 @@
 
 #include "core/Supervisor.h"
 #include "core/Text.h"
-#include "flows/LocalStorageErase.h"
 #include "platform/Log.h"
 #include "platform/Strings.h"
 #include "platform/dispatch/NotificationCenter.h"
@@ -10,6 +9,7 @@
 #include "storage/StorageEngineFactory.h"
 #include "storage/StorageEngines.h"
 #include "storage/addressbook/ABAddressBookHelper.h"
+#include "storage/local/LocalStorageHelper.h"
 
 #include <fmt/format.h>
 
@@ -173,8 +173,9 @@ void SettingsViewController::takeMaximumBackupsToKeep(const std::optional<std::s
 }
 
 void SettingsViewController::eraseLocalStorage() {
-    eraseLocalSessions();
-    if (const auto engine = StorageEngines::engine(StorageType::Local)) engine->flushCache();
+    if (const auto engine = std::dynamic_pointer_cast<LocalStorageHelper>(StorageEngines::engine(StorageType::Local))) {
+        engine->eraseAllData();
+    }
     dataErased_ = true;
     postReloadDataNeeded();
 }

@@ -256,6 +256,27 @@ void LocalStorageHelper::uploadFile(const std::string& path, Date date, const st
 }
 
 // Never takes the failure path: what went wrong shows only in the error.
+void LocalStorageHelper::eraseAllData() {
+    const std::string folder = storagePath();
+    std::string error;
+    const auto names = FileManager::contentsOfDirectory(folder, &error);
+    if (!names) {
+        SH_LOG("Couldn't list <{}>! Error: {}", folder, error);
+        return;
+    }
+    for (const std::string& name : *names) {
+        // A session folder is named by its stamp, its history file by the stamp and the suffix.
+        if (!StorageLayout::dateOfHistoryFile(name)) continue;
+        const std::string path = folder + "/" + name;
+        if (FileManager::removeItem(path, &error)) {
+            SH_LOG("Removed <{}>!", path);
+        } else {
+            SH_LOG("Couldn't remove <{}>! Error: {}", path, error);
+        }
+    }
+    flushCache();
+}
+
 void LocalStorageHelper::deleteBackupSession(const std::shared_ptr<BackupSession>& session) {
     setErrorMessage(std::nullopt);
     const Date date = session && session->sessionDate() ? *session->sessionDate() : Date();

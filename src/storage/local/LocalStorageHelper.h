@@ -29,6 +29,10 @@ public:
     // the current engine falls back to the address book.
     void createStorageFolder();
     bool isLoggedIn() const { return true; }
+    // Every backup of the storage folder goes: each history file and session folder. The
+    // folder and anything else in it stay, since the setting may name a folder the user keeps
+    // other files in.
+    void eraseAllData();
 
     void flushCache() override;
     void resetAll() override {}
