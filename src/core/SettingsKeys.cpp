@@ -132,6 +132,9 @@ std::vector<SettingKey> makeTable() {
         unregistered("SUGARSYNC_PASSWORD", String, true),
         unregistered("SUGARSYNC_TOKEN_EXPIRATION_DATE", Date),
         unregistered("box_api_refresh_token", String, true),
+        unregistered("box_api_login_state", String),
+        unregistered("kDBDropboxSavedCredentials", Array, true),
+        unregistered("dropbox.sync.nonce", String),
     };
     table.insert(table.end(), engineKeys.begin(), engineKeys.end());
     return table;

@@ -1,6 +1,8 @@
 // What every storage engine must do, run against each engine on its real storage: local
-// storage on the device's folder, FTP on a real server. An engine joins by adding its
-// EngineUnderTest below.
+// storage on the device's folder, FTP and WebDAV on real servers here, the cloud engines on
+// their emulators from their own test files (StorageEngineContract.h).
+
+#include "servers/StorageEngineContract.h"
 
 #include "core/BackupSession.h"
 #include "platform/FileManager.h"
@@ -22,13 +24,6 @@
 
 namespace stowhaven {
 namespace {
-
-// One engine on a storage of the test's own, made anew as at each start of the program.
-class EngineUnderTest {
-public:
-    virtual ~EngineUnderTest() = default;
-    virtual std::shared_ptr<StorageHelperProtocol> start() = 0;
-};
 
 class LocalEngine final : public EngineUnderTest {
 public:
@@ -67,60 +62,6 @@ public:
 
 private:
     test::WebDavServer server_;
-};
-
-struct EngineKind {
-    const char* name;
-    std::function<std::unique_ptr<EngineUnderTest>(test::SupervisorScope&)> make;
-    std::function<bool()> isAvailable = [] { return true; };
-};
-
-void PrintTo(const EngineKind& kind, std::ostream* out) { *out << kind.name; }
-
-class StorageEngineContractTest : public ::testing::TestWithParam<EngineKind> {
-protected:
-    void SetUp() override {
-        if (!GetParam().isAvailable()) GTEST_SKIP() << GetParam().name << "'s test server isn't installed";
-        storage_ = GetParam().make(scope_);
-        engine_ = storage_->start();
-        ASSERT_TRUE(engine_) << "the engine starts";
-        ASSERT_FALSE(engine_->hasError()) << *engine_->errorMessage();
-    }
-
-    // A file of the temporary folder, as the backup leaves one to send.
-    static std::string temporaryFile(const std::string& name, const std::string& bytes) {
-        const std::string path = TemporaryDirectory::path() + "/" + name;
-        FileManager::writeFile(path, bytes);
-        return path;
-    }
-    static std::optional<std::string> fetched(const test::RequestOutcome& outcome) {
-        const auto* path = std::get_if<std::string>(&outcome.object);
-        return path ? FileManager::contentsOfFile(*path) : std::nullopt;
-    }
-
-    bool succeeds(const std::function<void()>& operation) { return test::request(*engine_, operation).succeeded; }
-
-    // A session stored as the backup stores one: its folders, a data part, its index and
-    // its history file.
-    void storeSession(Date date, const std::string& history) {
-        ASSERT_TRUE(succeeds([&] { engine_->createDirectoryDated(date); }));
-        ASSERT_TRUE(succeeds([&] { engine_->createDirectory("NOTES", date); }));
-        const std::string part = temporaryFile("NOTES-001", "the notes, archived");
-        ASSERT_TRUE(succeeds([&] { engine_->uploadFile(part, date, std::string("NOTES")); }));
-        const std::string index = temporaryFile("NOTES.idx", "NOTES-001\n");
-        ASSERT_TRUE(succeeds([&] { engine_->uploadFile(index, date, std::nullopt); }));
-        ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory(history, date); }));
-    }
-
-    // The engine as the next start makes it, the newest history file fetched.
-    void restart() {
-        engine_ = storage_->start();
-        engine_->loadMostRecentBackupSession();
-    }
-
-    test::SupervisorScope scope_;
-    std::unique_ptr<EngineUnderTest> storage_;
-    std::shared_ptr<StorageHelperProtocol> engine_;
 };
 
 TEST_P(StorageEngineContractTest, AStoredSessionComesBackWholeAtTheNextStart) {
@@ -211,7 +152,7 @@ INSTANTIATE_TEST_SUITE_P(
                        return std::make_unique<OwnCloudEngine>(scope, test::WebDavServerOptions{.https = true});
                    },
                    test::WebDavServer::isAvailable}),
-    [](const ::testing::TestParamInfo<EngineKind>& info) { return std::string(info.param.name); });
+    engineKindName);
 
 }  // namespace
 }  // namespace stowhaven

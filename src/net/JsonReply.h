@@ -1,0 +1,24 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace stowhaven {
+
+// A service's JSON reply read as data: none, with the reason in ERROR, for a body that is
+// not JSON, is nested deeper than kDeepest, or is longer than kLongest bytes.
+struct JsonReply {
+    static constexpr int kDeepest = 32;
+    static constexpr std::size_t kLongest = 4 * 1024 * 1024;
+
+    static std::optional<nlohmann::json> parse(std::string_view body, std::string* error = nullptr);
+    // The member as text, number or boolean; none when it is missing or of another type.
+    static std::optional<std::string> text(const nlohmann::json& object, const char* name);
+    static std::optional<std::int64_t> integer(const nlohmann::json& object, const char* name);
+    static std::optional<bool> boolean(const nlohmann::json& object, const char* name);
+};
+
+}  // namespace stowhaven

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "storage/StorageType.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace stowhaven {
+
+// The login of an engine whose service lends the program a token once the user has agreed
+// in a browser, on any machine: the program shows an address, the user opens it and hands
+// back what the service gave them at its end (a code, or the whole address it sent them to).
+class OAuthLogin {
+public:
+    virtual ~OAuthLogin() = default;
+
+    // The address to open; none, with ERROR, when the engine can't log in at all (no app
+    // key). May remember what the answer is checked against (a state nonce) in the settings.
+    virtual std::optional<std::string> authorizationAddress(std::string& error) = 0;
+    // Takes the user's answer: the tokens are fetched and stored in the settings and the
+    // engine becomes the current one, kept so. Nothing on success, otherwise the service's
+    // message (a refused or expired grant) or what was wrong with the answer.
+    virtual std::optional<std::string> finish(const std::string& answer) = 0;
+    // The account's name, once logged in, for the message that says so.
+    virtual std::string accountName() = 0;
+};
+
+// The login of an engine of that type; none for engines that log in otherwise.
+std::unique_ptr<OAuthLogin> makeOAuthLogin(StorageType type);
+
+}  // namespace stowhaven
