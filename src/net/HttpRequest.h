@@ -5,7 +5,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace stowhaven {
 
@@ -20,6 +23,8 @@ struct HttpReply {
     std::string body;
     // The body went past keepBody's limit, and the request was ended there.
     bool bodyTooLarge = false;
+    // The final reply's header lines, as (name, value), names as sent.
+    std::vector<std::pair<std::string, std::string>> headers;
 
     bool isSuccess() const { return code == CURLE_OK && status >= 200 && status < 300; }
 };
@@ -49,6 +54,15 @@ public:
     // The file's bytes as the body, Content-Length its size; false with ERROR when it can't
     // be read.
     bool sendFile(const std::string& path, std::string& error);
+    // LENGTH bytes of the file from OFFSET (to its end without a length), read as they go out.
+    bool sendFileSlice(const std::string& path, std::int64_t offset, std::optional<std::int64_t> length,
+                       std::string& error);
+    // A multipart/form-data body: the text FIELDS, then the file as the part FILEFIELD under
+    // FILENAME, read as it goes out. False with ERROR when the file can't be read.
+    bool sendMultipart(const std::vector<std::pair<std::string, std::string>>& fields, const std::string& fileField,
+                       const std::string& fileName, const std::string& path, std::string& error);
+    // The longest the whole request may take.
+    void setTimeoutSeconds(long seconds);
     // Keeps the reply's body in HttpReply::body; a longer one ends the request.
     void keepBody(std::size_t limit);
     // Writes the body of a successful reply (2xx) to PATH; the file is removed when the
@@ -60,12 +74,16 @@ public:
 private:
     static std::size_t keepText(char* data, std::size_t size, std::size_t count, void* self);
     static std::size_t writeWhenSuccessful(char* data, std::size_t size, std::size_t count, void* self);
+    static std::size_t readSlice(char* buffer, std::size_t size, std::size_t count, void* self);
+    static std::size_t keepHeader(char* data, std::size_t size, std::size_t count, void* self);
     bool isReplySuccessful() const;
 
     CurlHandle& handle_;
     curl_slist* headers_ = nullptr;
     std::string textBody_;
     FileDescriptor sentFile_;
+    std::int64_t sentBytesLeft_ = 0;
+    curl_mime* form_ = nullptr;
     FileDescriptor receivedFile_;
     std::string receivedPath_;
     std::size_t bodyLimit_ = 0;

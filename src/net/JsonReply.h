@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,7 +16,8 @@ struct JsonReply {
     static constexpr std::size_t kLongest = 4 * 1024 * 1024;
 
     static std::optional<nlohmann::json> parse(std::string_view body, std::string* error = nullptr);
-    // The member as text, number or boolean; none when it is missing or of another type.
+    // The member of an object as text, a whole number or a boolean; none when it is missing or
+    // of another type.
     static std::optional<std::string> text(const nlohmann::json& object, const char* name);
     static std::optional<std::int64_t> integer(const nlohmann::json& object, const char* name);
     static std::optional<bool> boolean(const nlohmann::json& object, const char* name);

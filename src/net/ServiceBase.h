@@ -12,7 +12,8 @@ namespace stowhaven {
 // loopback hosts only (127.0.0.1, ::1, localhost).
 struct ServiceBase {
     std::string url;
-    // Why the variable's value can't be used; the base is then the published one.
+    // Why the variable's value can't be used; the URL is then empty, and the engine refuses
+    // to work rather than send the account's tokens elsewhere.
     std::optional<std::string> error;
 
     static ServiceBase resolve(const char* variable, std::string_view published);
