@@ -1,19 +1,11 @@
 #include "storage/RemoteFolders.h"
 
-#include "core/Supervisor.h"
 #include "platform/FileManager.h"
-#include "platform/Log.h"
+#include "storage/TransferFollowing.h"
 
 #include <filesystem>
 
 namespace stowhaven {
-
-namespace {
-
-// How often a running transfer is looked at: for its progress and for a cancel of the job.
-constexpr std::chrono::milliseconds kTransferPoll{5};
-
-}  // namespace
 
 // Up to the nearest folder that is there, then down, making each: the folders above a share
 // (WebDAV's "/owncloud/remote.php") can be neither listed nor made.
@@ -31,21 +23,9 @@ std::optional<std::int64_t> RemoteFolders::sizeOfFileToSend(const std::string& l
 }
 
 bool RemoteFolders::followTransfer(Transfer& transfer, TransferDisplay::Direction direction, std::int64_t size) {
-    TransferDisplay progress(direction, size);
-    const Supervisor& supervisor = Supervisor::shared();
-    bool aborted = false;
-    while (!transfer.waitUntilFinished(kTransferPoll)) {
-        progress.update(transfer.bytesDone(), transfer.bytesPerSecond());
-        if (supervisor.isCanceled() && !aborted) {
-            SH_LOG("Operation canceled!");
-            transfer.abort();
-            aborted = true;
-        }
-    }
-    progress.update(transfer.bytesDone(), transfer.bytesPerSecond());
-    if (transfer.succeeded()) return true;
-    setErrorMessage(aborted ? std::string("Canceled") : transfer.error());
-    SH_LOG("error: {}", errorMessage().value_or(""));
+    std::string error;
+    if (stowhaven::followTransfer(transfer, direction, size, error)) return true;
+    setErrorMessage(error);
     return false;
 }
 
