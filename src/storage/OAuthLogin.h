@@ -24,6 +24,9 @@ public:
     virtual std::optional<std::string> finish(const std::string& answer) = 0;
     // The account's name, once logged in, for the message that says so.
     virtual std::string accountName() = 0;
+    // Forgets the tokens (the link with the account ends) and goes back to local storage,
+    // kept so, when the engine was current.
+    virtual void logOut() = 0;
 };
 
 // The login of an engine of that type; none for engines that log in otherwise.
