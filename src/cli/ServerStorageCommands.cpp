@@ -63,7 +63,10 @@ void ServerStorageCommands::add(CLI::App& storage) {
 }
 
 bool ServerStorageCommands::parsed() const {
-    return login_->parsed() || hosts_->parsed() || forget_->parsed() || logout_->parsed();
+    for (const CLI::App* group : {login_, hosts_, forget_, logout_}) {
+        if (group->parsed() && engineOf(group)) return true;
+    }
+    return false;
 }
 
 const ServerEngine* ServerStorageCommands::engineOf(const CLI::App* group) const {
@@ -74,9 +77,9 @@ const ServerEngine* ServerStorageCommands::engineOf(const CLI::App* group) const
 }
 
 int ServerStorageCommands::run(std::ostream& out, std::ostream& errors) {
-    if (login_->parsed()) return logIn(*engineOf(login_), out, errors);
-    if (hosts_->parsed()) return listHosts(*engineOf(hosts_), out);
-    if (forget_->parsed()) return forget(*engineOf(forget_), out, errors);
+    if (const ServerEngine* engine = engineOf(login_)) return logIn(*engine, out, errors);
+    if (const ServerEngine* engine = engineOf(hosts_)) return listHosts(*engine, out);
+    if (const ServerEngine* engine = engineOf(forget_)) return forget(*engine, out, errors);
     return logOut(*engineOf(logout_), out);
 }
 

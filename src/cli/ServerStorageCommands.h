@@ -22,6 +22,10 @@ namespace stowhaven {
 class ServerStorageCommands {
 public:
     void add(CLI::App& storage);
+    // The groups that the cloud engines' logins join.
+    CLI::App& loginGroup() const { return *login_; }
+    CLI::App& logoutGroup() const { return *logout_; }
+    // A server engine's subcommand was given.
     bool parsed() const;
     // The exit status: 1 when the server or the user's input can't be taken.
     int run(std::ostream& out, std::ostream& errors);

@@ -4,6 +4,7 @@
 #include "cli/HistoryViewCommand.h"
 #include "cli/InteractiveSession.h"
 #include "cli/ItemsCommand.h"
+#include "cli/OAuthStorageCommands.h"
 #include "cli/OpenCommand.h"
 #include "cli/PackagesCommand.h"
 #include "cli/RestoreCommand.h"
@@ -143,6 +144,8 @@ int main(int argc, char** argv) {
     storageUse->add_option("engine", storageEngine, "local, ftp, dropbox...")->required();
     ServerStorageCommands serverStorage;
     serverStorage.add(*storage);
+    OAuthStorageCommands cloudStorage;
+    cloudStorage.add(serverStorage.loginGroup(), serverStorage.logoutGroup());
 
     ShareCommands share;
     share.add(app);
@@ -223,6 +226,8 @@ int main(int argc, char** argv) {
         if (items->parsed()) status = ItemsCommand::run(itemsAsJson, std::cout, std::cerr);
         if (serverStorage.parsed()) {
             status = serverStorage.run(std::cout, std::cerr);
+        } else if (cloudStorage.parsed()) {
+            status = cloudStorage.run(std::cout, std::cerr);
         } else if (storage->parsed()) {
             status = StorageCommand::run(storageEngine, std::cout, std::cerr);
         }

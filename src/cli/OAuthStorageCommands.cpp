@@ -1,0 +1,92 @@
+#include "cli/OAuthStorageCommands.h"
+
+#include "core/Supervisor.h"
+#include "platform/Terminal.h"
+#include "platform/TerminalInput.h"
+#include "storage/OAuthLogin.h"
+
+#include <fmt/format.h>
+#include <fmt/ostream.h>
+
+namespace stowhaven {
+
+namespace {
+
+// What the user is to hand back, read on the terminal; nothing when the input ended.
+std::optional<std::string> askForAnswer(std::ostream& out) {
+    fmt::print(out, "Paste the code, or the whole address the service sent you to: ");
+    out.flush();
+    TerminalInput input;
+    InputLine line = input.readLine(false);
+    if (line.kind != InputLine::Kind::Line || line.text.empty()) return std::nullopt;
+    return line.text;
+}
+
+}  // namespace
+
+void OAuthStorageCommands::add(CLI::App& login, CLI::App& logout) {
+    for (Engine& engine : engines_) {
+        engine.login = login.add_subcommand(engine.name, "Log in through the service's page and make it the storage");
+        engine.login->add_option("--code", code_,
+                                 "What the service handed you after you agreed: the code, or the whole address");
+        engine.logout = logout.add_subcommand(engine.name, "End the link with the account");
+    }
+}
+
+bool OAuthStorageCommands::parsed() const {
+    for (const Engine& engine : engines_) {
+        if (engine.login->parsed() || engine.logout->parsed()) return true;
+    }
+    return false;
+}
+
+int OAuthStorageCommands::run(std::ostream& out, std::ostream& errors) {
+    for (const Engine& engine : engines_) {
+        if (engine.login->parsed()) return logIn(engine, out, errors);
+        if (engine.logout->parsed()) return logOut(engine, out);
+    }
+    return 0;
+}
+
+int OAuthStorageCommands::logIn(const Engine& engine, std::ostream& out, std::ostream& errors) {
+    const auto login = makeOAuthLogin(engine.type);
+    if (!login) {
+        fmt::print(errors, "stowhaven: the {} engine is not available in this build\n", engine.name);
+        return 1;
+    }
+    std::optional<std::string> answer = code_;
+    if (!answer) {
+        std::string error;
+        const auto address = login->authorizationAddress(error);
+        if (!address) {
+            fmt::print(errors, "stowhaven: {}\n", error);
+            return 1;
+        }
+        fmt::print(out, "Open this address in a browser, on any machine, and allow the access:\n\n  {}\n\n", *address);
+        if (!Terminal::isStandardInputATerminal()) {
+            fmt::print(errors,
+                       "stowhaven: no terminal to read the answer on: run \"stowhaven storage login {} --code "
+                       "VALUE\" with the code, or the whole address, that the service handed you\n",
+                       engine.name);
+            return 2;
+        }
+        answer = askForAnswer(out);
+        if (!answer) return 1;
+    }
+    if (const auto error = login->finish(*answer)) {
+        fmt::print(errors, "stowhaven: {}\n", *error);
+        fmt::print(errors, "Storage stays {}.\n", Supervisor::shared().storageEngineName());
+        return 1;
+    }
+    fmt::print(out, "Logged in as {}.\nStorage is now {}.\n", login->accountName(),
+               Supervisor::shared().storageEngineName());
+    return 0;
+}
+
+int OAuthStorageCommands::logOut(const Engine& engine, std::ostream& out) {
+    if (const auto login = makeOAuthLogin(engine.type)) login->logOut();
+    fmt::print(out, "Logged out of {}.\nStorage is now {}.\n", engine.name, Supervisor::shared().storageEngineName());
+    return 0;
+}
+
+}  // namespace stowhaven
