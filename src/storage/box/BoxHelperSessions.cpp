@@ -1,0 +1,172 @@
+// The Box engine's work on sessions: writing one through this run's map of folder ids, and
+// reading, fetching and deleting by the ids that listings give.
+
+#include "core/BackupSession.h"
+#include "platform/FileManager.h"
+#include "platform/FileModes.h"
+#include "platform/FileNames.h"
+#include "platform/Log.h"
+#include "platform/TemporaryDirectory.h"
+#include "storage/StorageLayout.h"
+#include "storage/box/BoxHelper.h"
+#include "storage/box/BoxWrapper.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace stowhaven {
+
+std::optional<std::string> BoxHelper::internalFolder(const std::string& name) {
+    std::lock_guard lock(internalFoldersMutex_);
+    const auto found = internalFolders_.find(name);
+    if (found != internalFolders_.end()) return found->second;
+    failWith("Can't find directory <" + name + ">");
+    return std::nullopt;
+}
+
+// The start of a session: the map of its folders begins anew.
+void BoxHelper::uploadBackupHistory(const std::string& historyText, Date date) {
+    beginRequest();
+    {
+        std::lock_guard lock(internalFoldersMutex_);
+        internalFolders_.clear();
+    }
+    SH_LOG("Backup data size: {:.2f}Kb", static_cast<double>(historyText.size()) / 1024);
+    const std::string name = StorageLayout::historyFileName(date);
+    const std::string path = TemporaryDirectory::path() + "/" + name;
+    std::string error;
+    bool succeeded = FileManager::writeFile(path, historyText, &error, FileModes::kPrivateFile);
+    if (!succeeded) failWith(error);
+    succeeded = succeeded && box().uploadFile(path, std::nullopt);
+    FileManager::removeItem(path);
+    if (succeeded) addExistingFile(name);
+    finish(succeeded);
+}
+
+void BoxHelper::createDirectoryDated(Date date) {
+    beginRequest();
+    const std::string stamp = StorageLayout::stamp(date);
+    const auto id = box().createFolder(stamp, std::nullopt);
+    if (id) {
+        std::lock_guard lock(internalFoldersMutex_);
+        internalFolders_[stamp] = *id;
+    }
+    finish(id.has_value());
+}
+
+void BoxHelper::createDirectory(const std::string& directory, Date date) {
+    beginRequest();
+    const auto session = internalFolder(StorageLayout::stamp(date));
+    const auto id = session ? box().createFolder(directory, session) : std::nullopt;
+    if (id) {
+        std::lock_guard lock(internalFoldersMutex_);
+        internalFolders_[directory] = *id;
+    }
+    finish(id.has_value());
+}
+
+void BoxHelper::uploadFile(const std::string& path, Date date, const std::optional<std::string>& directory) {
+    beginRequest();
+    const auto folder = internalFolder(directory.value_or(StorageLayout::stamp(date)));
+    finish(folder && box().uploadFile(path, folder));
+}
+
+// Files are looked up by their name alone, in this device's folder and then among the
+// session's prefetched items; a session not prefetched yet is, on the first miss.
+void BoxHelper::loadFile(const std::string& name, Date date, const std::optional<std::string>&) {
+    beginRequest();
+    const std::string fileName = std::filesystem::path(name).filename().string();
+    auto id = box().idWithName(fileName, false);
+    if (!id) {
+        bool prefetched = false;
+        {
+            std::lock_guard lock(internalFoldersMutex_);
+            prefetched = prefetchedStamp_ == StorageLayout::stamp(date);
+        }
+        if (!prefetched) {
+            preloadFileRefUsingDate(date);
+            id = box().idWithName(fileName, false);
+        }
+    }
+    if (!id) {
+        failWith("Couldn't find backup data FILE with name <" + fileName + ">");
+        return performFailureSelector();
+    }
+    const auto path = fetch(*id, fileName);
+    if (!path) return performFailureSelector();
+    // The hooks stay for the next file of the same request.
+    callSuccessSelectorKeepingIt(*path);
+}
+
+void BoxHelper::preloadFileRefUsingDate(Date date) {
+    const std::string stamp = StorageLayout::stamp(date);
+    {
+        std::lock_guard lock(internalFoldersMutex_);
+        prefetchedStamp_ = stamp;
+    }
+    box().clearPrefetchData();
+    const auto id = box().idWithName(stamp, true);
+    if (!id) {
+        SH_LOG("Couldn't find backup data FOLDER with name <{}>", stamp);
+        return;
+    }
+    box().prefetchFileAndFolderIds(*id);
+}
+
+// The history file goes first: a session folder left behind by a failure is no session.
+void BoxHelper::deleteBackupSession(const std::shared_ptr<BackupSession>& session) {
+    beginRequest();
+    if (!session || !session->sessionDate()) {
+        failWith("No session to delete");
+        return performFailureSelector();
+    }
+    const Date date = *session->sessionDate();
+    const std::string name = StorageLayout::historyFileName(date);
+    const auto fileId = box().idWithName(name, false);
+    if (!fileId) failWith("Couldn't find backup data FILE with name <" + name + ">");
+    if (!fileId || !box().deleteWithId(*fileId, false)) return performFailureSelector();
+    removeExistingFile(name);
+    const std::string stamp = StorageLayout::stamp(date);
+    {
+        std::lock_guard lock(internalFoldersMutex_);
+        if (prefetchedStamp_ == stamp) prefetchedStamp_.reset();
+    }
+    box().clearPrefetchData();
+    const auto folderId = box().idWithName(stamp, true);
+    if (!folderId) {
+        SH_LOG("Couldn't find backup data FOLDER with name <{}>", stamp);
+        box().setErrorMessage(std::nullopt);
+        return performSuccessSelector();
+    }
+    finish(box().deleteWithId(*folderId, true));
+}
+
+void BoxHelper::deleteBackupForDeviceId(const std::string& deviceName) {
+    beginRequest();
+    const auto id = isOneFileName(deviceName) ? box().folderIdForDevice(deviceName) : std::nullopt;
+    if (!id) {
+        if (!hasError()) failWith("Couldn't device FOLDER data for <" + deviceName + ">");
+        return performFailureSelector();
+    }
+    finish(box().deleteWithId(*id, true));
+}
+
+void BoxHelper::moveFromPath(const std::string& from, const std::string& to) {
+    beginRequest();
+    if (!isOneFileName(to)) {
+        failWith("<" + to + "> names no device folder");
+        return performFailureSelector();
+    }
+    const auto id = isOneFileName(from) ? box().folderIdForDevice(from) : std::nullopt;
+    if (!id) {
+        if (!hasError()) failWith("Couldn't find data for <" + from + ">");
+        return performFailureSelector();
+    }
+    if (!box().rename(*id, to)) return performFailureSelector();
+    std::vector<std::string> devices = availableDeviceBackups();
+    std::replace(devices.begin(), devices.end(), from, to);
+    setAvailableDeviceBackups(std::move(devices));
+    performSuccessSelector();
+}
+
+}  // namespace stowhaven
