@@ -62,9 +62,13 @@ std::optional<std::int64_t> JsonReply::integer(const nlohmann::json& object, con
     if (!object.is_object()) return std::nullopt;
     const auto member = object.find(name);
     if (member == object.end()) return std::nullopt;
+    // Unsigned first: nlohmann counts those among the integers too.
+    if (member->is_number_unsigned()) {
+        const auto value = member->get<std::uint64_t>();
+        if (value > static_cast<std::uint64_t>(INT64_MAX)) return std::nullopt;
+        return static_cast<std::int64_t>(value);
+    }
     if (member->is_number_integer()) return member->get<std::int64_t>();
-    if (member->is_number_unsigned() && member->get<std::uint64_t>() <= INT64_MAX)
-        return static_cast<std::int64_t>(member->get<std::uint64_t>());
     return std::nullopt;
 }
 
