@@ -1,11 +1,14 @@
 #include "cli/EngineChoice.h"
 
+#include "cli/BrowserLogin.h"
 #include "cli/ServerHostChoice.h"
 #include "cli/TerminalPrompt.h"
 #include "core/AlertPresenter.h"
 #include "core/Supervisor.h"
 #include "platform/Strings.h"
+#include "storage/OAuthLogin.h"
 #include "storage/StorageEngineFactory.h"
+#include "storage/StorageEngines.h"
 #include "storage/addressbook/ABAddressBookHelper.h"
 
 #include <fmt/format.h>
@@ -104,6 +107,24 @@ bool tookEngine(StorageType type, const std::string& name, std::ostream& out) {
     return false;
 }
 
+// A cloud engine without a link to an account gets one through the service's page.
+bool tookCloudEngine(OAuthLogin& login, StorageType type, const std::string& name, TerminalPrompt& prompt,
+                     std::ostream& out) {
+    Supervisor& supervisor = Supervisor::shared();
+    const StorageType before = supervisor.currentStorageType();
+    if (useStorageEngine(type) == EngineUse::Current) {
+        auto* engine = dynamic_cast<ConnectionOrientedStorageHelperProtocol*>(StorageEngines::engine(type).get());
+        if (engine && engine->isLoggedIn()) return true;
+        // Not current until the login has been made.
+        supervisor.setCurrentStorageType(before);
+        supervisor.persistStorageType();
+    }
+    const auto readAnswer = [&prompt] { return prompt.readText(kBrowserLoginQuestion); };
+    if (logInThroughBrowser(login, std::nullopt, readAnswer, out, out) == BrowserLoginOutcome::LoggedIn) return true;
+    fmt::print(out, "The {} engine is not linked to an account.\n", name);
+    return false;
+}
+
 }  // namespace
 
 bool chooseStorageEngine(TerminalPrompt& prompt, std::ostream& out) {
@@ -113,7 +134,15 @@ bool chooseStorageEngine(TerminalPrompt& prompt, std::ostream& out) {
     if (!chosen) return false;
     const StorageType type = kEngineNames[*chosen].type;
     const ServerEngine* server = serverEngineOfType(type);
-    const bool taken = server ? chooseServerHost(*server, prompt, out) : tookEngine(type, names[*chosen], out);
+    const auto cloudLogin = makeOAuthLogin(type);
+    bool taken = false;
+    if (server) {
+        taken = chooseServerHost(*server, prompt, out);
+    } else if (cloudLogin) {
+        taken = tookCloudEngine(*cloudLogin, type, names[*chosen], prompt, out);
+    } else {
+        taken = tookEngine(type, names[*chosen], out);
+    }
     if (taken) fmt::print(out, "Storage is now {}.\n", Supervisor::shared().storageEngineName());
     return taken;
 }

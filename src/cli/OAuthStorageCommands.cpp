@@ -1,5 +1,6 @@
 #include "cli/OAuthStorageCommands.h"
 
+#include "cli/BrowserLogin.h"
 #include "core/Supervisor.h"
 #include "platform/Terminal.h"
 #include "platform/TerminalInput.h"
@@ -14,11 +15,11 @@ namespace {
 
 // What the user is to hand back, read on the terminal; nothing when the input ended.
 std::optional<std::string> askForAnswer(std::ostream& out) {
-    fmt::print(out, "Paste the code, or the whole address the service sent you to: ");
+    fmt::print(out, "{} ", kBrowserLoginQuestion);
     out.flush();
     TerminalInput input;
     InputLine line = input.readLine(false);
-    if (line.kind != InputLine::Kind::Line || line.text.empty()) return std::nullopt;
+    if (line.kind != InputLine::Kind::Line) return std::nullopt;
     return line.text;
 }
 
@@ -54,33 +55,22 @@ int OAuthStorageCommands::logIn(const Engine& engine, std::ostream& out, std::os
         fmt::print(errors, "stowhaven: the {} engine is not available in this build\n", engine.name);
         return 1;
     }
-    std::optional<std::string> answer = code_;
-    if (!answer) {
-        std::string error;
-        const auto address = login->authorizationAddress(error);
-        if (!address) {
-            fmt::print(errors, "stowhaven: {}\n", error);
+    std::function<std::optional<std::string>()> readAnswer;
+    if (Terminal::isStandardInputATerminal()) readAnswer = [&out] { return askForAnswer(out); };
+    switch (logInThroughBrowser(*login, code_, readAnswer, out, errors)) {
+        case BrowserLoginOutcome::LoggedIn:
+            fmt::print(out, "Storage is now {}.\n", Supervisor::shared().storageEngineName());
+            return 0;
+        case BrowserLoginOutcome::Failed:
             return 1;
-        }
-        fmt::print(out, "Open this address in a browser, on any machine, and allow the access:\n\n  {}\n\n", *address);
-        if (!Terminal::isStandardInputATerminal()) {
-            fmt::print(errors,
-                       "stowhaven: no terminal to read the answer on: run \"stowhaven storage login {} --code "
-                       "VALUE\" with the code, or the whole address, that the service handed you\n",
-                       engine.name);
-            return 2;
-        }
-        answer = askForAnswer(out);
-        if (!answer) return 1;
+        case BrowserLoginOutcome::Unanswered:
+            break;
     }
-    if (const auto error = login->finish(*answer)) {
-        fmt::print(errors, "stowhaven: {}\n", *error);
-        fmt::print(errors, "Storage stays {}.\n", Supervisor::shared().storageEngineName());
-        return 1;
-    }
-    fmt::print(out, "Logged in as {}.\nStorage is now {}.\n", login->accountName(),
-               Supervisor::shared().storageEngineName());
-    return 0;
+    fmt::print(errors,
+               "stowhaven: no terminal to read the answer on: run \"stowhaven storage login {} --code VALUE\" with "
+               "the code, or the whole address, that the service handed you\n",
+               engine.name);
+    return 2;
 }
 
 int OAuthStorageCommands::logOut(const Engine& engine, std::ostream& out) {
