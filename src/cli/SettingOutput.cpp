@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <set>
+
 namespace stowhaven {
 
 namespace {
@@ -56,10 +58,12 @@ PlistValue SettingOutput::masked(const PlistValue& value) {
         for (const PlistValue& element : *array) hidden.push_back(masked(element));
         return hidden;
     }
+    // In a secret's entries every text is hidden but those known to tell only where and who.
     if (const auto* dictionary = value.asDictionary()) {
+        static const std::set<std::string, std::less<>> kShown = {"host", "login", "rootDir", "port", "uid", "app_key"};
         PlistValue::Dictionary hidden = *dictionary;
-        if (const auto password = hidden.find("password"); password != hidden.end()) {
-            password->second = masked(password->second);
+        for (auto& [key, member] : hidden) {
+            if (!kShown.contains(key)) member = masked(member);
         }
         return hidden;
     }

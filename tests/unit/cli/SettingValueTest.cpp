@@ -54,6 +54,11 @@ TEST(SettingOutputTest, MaskingHidesPasswordsAndTokensButNotTheRest) {
     EXPECT_EQ(SettingOutput::masked(hosts),
               PlistValue(Array{Dictionary{{"host", "ftp.example.org"}, {"login", "owner"}, {"password", "********"}},
                                Dictionary{{"host", "nas.local"}, {"port", "21"}}}));
+    // Fields a secret's entry may gain later are hidden until known to be harmless.
+    const PlistValue link = Array{Dictionary{{"uid", "12"}, {"oauth_token", "t0k"}, {"oauth_token_secret", "s3c"}}};
+    EXPECT_EQ(
+        SettingOutput::masked(link),
+        PlistValue(Array{Dictionary{{"uid", "12"}, {"oauth_token", "********"}, {"oauth_token_secret", "********"}}}));
 }
 
 }  // namespace
