@@ -21,9 +21,10 @@ BrowserLoginOutcome logInThroughBrowser(OAuthLogin& login, const std::optional<s
         fmt::print(out, "Open this address in a browser, on any machine, and allow the access:\n\n  {}\n\n", *address);
         if (!readAnswer) return BrowserLoginOutcome::Unanswered;
         given = readAnswer();
-        if (!given || given->empty()) return BrowserLoginOutcome::Failed;
     }
-    if (const auto error = login.finish(*given)) {
+    const auto error =
+        given && !given->empty() ? login.finish(*given) : std::optional<std::string>("no answer was given");
+    if (error) {
         fmt::print(errors, "stowhaven: {}\n", *error);
         fmt::print(errors, "Storage stays {}.\n", Supervisor::shared().storageEngineName());
         return BrowserLoginOutcome::Failed;

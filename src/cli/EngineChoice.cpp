@@ -107,9 +107,11 @@ bool tookEngine(StorageType type, const std::string& name, std::ostream& out) {
     return false;
 }
 
-// A cloud engine without a link to an account gets one through the service's page.
-bool tookCloudEngine(OAuthLogin& login, StorageType type, const std::string& name, TerminalPrompt& prompt,
-                     std::ostream& out) {
+}  // namespace
+
+bool takeCloudEngine(StorageType type, TerminalPrompt& prompt, std::ostream& out) {
+    const auto login = makeOAuthLogin(type);
+    if (!login) return false;
     Supervisor& supervisor = Supervisor::shared();
     const StorageType before = supervisor.currentStorageType();
     if (useStorageEngine(type) == EngineUse::Current) {
@@ -120,12 +122,8 @@ bool tookCloudEngine(OAuthLogin& login, StorageType type, const std::string& nam
         supervisor.persistStorageType();
     }
     const auto readAnswer = [&prompt] { return prompt.readText(kBrowserLoginQuestion); };
-    if (logInThroughBrowser(login, std::nullopt, readAnswer, out, out) == BrowserLoginOutcome::LoggedIn) return true;
-    fmt::print(out, "The {} engine is not linked to an account.\n", name);
-    return false;
+    return logInThroughBrowser(*login, std::nullopt, readAnswer, out, out) == BrowserLoginOutcome::LoggedIn;
 }
-
-}  // namespace
 
 bool chooseStorageEngine(TerminalPrompt& prompt, std::ostream& out) {
     std::vector<std::string> names;
@@ -134,12 +132,11 @@ bool chooseStorageEngine(TerminalPrompt& prompt, std::ostream& out) {
     if (!chosen) return false;
     const StorageType type = kEngineNames[*chosen].type;
     const ServerEngine* server = serverEngineOfType(type);
-    const auto cloudLogin = makeOAuthLogin(type);
     bool taken = false;
     if (server) {
         taken = chooseServerHost(*server, prompt, out);
-    } else if (cloudLogin) {
-        taken = tookCloudEngine(*cloudLogin, type, names[*chosen], prompt, out);
+    } else if (makeOAuthLogin(type)) {
+        taken = takeCloudEngine(type, prompt, out);
     } else {
         taken = tookEngine(type, names[*chosen], out);
     }

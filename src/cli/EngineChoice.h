@@ -27,6 +27,11 @@ enum class EngineUse {
 // answer is not Current.
 EngineUse useStorageEngine(StorageType type);
 
+// Makes a cloud engine whose login goes through its service's page current, linking it to an
+// account first when it has no link; false, having said why, when it isn't one of those or
+// the login failed, the storage before staying current.
+bool takeCloudEngine(StorageType type, TerminalPrompt& prompt, std::ostream& out);
+
 // Offers the engines on the prompt; true when the user took one that is now current.
 bool chooseStorageEngine(TerminalPrompt& prompt, std::ostream& out);
 

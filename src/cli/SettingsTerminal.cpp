@@ -1,6 +1,7 @@
 #include "cli/SettingsTerminal.h"
 
 #include "cli/BackupCalendarTerminal.h"
+#include "cli/EngineChoice.h"
 #include "cli/ServerHostChoice.h"
 #include "cli/SwitchListTerminal.h"
 #include "cli/TerminalFlow.h"
@@ -43,6 +44,8 @@ void showEngineRows(TerminalFlow& flow, SettingsViewController& settings) {
             case SettingsViewController::TapResult::LoginNeeded:
                 if (const ServerEngine* server = serverEngineOfType(row.type)) {
                     chooseServerHost(*server, *flow.prompt(), flow.out());
+                } else {
+                    takeCloudEngine(row.type, *flow.prompt(), flow.out());
                 }
                 break;
             case SettingsViewController::TapResult::Refused:
