@@ -103,8 +103,9 @@ std::string BoxEmulator::control(const std::string& method, const std::string& p
 }
 
 std::vector<std::string> BoxEmulator::paths() const {
+    const auto tree = nlohmann::json::parse(control("GET", "tree"));
     std::vector<std::string> paths;
-    for (const auto& entry : nlohmann::json::parse(control("GET", "tree"))["entries"]) {
+    for (const auto& entry : tree["entries"]) {
         paths.push_back(entry["path"].get<std::string>() + (entry["type"] == "folder" ? "/" : ""));
     }
     return paths;
