@@ -92,6 +92,8 @@ void BoxHelper::loadFile(const std::string& name, Date date, const std::optional
         failWith("Couldn't find backup data FILE with name <" + fileName + ">");
         return performFailureSelector();
     }
+    // A listing that failed on the way is no failure once the prefetched items had it.
+    beginRequest();
     const auto path = fetch(*id, fileName);
     if (!path) return performFailureSelector();
     // The hooks stay for the next file of the same request.
