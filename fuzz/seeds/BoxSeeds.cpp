@@ -42,10 +42,10 @@ constexpr std::string_view kTokenError =
     R"({"error":"invalid_grant","error_description":"Invalid refresh token"})";
 
 constexpr std::string_view kHostile =
-    R"({"total_count":9223372036854775807,"entries":[{"type":"folder","id":"../../x","name":"STOWHAVEN"},)"
-    R"({"type":"file","id":"9000000001","name":".."},{"type":"file","id":"9000000002","name":"a/b"},)"
-    R"({"type":"file","id":"9000000003","name":"$(touch pwned)"},{"type":"file","id":-1,"name":"x"},)"
-    R"({"type":"file","id":"1","name":"tab\there"},[],null,7]})";
+    R"json({"total_count":9223372036854775807,"entries":[{"type":"folder","id":"../../x","name":"STOWHAVEN"},)json"
+    R"json({"type":"file","id":"9000000001","name":".."},{"type":"file","id":"9000000002","name":"a/b"},)json"
+    R"json({"type":"file","id":"9000000003","name":"$(touch pwned)"},{"type":"file","id":-1,"name":"x"},)json"
+    R"json({"type":"file","id":"1","name":"tab\there"},[],null,7]})json";
 
 }  // namespace
 
