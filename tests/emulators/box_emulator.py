@@ -183,7 +183,7 @@ class Account:
     def save(self):
         temporary = self.index_path + ".new"
         with open(temporary, "w", encoding="utf-8") as index:
-            json.dump({"items": self.items, "next_id": self.next_id}, index)
+            json.dump({"items": self.items, "next_id": self.next_id}, index, separators=(",", ":"))
         os.replace(temporary, self.index_path)
 
     def new_id(self):
@@ -208,8 +208,8 @@ class Account:
 
     def conflict(self, folder_id, name, moving=None):
         """Answers 409 when the folder holds another item of NAME, in any casing."""
-        for item in self.children(folder_id):
-            if item["name"].casefold() == name.casefold() and item["id"] != moving:
+        for item in self.items.values():
+            if item["parent"] == folder_id and item["name"].casefold() == name.casefold() and item["id"] != moving:
                 raise ApiError(409, "item_name_in_use", "Item with the same name already exists",
                                {"conflicts": [self.mini(item)]})
 
@@ -223,8 +223,15 @@ class Account:
 
     def size(self, item):
         if item["type"] == "file":
-            return item["size"]
-        return sum(self.size(child) for child in self.children(item["id"]))
+            return item.get("size", 0)
+        return sum(file["size"] for file in self.items.values()
+                   if file["type"] == "file" and self.holds(item["id"], file))
+
+    def holds(self, folder_id, item):
+        parent = item["parent"]
+        while parent is not None and parent != folder_id:
+            parent = self.items[parent]["parent"]
+        return parent is not None
 
     def space_used(self):
         return sum(item["size"] for item in self.items.values() if item["type"] == "file")
