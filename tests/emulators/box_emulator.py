@@ -766,8 +766,9 @@ def handler_class(emulator):
             with emulator.lock:
                 throttled = next((code for code in ("status_429", "status_503") if emulator.faults.take(code, path)),
                                  None)
-                dropped = emulator.faults.take("drop_mid_body", path)
-            if dropped and self.command in ("POST", "PUT") and self.has_body():
+                sending = self.command in ("POST", "PUT") and "Content-Length" in self.headers
+                cut_short = sending and emulator.faults.take("drop_mid_body", path)
+            if cut_short:
                 self.read_body(half=True)
                 self.close_connection = True
                 return
@@ -780,7 +781,9 @@ def handler_class(emulator):
                 reply = ApiError(503, "unavailable", "Unavailable", headers=[("Retry-After", "0")]).reply()
             else:
                 reply = self.answer(path)
-            self.send(reply, cut=dropped)
+            with emulator.lock:
+                cut = bool(reply.body) and emulator.faults.take("drop_mid_body", path)
+            self.send(reply, cut=cut)
 
         def answer(self, path):
             with emulator.lock:
@@ -795,9 +798,6 @@ def handler_class(emulator):
                 except (ApiError, OAuthError, Unauthorized) as refusal:
                     reply = refusal.reply()
                 return corrupted(reply, emulator.faults, path)
-
-        def has_body(self):
-            return "Content-Length" in self.headers or "Transfer-Encoding" in self.headers
 
         def read_body(self, half=False, required=True):
             """Reads the body whole (or half of it); answers 411 and false without a length."""

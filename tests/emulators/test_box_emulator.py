@@ -133,8 +133,8 @@ class BoxEmulatorTest(unittest.TestCase):
         with open(os.path.join(self.folder.name, "files", stored["id"]), "rb") as kept:
             self.assertEqual(content, kept.read())
 
-        status, _, _ = self.call("POST", "/api/2.0/files/content", iter([b"x"]),
-                                 {"Content-Type": "multipart/form-data; boundary=b"})
+        status, _, _ = self.call("POST", "/api/2.0/files/content", b"1\r\nx\r\n0\r\n\r\n",
+                                 {"Content-Type": "multipart/form-data; boundary=b", "Transfer-Encoding": "chunked"})
         self.assertEqual(411, status, "a chunked body without a length")
         status, reply, _ = self.call("GET", f"/2.0/files/{stored['id']}/content")
         self.assertEqual(302, status)
