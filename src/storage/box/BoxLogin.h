@@ -20,6 +20,7 @@ public:
     std::optional<std::string> authorizationAddress(std::string& error) override;
     std::optional<std::string> finish(const std::string& answer) override;
     std::string accountName() override;
+    void logOut() override;
 
 private:
     std::shared_ptr<BoxHelper> helper_;

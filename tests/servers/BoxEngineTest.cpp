@@ -1,0 +1,229 @@
+// The Box engine on the Box emulator: the storage contract, then what is Box's own: tokens
+// that expire and refresh tokens good for one use, retried and dropped requests, hostile and
+// broken replies, the base folders by name, a restore's walk, and the terminal login.
+
+#include "servers/StorageEngineContract.h"
+
+#include "core/BackupSession.h"
+#include "platform/FileManager.h"
+#include "platform/TemporaryDirectory.h"
+#include "storage/StorageLayout.h"
+#include "storage/box/BoxHelper.h"
+#include "storage/box/BoxLogin.h"
+#include "storage/box/BoxTokens.h"
+#include "support/BoxEmulator.h"
+#include "support/CapturedLog.h"
+#include "support/FolderSnapshot.h"
+#include "support/StorageRequest.h"
+#include "support/SupervisorScope.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace stowhaven {
+namespace {
+
+// Box as a login leaves it: a refresh token the emulator issued, Box the current engine.
+class BoxEngine final : public EngineUnderTest {
+public:
+    explicit BoxEngine(test::SupervisorScope& scope) {
+        emulator.exportEnvironment();
+        scope.supervisor().lowLevelStorePreferencesData(PlistValue(emulator.issueTokens().refreshToken),
+                                                        BoxTokens::kRefreshTokenKey);
+        scope.supervisor().setStorageToBox();
+    }
+    std::shared_ptr<StorageHelperProtocol> start() override { return BoxHelper::createBoxHelper(); }
+
+    test::BoxEmulator emulator;
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Box, StorageEngineContractTest,
+    ::testing::Values(EngineKind{"Box", [](test::SupervisorScope& scope) { return std::make_unique<BoxEngine>(scope); },
+                                 test::BoxEmulator::isAvailable}),
+    engineKindName);
+
+class BoxEngineTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        STOWHAVEN_SKIP_WITHOUT_BOX_EMULATOR();
+        storage_ = std::make_unique<BoxEngine>(scope_);
+    }
+
+    test::BoxEmulator& emulator() { return storage_->emulator; }
+    Supervisor& supervisor() { return scope_.supervisor(); }
+
+    // The engine as a start of the program makes it.
+    std::shared_ptr<BoxHelper> start() {
+        engine_ = BoxHelper::createBoxHelper();
+        return engine_;
+    }
+    std::string storedRefreshToken() {
+        return supervisor().lowLevelGetStringPreferencesDataForKey(BoxTokens::kRefreshTokenKey).value_or("");
+    }
+    test::RequestOutcome request(const std::function<void()>& operation) { return test::request(*engine_, operation); }
+    bool succeeds(const std::function<void()>& operation) { return request(operation).succeeded; }
+
+    static std::string temporaryFile(const std::string& name, const std::string& bytes) {
+        const std::string path = TemporaryDirectory::path() + "/" + name;
+        FileManager::writeFile(path, bytes);
+        return path;
+    }
+
+    test::SupervisorScope scope_;
+    std::unique_ptr<BoxEngine> storage_;
+    std::shared_ptr<BoxHelper> engine_;
+};
+
+TEST_F(BoxEngineTest, AnExpiredAccessTokenIsRefreshedAndEachNewRefreshTokenKeptSinceTheOldIsSpent) {
+    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    const std::string spent = storedRefreshToken();
+    emulator().expireAccessToken();
+    const Date date(800000000);
+    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("after the expiry", date); })) << *engine_->errorMessage();
+    EXPECT_NE(storedRefreshToken(), spent);
+
+    ASSERT_FALSE(start()->hasError()) << "the next start refreshes with the token kept: "
+                                      << *engine_->errorMessage();
+    EXPECT_EQ(engine_->existingFiles(), std::vector<std::string>{StorageLayout::historyFileName(date)});
+
+    // A spent refresh token is refused: the service's words, and local storage for this run.
+    supervisor().lowLevelStorePreferencesData(PlistValue(spent), BoxTokens::kRefreshTokenKey);
+    start();
+    EXPECT_EQ(engine_->errorMessage(), "Invalid refresh token");
+    EXPECT_TRUE(supervisor().isStorageLocal());
+}
+
+TEST_F(BoxEngineTest, BusyAndUnavailableRepliesAreRetried) {
+    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    emulator().injectFault("status_503", 1, "/api/2.0/files/content");
+    emulator().injectFault("status_429", 1, "/2.0/folders");
+    const Date date(800000000);
+    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("the history", date); })) << *engine_->errorMessage();
+    ASSERT_TRUE(succeeds([&] { engine_->createDirectoryDated(date); })) << *engine_->errorMessage();
+    EXPECT_TRUE(emulator().waitForLine("POST /api/2.0/files/content"));
+    EXPECT_TRUE(emulator().waitForLine("POST /api/2.0/files/content")) << "the upload was sent again";
+    const std::string part = temporaryFile("NOTES.idx", "NOTES-001\n");
+    EXPECT_TRUE(succeeds([&] { engine_->uploadFile(part, date, std::nullopt); })) << "into the folder made";
+
+    start()->loadMostRecentBackupSession();
+    EXPECT_EQ(engine_->existingFiles(), std::vector<std::string>{StorageLayout::historyFileName(date)});
+}
+
+TEST_F(BoxEngineTest, AnUploadWhoseConnectionDropsFailsWithAnErrorAndTheEarlierSessionsStay) {
+    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    const Date earlier(700000000);
+    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("earlier", earlier); }));
+    emulator().injectFault("drop_mid_body", 10, "/api/2.0/files/content");
+    const auto dropped = request([&] { engine_->uploadBackupHistory("later", Date(800000000)); });
+    EXPECT_TRUE(dropped.failed);
+    EXPECT_TRUE(engine_->hasError());
+    emulator().injectFault("drop_mid_body", 0);
+
+    start()->loadMostRecentBackupSession();
+    EXPECT_EQ(engine_->existingFiles(), std::vector<std::string>{StorageLayout::historyFileName(earlier)});
+    EXPECT_EQ(FileManager::contentsOfFile(TemporaryDirectory::path() + "/" + StorageLayout::historyFileName(earlier)),
+              "earlier");
+}
+
+TEST_F(BoxEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNothingLandsOutsideTheTemporaryFolder) {
+    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    const Date date(800000000);
+    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("the history", date); }));
+    const auto before = test::snapshot(scope_.path("/"));
+
+    // Listings name a "STOWHAVEN" folder of id "../../x", and files "..", "a/b" and "$(touch pwned)".
+    test::CapturedLog log;
+    emulator().injectFault("hostile_listing", 1000, "/2.0/folders");
+    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    engine_->loadMostRecentBackupSession();
+    engine_->retrieveRestOfBackupHistory();
+    const auto files = engine_->existingFiles();
+    EXPECT_EQ(files.back(), StorageLayout::historyFileName(date));
+    for (const char* refused : {"..", "a/b"}) EXPECT_EQ(std::count(files.begin(), files.end(), refused), 0) << refused;
+    EXPECT_TRUE(log.contains("Refused the listed item <STOWHAVEN> of id <../../x>"));
+    const std::string temporary = TemporaryDirectory::path().substr(scope_.path("/").size());
+    for (const auto& [path, contents] : test::snapshot(scope_.path("/"))) {
+        EXPECT_TRUE(path.starts_with(temporary) || before.contains(path)) << path << " was written";
+    }
+    emulator().injectFault("hostile_listing", 0);
+
+    const struct {
+        const char* fault;
+        const char* message;
+    } broken[] = {{"malformed_json", "The reply is no JSON"},
+                  {"huge_json", "The reply is larger than"},
+                  {"deep_json", "The reply is nested too deep"}};
+    for (const auto& reply : broken) {
+        emulator().injectFault(reply.fault, 1, "/2.0/folders");
+        const auto details = request([&] { engine_->loadBackupDetailsForDevice(supervisor().deviceName()); });
+        EXPECT_TRUE(details.failed) << reply.fault;
+        EXPECT_TRUE(engine_->errorMessage().value_or("").starts_with(reply.message))
+            << reply.fault << ": " << engine_->errorMessage().value_or("no error");
+    }
+}
+
+TEST_F(BoxEngineTest, TheBaseFolderIsFoundInAnyCasingAndAnOlderVersionsDeviceFolderTakesTheDevicesName) {
+    const std::string history = StorageLayout::historyFileName(Date(700000000));
+    emulator().addFile("/stowHAVEN/" + supervisor().deviceUID() + "/" + history, "from an older version");
+    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    EXPECT_EQ(engine_->existingFiles(), std::vector<std::string>{history});
+    const auto renamed = request([&] { engine_->loadBackupDetailsForDevice(supervisor().deviceName()); });
+    EXPECT_EQ(std::get<std::vector<std::string>>(renamed.object), std::vector<std::string>{history});
+    EXPECT_TRUE(request([&] { engine_->loadBackupDetailsForDevice(supervisor().deviceUID()); }).failed);
+}
+
+// A restore fetches the ids of the session's files in one walk: after it, no folder needs
+// to be listed again to fetch them.
+TEST_F(BoxEngineTest, ARestoreFetchesTheSessionsFilesByTheIdsOfOneWalk) {
+    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    const Date date(800000000);
+    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("the history", date); }));
+    ASSERT_TRUE(succeeds([&] { engine_->createDirectoryDated(date); }));
+    for (const std::string kind : {"NOTES", "PHOTOS"}) {
+        ASSERT_TRUE(succeeds([&] { engine_->createDirectory(kind, date); }));
+        const std::string part = temporaryFile(kind + "-001", "the " + kind);
+        ASSERT_TRUE(succeeds([&] { engine_->uploadFile(part, date, kind); })) << *engine_->errorMessage();
+        FileManager::removeItem(part);
+    }
+
+    start()->preloadFileRefUsingDate(date);
+    emulator().injectFault("malformed_json", 1000, "/2.0/folders");
+    for (const std::string kind : {"NOTES", "PHOTOS"}) {
+        const auto part = request([&] { engine_->loadFile(kind + "-001", date, kind); });
+        ASSERT_TRUE(part.succeeded) << engine_->errorMessage().value_or("");
+        EXPECT_EQ(FileManager::contentsOfFile(std::get<std::string>(part.object)), "the " + kind);
+        EXPECT_FALSE(engine_->hasError());
+    }
+}
+
+TEST_F(BoxEngineTest, TheTerminalLoginTradesTheCodeOfItsOwnAddressAndARefusalEndsWithTheServicesWords) {
+    supervisor().lowLevelStorePreferencesData(PlistValue(), BoxTokens::kRefreshTokenKey);
+    supervisor().setStorageToLocal();
+    BoxLogin login;
+    std::string error;
+    const auto address = login.authorizationAddress(error);
+    ASSERT_TRUE(address) << error;
+
+    emulator().injectFault("refuse_grant", 1);
+    EXPECT_EQ(login.finish(emulator().grant(*address)), "The user denied access to your application");
+    EXPECT_EQ(login.finish("http://localhost?code=abc&state=another-login"),
+              "The answer belongs to another login: open the address again");
+    EXPECT_TRUE(supervisor().isStorageLocal());
+
+    const auto refused = login.finish(emulator().grant(*address));
+    ASSERT_EQ(refused, std::nullopt) << *refused;
+    EXPECT_TRUE(supervisor().isStorageBox());
+    EXPECT_EQ(supervisor().lowLevelGetNumberPreferencesDataForKey("CurrentStorageType"),
+              PlistValue(static_cast<std::int64_t>(StorageType::Box)));
+    EXPECT_EQ(login.accountName(), "owner@example.com");
+    EXPECT_FALSE(storedRefreshToken().empty());
+}
+
+}  // namespace
+}  // namespace stowhaven
