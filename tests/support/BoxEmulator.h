@@ -51,12 +51,12 @@ public:
     void addFolder(const std::string& path) const;
     void addFile(const std::string& path, const std::string& bytes) const;
 
-    // The next COUNT requests to the service whose path starts with PATHPREFIX ("/2.0/folders",
-    // "/api/2.0/files/content", "/oauth2/token"; any, when empty) get the switch NAME:
-    // expire_token, status_429, status_503, drop_mid_body, malformed_json, huge_json, deep_json,
-    // hostile_listing, refuse_grant, invalid_grant. Every run of the program starts with a
-    // token refresh (POST /oauth2/token), which an unnarrowed switch hits first. COUNT 0
-    // clears the switch.
+    // The next COUNT requests to the service that the switch NAME can affect and whose path
+    // starts with PATHPREFIX ("/2.0/folders", "/api/2.0/files/content", "/oauth2/token",
+    // "/d/1/" for the downloads' bytes; any, when empty) get it: expire_token, status_429,
+    // status_503, drop_mid_body, malformed_json, huge_json, deep_json, hostile_listing,
+    // refuse_grant, invalid_grant. Every run of the program starts with a token refresh
+    // (POST /oauth2/token), which an unnarrowed switch hits first. COUNT 0 clears the switch.
     void injectFault(const std::string& name, int count = 1, const std::string& pathPrefix = "") const;
     // GETs the authorisation address the program printed, as a user who is logged in and
     // agrees, and answers where the service sent the browser ("http://localhost?code=...").
