@@ -25,7 +25,7 @@ std::string mainDirectoryOfSettings() {
         SH_LOG("Setting default root directory...");
         path = std::string(StorageLayout::kBaseDirectoryName);
     }
-    if (!path->starts_with('/')) path->insert(0, "/");
+    if (!path->starts_with('/')) path = "/" + *path;
     return *path;
 }
 
@@ -200,7 +200,9 @@ bool DropboxHelper::loadAccountInfos() {
         std::lock_guard lock(mutex_);
         account_ = account;
     }
-    return setupInitialStorageStructure();
+    if (setupInitialStorageStructure()) return true;
+    performFailureSelector();
+    return false;
 }
 
 // Only the quota: the listings are the job's, which may be changing them meanwhile.

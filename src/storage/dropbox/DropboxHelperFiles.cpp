@@ -161,7 +161,6 @@ void DropboxHelper::loadMostRecentBackupSession() {
 }
 
 void DropboxHelper::loadFile(const std::string& name, Date date, const std::optional<std::string>& subDirectory) {
-    if (existingFiles().empty()) return performSuccessSelector();
     if (!isCleanRelativePath(name) || (subDirectory && !isCleanRelativePath(*subDirectory)))
         return performFailureSelector();
     std::string folder = sessionDirectory(date);
