@@ -4,7 +4,6 @@
 #include "platform/FileNames.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
-#include "platform/Strings.h"
 #include "platform/dispatch/GlobalQueue.h"
 #include "platform/dispatch/MainQueue.h"
 #include "platform/dispatch/NotificationCenter.h"
@@ -56,12 +55,11 @@ void DropboxHelper::forgetLink() {
 DropboxHelper::DropboxHelper() : mainDirectory_(mainDirectoryOfSettings()) {}
 
 void DropboxHelper::setupDropboxSession() {
-    const bool isCurrent = Supervisor::shared().isStorageDropbox();
     std::string error;
     const auto app = DropboxApp::fromEnvironment(error);
     if (!app) {
+        // The start tells the user, as it tells why any engine gave way.
         setErrorMessage(error);
-        if (isCurrent) Supervisor::showAlert(Strings::localized("DROPBOX_SESSION_ERROR"), error);
         fallBackToLocalStorage();
         return;
     }
@@ -76,7 +74,7 @@ void DropboxHelper::setupDropboxSession() {
         std::lock_guard lock(mutex_);
         service_ = std::make_shared<DropboxService>(*app, *credentials);
     }
-    if (isCurrent && Platform::current().reachability().isConnectedToNetwork() && !loadAccountInfos()) {
+    if (Supervisor::shared().isStorageDropbox() && Platform::current().reachability().isConnectedToNetwork() && !loadAccountInfos()) {
         fallBackToLocalStorage();
     }
 }

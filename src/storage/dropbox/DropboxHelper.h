@@ -87,7 +87,8 @@ private:
     void setupDropboxSession();
     void setErrorMessage(std::optional<std::string> message);
     std::shared_ptr<DropboxService> service() const;
-    // The error of a request made without a link.
+    // The service of the link, the error of the request in hand cleared; none, with the
+    // error, without a link.
     std::shared_ptr<DropboxService> linkedService();
     void forgetLink();
     void fallBackToLocalStorage();
@@ -100,8 +101,8 @@ private:
     // the error, for one that doesn't.
     bool isCleanRelativePath(const std::string& path);
 
-    // The device directories, the one of this device made when missing, then its history
-    // files; the device directory of older versions is renamed first.
+    // The device directories, the device directory of older versions renamed, this device's
+    // made on a first run on the account, then its history files.
     bool setupInitialStorageStructure();
     bool listDeviceFolders();
     bool listHistoryFiles();
