@@ -1,6 +1,7 @@
 #pragma once
 
-#include "support/ServerProcess.h"
+#include "support/EmulatorProcess.h"
+#include "support/EnvironmentScope.h"
 #include "support/TestFolder.h"
 
 #include <filesystem>
@@ -29,11 +30,11 @@ public:
     BoxEmulator(const BoxEmulator&) = delete;
     BoxEmulator& operator=(const BoxEmulator&) = delete;
 
-    // Whether /usr/bin/python3 is there; tests skip through STOWHAVEN_SKIP_WITHOUT_BOX_EMULATOR.
-    static bool isAvailable();
+    // Whether the emulator can run; tests skip through STOWHAVEN_SKIP_WITHOUT_BOX_EMULATOR.
+    static bool isAvailable() { return EmulatorProcess::isAvailable(); }
 
     // "http://127.0.0.1:PORT", which stands for each of the service's hosts.
-    std::string address() const;
+    std::string address() const { return process_->address(); }
     const std::string& clientId() const { return clientId_; }
     const std::string& clientSecret() const { return clientSecret_; }
     // The prefix of SandboxDevice::run that points the program at the emulator:
@@ -73,16 +74,14 @@ public:
     void stop() { process_->stop(); }
 
 private:
-    // A control request to the emulator; its JSON reply's text. Throws when it is refused.
-    std::string control(const std::string& method, const std::string& pathAndQuery, const std::string& body = "") const;
+    // The variables that point the program at the emulator, with their values.
+    std::vector<std::pair<std::string, std::string>> variables() const;
 
     TestFolder folder_;
     std::string clientId_;
     std::string clientSecret_;
-    std::unique_ptr<ServerProcess> process_;
-    int port_ = 0;
-    // The variables exportEnvironment() changed, with the values they had.
-    std::vector<std::pair<std::string, std::optional<std::string>>> exported_;
+    std::unique_ptr<EmulatorProcess> process_;
+    std::optional<EnvironmentScope> exported_;
 };
 
 }  // namespace stowhaven::test
