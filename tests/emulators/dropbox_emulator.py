@@ -190,7 +190,7 @@ def check_root(root):
 
 
 def names_after(path, prefix):
-    """The root and the names of PATH after PREFIX ("/1/metadata/" then "dropbox/a/b")."""
+    """The names of PATH after PREFIX and the root ("/1/metadata/" then "dropbox/a/b")."""
     root, _, rest = path[len(prefix):].partition("/")
     check_root(root)
     return split_path(rest)
@@ -206,7 +206,8 @@ def hostile_entries(folder_entry):
     template = {key: value for key, value in folder_entry.items() if key not in ("contents", "hash")}
 
     def entry(path, is_dir):
-        return dict(template, path=path, is_dir=is_dir, bytes=0 if is_dir else 1, icon="folder" if is_dir else "page_white")
+        icon = "folder" if is_dir else "page_white"
+        return dict(template, path=path, is_dir=is_dir, bytes=0 if is_dir else 1, icon=icon)
 
     folder = folder_entry["path"].rstrip("/")
     return [
@@ -245,9 +246,14 @@ class Handler(http.server.BaseHTTPRequestHandler):
         raw_path, _, raw_query = self.path.partition("?")
         if not raw_path.startswith("/_emulator/"):
             announce(f"{self.command} {raw_path}")
+        self.request_path = raw_path
+        self.params = {}
         self.body_left = 0
         self.cut_reply = False
         try:
+            if "Transfer-Encoding" in self.headers:
+                self.close_connection = True
+                raise ApiError(411, "Chunked encoding was attempted for this request, but is not supported")
             self.body_left = self.content_length()
             if not TARGET_CHARACTERS.fullmatch(self.path) or BAD_ESCAPE.search(self.path):
                 raise ApiError(400, "The request's address has characters that must be percent-encoded")
@@ -255,14 +261,16 @@ class Handler(http.server.BaseHTTPRequestHandler):
             handler, methods = self.route(self.request_path)
             if self.command not in methods:
                 raise ApiError(405, "Request method not expected", headers=[("Allow", ", ".join(methods))])
-            if "chunked" in self.headers.get("Transfer-Encoding", "").lower():
-                raise ApiError(411, "Chunked encoding was attempted for this request, but is not supported")
             self.params = self.query_params(raw_query)
             handler()
         except UnicodeDecodeError:
             self.refuse(ApiError(400, "The request's address is not UTF-8 once decoded"))
         except ApiError as error:
             self.refuse(error)
+        except ConnectionError:
+            self.close_connection = True
+        except OSError as error:
+            self.refuse(ApiError(500, f"Internal server error: {error.strerror}"))
 
     def route(self, path):
         exact = {
@@ -293,6 +301,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
         if text is None:
             return 0
         if not text.isdigit():
+            self.close_connection = True
             raise ApiError(400, "Invalid Content-Length")
         return int(text)
 

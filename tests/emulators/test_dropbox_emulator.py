@@ -62,8 +62,9 @@ class DropboxEmulatorTest(unittest.TestCase):
         status, reply, data = self.request(method, target, body, dict(self.oauth(), **(headers or {})))
         return status, reply, json.loads(data) if data else None
 
-    def chunk(self, data, query=""):
-        return self.api("POST", "/1/chunked_upload" + query, data, {"Content-Type": "application/octet-stream"})
+    def chunk(self, data, query="", headers=None):
+        headers = dict({"Content-Type": "application/octet-stream"}, **(headers or {}))
+        return self.api("POST", "/1/chunked_upload" + query, data, headers)
 
     def test_credentials_methods_and_addresses_are_checked(self):
         self.assertEqual(self.request("GET", "/1/account/info")[0], 401)
@@ -98,6 +99,9 @@ class DropboxEmulatorTest(unittest.TestCase):
     def test_chunked_upload_checks_its_offsets_and_the_commit_makes_folders(self):
         self.assertEqual(self.chunk(b"abc", "?upload_id=unknown&offset=0")[0], 404)
         self.assertEqual(self.api("POST", "/1/chunked_upload", b"abc", {"Content-Type": "text/plain"})[0], 400)
+        # Refused before the body is read: a chunk over 150 MB, and one of no stated length.
+        self.assertEqual(self.chunk(None, "", {"Content-Length": str(151 << 20)})[0], 400)
+        self.assertEqual(self.chunk(iter([b"abc"]), "", {"Transfer-Encoding": "chunked"})[0], 411)
         status, _, first = self.chunk(b"0123456789")
         upload = first["upload_id"]
         self.assertEqual((status, first["offset"]), (200, 10))
