@@ -56,20 +56,25 @@ bool BoxClient::fail(const std::string& message) {
     return false;
 }
 
-std::optional<RestReply> BoxClient::call(RestRequest request) {
+std::optional<RestReply> BoxClient::send(const RestRequest& request) {
     if (const auto problem = service_.problem()) {
         fail(*problem);
         return std::nullopt;
     }
-    RestReply reply;
-    {
-        std::lock_guard lock(mutex_);
-        reply = client_.perform(request);
-    }
-    if (reply.isSuccess()) return reply;
+    std::lock_guard lock(mutex_);
+    return client_.perform(request);
+}
+
+bool BoxClient::failWith(const RestReply& reply) {
     // A refused refresh tells more than the 401 it left.
     const auto tokenError = reply.status == 401 ? tokens_->lastError() : std::nullopt;
-    fail(tokenError.value_or(BoxReplies::errorText(reply)));
+    return fail(tokenError.value_or(BoxReplies::errorText(reply)));
+}
+
+std::optional<RestReply> BoxClient::call(const RestRequest& request) {
+    auto reply = send(request);
+    if (!reply || reply->isSuccess()) return reply;
+    failWith(*reply);
     return std::nullopt;
 }
 
@@ -142,7 +147,11 @@ std::optional<BoxItem> BoxClient::upload(const std::string& localPath, const std
     const auto size = static_cast<std::int64_t>(FileManager::sizeOfItem(localPath));
     const auto running = client_.start(std::move(request));
     if (std::string error; !followTransfer(*running, TransferDisplay::Direction::Upload, size, error)) {
-        fail(running->reply().status != 0 ? BoxReplies::errorText(running->reply()) : error);
+        if (running->reply().status != 0) {
+            failWith(running->reply());
+        } else {
+            fail(error);
+        }
         return std::nullopt;
     }
     return read(running->reply(), BoxReplies::uploadedFile);
@@ -150,22 +159,17 @@ std::optional<BoxItem> BoxClient::upload(const std::string& localPath, const std
 
 // The content's address: Box answers with a redirect to where the bytes are.
 std::optional<std::string> BoxClient::downloadAddress(const std::string& id) {
-    if (const auto problem = service_.problem()) {
-        fail(*problem);
-        return std::nullopt;
-    }
-    RestReply reply;
-    {
-        std::lock_guard lock(mutex_);
-        reply = client_.perform(requestOf("GET", service_.apiUrl("/2.0/files/" + id + "/content")));
-    }
-    const auto location = reply.header("Location");
-    if (reply.code == CURLE_OK && reply.status == 302 && location) {
+    const auto reply = send(requestOf("GET", service_.apiUrl("/2.0/files/" + id + "/content")));
+    if (!reply) return std::nullopt;
+    const auto location = reply->header("Location");
+    if (reply->code == CURLE_OK && reply->status == 302 && location) {
         if (isFetchableAddress(*location)) return location;
         fail("Box sent the download to an address that isn't secure");
-        return std::nullopt;
+    } else if (reply->isSuccess()) {
+        fail("Box gave no download address");
+    } else {
+        failWith(*reply);
     }
-    fail(reply.isSuccess() ? "Box gave no download address" : BoxReplies::errorText(reply));
     return std::nullopt;
 }
 
@@ -177,7 +181,7 @@ bool BoxClient::download(const std::string& id, const std::string& localPath) {
     request.anonymous = true;
     const auto running = client_.start(std::move(request));
     if (std::string error; !followTransfer(*running, TransferDisplay::Direction::Download, 0, error)) {
-        return fail(running->reply().status != 0 ? BoxReplies::errorText(running->reply()) : error);
+        return running->reply().status != 0 ? failWith(running->reply()) : fail(error);
     }
     return true;
 }

@@ -40,8 +40,12 @@ public:
     bool download(const std::string& id, const std::string& localPath);
 
 private:
-    // The reply, or none with the engine's error set from it.
-    std::optional<RestReply> call(RestRequest request);
+    // The reply, whatever its status; none, with the engine's error, when Box can't be asked.
+    std::optional<RestReply> send(const RestRequest& request);
+    // A successful reply, or none with the engine's error set from it.
+    std::optional<RestReply> call(const RestRequest& request);
+    // The failed reply's account as the engine's error; false.
+    bool failWith(const RestReply& reply);
     // The reply's body read by READER, or none with the engine's error.
     template <typename Reader>
     auto read(const RestReply& reply, Reader reader) -> decltype(reader(std::string_view(), std::declval<std::string&>()));

@@ -52,7 +52,6 @@ bool BoxHelper::failWith(const std::string& message) {
 bool BoxHelper::start() {
     beginRequest();
     clearExistingFiles();
-    box().clearMainAndRootData();
     if (const auto problem = box().client().service().problem()) return failWith(*problem);
     if (!Platform::current().reachability().isConnectedToNetwork()) return failWith("No network!");
     if (!box().client().tokens().hasRefreshToken()) {
@@ -123,8 +122,13 @@ double BoxHelper::freeSpace() { return box().freeSpace(); }
 
 void BoxHelper::refreshFreeSpace() { box().getAccountInfos(); }
 
-// The list comes with the listings of the start and of loadMostRecentBackupSession().
-void BoxHelper::loadAvailableDeviceBackups() { performSuccessSelector(); }
+void BoxHelper::loadAvailableDeviceBackups() {
+    beginRequest();
+    SH_LOG("Reloading available device backups...");
+    const auto devices = box().availableDeviceBackups();
+    if (devices) setAvailableDeviceBackups(*devices);
+    finish(devices.has_value());
+}
 
 void BoxHelper::loadBackupDetailsForDevice(const std::string& deviceName) {
     beginRequest();

@@ -56,26 +56,29 @@ void BoxWrapper::clearMainAndRootData() {
     rootDirectoryData_.reset();
 }
 
+// The folders in hand stay usable until the new ones are known: a flush of the cache may run
+// beside a job.
 bool BoxWrapper::initializeBaseFolders() {
-    clearMainAndRootData();
     getAccountInfos();
     const auto root = client_.folder(kRootFolderId);
-    if (!root) {
-        SH_LOG("Couldn't find the root directory!");
+    if (!root) SH_LOG("Couldn't find the root directory!");
+    const auto base = root ? processRootFolderData() : std::nullopt;
+    const auto device = base ? processMainDirectoryData(base->id) : std::nullopt;
+    if (!device) {
+        clearMainAndRootData();
         return false;
     }
-    {
-        std::lock_guard lock(mutex_);
-        rootFolderData_ = root;
-    }
-    if (!processRootFolderData() || !processMainDirectoryData()) return false;
+    std::lock_guard lock(mutex_);
+    rootFolderData_ = root;
+    mainDirectoryData_ = base;
+    rootDirectoryData_ = device;
     initializationCompleted_ = true;
     return true;
 }
 
-bool BoxWrapper::processRootFolderData() {
+std::optional<BoxItem> BoxWrapper::processRootFolderData() {
     const auto items = client_.folderItems(kRootFolderId);
-    if (!items) return false;
+    if (!items) return std::nullopt;
     std::optional<std::string> baseId;
     for (const BoxItem& item : *items) {
         if (item.isFolder && equalsIgnoringAsciiCase(item.name, StorageLayout::kBaseDirectoryName)) {
@@ -89,23 +92,17 @@ bool BoxWrapper::processRootFolderData() {
             baseId = made->id;
         }
     }
-    const auto base = baseId ? client_.folder(*baseId) : std::nullopt;
-    if (!base) {
-        SH_LOG("Couldn't create the <Stowhaven> directory!");
-        return false;
-    }
-    std::lock_guard lock(mutex_);
-    mainDirectoryData_ = base;
-    return true;
+    auto base = baseId ? client_.folder(*baseId) : std::nullopt;
+    if (!base) SH_LOG("Couldn't create the <Stowhaven> directory!");
+    return base;
 }
 
-bool BoxWrapper::processMainDirectoryData() {
+std::optional<BoxItem> BoxWrapper::processMainDirectoryData(const std::string& baseId) {
     const Supervisor& supervisor = Supervisor::shared();
     const std::string& deviceName = supervisor.deviceName();
     const std::string& deviceUID = supervisor.deviceUID();
-    const std::string baseId = *mainDirectoryId();
     const auto items = client_.folderItems(baseId);
-    if (!items) return false;
+    if (!items) return std::nullopt;
     std::optional<std::string> deviceId;
     for (const BoxItem& item : *items) {
         if (!item.isFolder) continue;
@@ -117,7 +114,7 @@ bool BoxWrapper::processMainDirectoryData() {
             if (!rename(item.id, deviceName)) {
                 SH_LOG("FAILED to migrate from data directory from {} to {}. Error: {}!", item.name, deviceName,
                        errorMessage().value_or("(null)"));
-                return false;
+                return std::nullopt;
             }
             SH_LOG("Migrated from data directory from {} to {}!", item.name, deviceName);
             deviceId = item.id;
@@ -132,14 +129,9 @@ bool BoxWrapper::processMainDirectoryData() {
             deviceId = made->id;
         }
     }
-    const auto device = deviceId ? client_.folder(*deviceId) : std::nullopt;
-    if (!device) {
-        SH_LOG("Couldn't create the <{}> directory under <Stowhaven>!", deviceName);
-        return false;
-    }
-    std::lock_guard lock(mutex_);
-    rootDirectoryData_ = device;
-    return true;
+    auto device = deviceId ? client_.folder(*deviceId) : std::nullopt;
+    if (!device) SH_LOG("Couldn't create the <{}> directory under <Stowhaven>!", deviceName);
+    return device;
 }
 
 std::optional<std::string> BoxWrapper::mainDirectoryId() const {
@@ -265,15 +257,7 @@ bool BoxWrapper::downloadFileData(const std::string& id, const std::string& loca
 
 bool BoxWrapper::deleteWithId(const std::string& id, bool asFolder) { return client_.deleteItem(id, asFolder); }
 
-bool BoxWrapper::rename(const std::string& id, const std::string& name) {
-    if (!client_.renameFolder(id, name)) return false;
-    const auto baseId = mainDirectoryId();
-    if (const auto base = baseId ? client_.folder(*baseId) : std::nullopt) {
-        std::lock_guard lock(mutex_);
-        mainDirectoryData_ = base;
-    }
-    return true;
-}
+bool BoxWrapper::rename(const std::string& id, const std::string& name) { return client_.renameFolder(id, name); }
 
 void BoxWrapper::removeTokens() {
     client_.tokens().revoke();

@@ -57,7 +57,6 @@ public:
     bool uploadFile(const std::string& localPath, const std::optional<std::string>& inFolderId);
     bool downloadFileData(const std::string& id, const std::string& localPath);
     bool deleteWithId(const std::string& id, bool asFolder);
-    // Renames a folder, then reads the base directory again.
     bool rename(const std::string& id, const std::string& name);
 
     // Forgets the account's tokens: the session is over.
@@ -66,8 +65,10 @@ public:
     static void unlink();
 
 private:
-    bool processRootFolderData();
-    bool processMainDirectoryData();
+    // The base directory, found or made.
+    std::optional<BoxItem> processRootFolderData();
+    // This device's directory in the base directory, found, renamed or made.
+    std::optional<BoxItem> processMainDirectoryData(const std::string& baseId);
     std::optional<std::string> mainDirectoryId() const;
     std::optional<std::string> deviceDirectoryId() const;
     std::optional<std::vector<BoxItem>> deviceItems();
