@@ -192,7 +192,9 @@ TEST_F(DropboxEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNothin
     EXPECT_TRUE(request([&] { engine_->loadBackupDetailsForDevice(".."); }).failed);
     const std::string temporary = TemporaryDirectory::path().substr(scope_.path("/").size());
     for (const auto& [path, contents] : test::snapshot(scope_.path("/"))) {
-        if (!path.starts_with(temporary)) EXPECT_TRUE(before.contains(path)) << path << " was written";
+        if (!path.starts_with(temporary)) {
+            EXPECT_TRUE(before.contains(path)) << path << " was written";
+        }
     }
 
     const struct {
