@@ -13,25 +13,39 @@ namespace stowhaven {
 // or --fw-compatible, then --only, --add, --remove; with --save-default the result becomes
 // the default of that direction, which the next backup or restore takes. Items are named
 // as the list shows them in brackets; an unknown name changes and saves nothing.
+// "select folder NAME" works on the items of one folder whose items are chosen one by one,
+// "select albums" on the photo and video albums, each side apart (--photos, --videos;
+// both without either).
 class SelectCommand {
 public:
     void add(CLI::App& app);
     bool parsed() const { return command_->parsed(); }
     int run(std::ostream& out, std::ostream& errors) const;
 
+    // What the options ask of the lists, in their order.
+    struct Changes {
+        bool all = false;
+        bool none = false;
+        bool invert = false;
+        bool fwCompatible = false;
+        std::vector<std::string> only;
+        std::vector<std::string> add;
+        std::vector<std::string> remove;
+        bool any() const {
+            return all || none || invert || fwCompatible || !only.empty() || !add.empty() || !remove.empty();
+        }
+    };
+
 private:
     CLI::App* command_ = nullptr;
     std::string kind_;
+    std::string folder_;
     bool asJson_ = false;
     bool restore_ = false;
     bool saveDefault_ = false;
-    bool all_ = false;
-    bool none_ = false;
-    bool invert_ = false;
-    bool fwCompatible_ = false;
-    std::vector<std::string> only_;
-    std::vector<std::string> add_;
-    std::vector<std::string> remove_;
+    bool photos_ = false;
+    bool videos_ = false;
+    Changes changes_;
 };
 
 }  // namespace stowhaven

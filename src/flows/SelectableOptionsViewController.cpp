@@ -3,9 +3,6 @@
 #include "core/ProcessFlags.h"
 #include "core/Supervisor.h"
 #include "core/Text.h"
-#include "platform/Strings.h"
-
-#include <fmt/format.h>
 
 #include <algorithm>
 
@@ -40,10 +37,9 @@ SelectableOptionsViewController::SelectableOptionsViewController(std::vector<Sel
 
 void SelectableOptionsViewController::changeTableContent(std::size_t segment) {
     segment_ = std::min(segment, segments_.size() - 1);
-    data_ = selectionRows(tableContentType(), backupMode_);
+    list_ = SelectionList(selectionRows(tableContentType(), backupMode_));
     filteredData_.reset();
     searchText_.clear();
-    updateSelectedCountStatus();
 }
 
 bool SelectableOptionsViewController::fCanDisplaySearchBar() const {
@@ -60,55 +56,24 @@ void SelectableOptionsViewController::applySearch() {
     filteredData_.reset();
     if (searchText_.empty() || !fCanDisplaySearchBar()) return;
     SelectionRows found;
-    std::copy_if(data_.begin(), data_.end(), std::back_inserter(found),
+    std::copy_if(data().begin(), data().end(), std::back_inserter(found),
                  [&](const auto& row) { return textutil::containsCaseInsensitive(row->title(), searchText_); });
     filteredData_ = std::move(found);
-}
-
-void SelectableOptionsViewController::processSelectOperation(bool selected) {
-    for (const auto& row : data_) row->setSelected(selected);
-    updateSelectedCountStatus();
-}
-
-void SelectableOptionsViewController::invertSelection() {
-    for (const auto& row : data_) row->setSelected(!row->isSelected());
-    updateSelectedCountStatus();
 }
 
 bool SelectableOptionsViewController::selectFWCompatible() {
     if (tableContentType() != SelectionKind::Packages) return false;
     const std::string& systemVersion = Supervisor::shared().deviceSystemVersion();
-    for (const auto& row : data_) {
+    for (const auto& row : data()) {
         const auto& package = static_cast<const PackageRow&>(*row).package();
         row->setSelected(package->isFirmwareCompatible(systemVersion));
     }
-    updateSelectedCountStatus();
     return true;
 }
 
 void SelectableOptionsViewController::switchState(std::size_t index) {
     const SelectionRows& shown = rows();
-    if (index >= shown.size()) return;
-    shown[index]->setSelected(!shown[index]->isSelected());
-    updateSelectedCountStatus();
-}
-
-std::shared_ptr<SelectionRow> SelectableOptionsViewController::rowNamed(std::string_view key) const {
-    const auto found = std::find_if(data_.begin(), data_.end(), [&](const auto& row) { return row->key() == key; });
-    return found == data_.end() ? nullptr : *found;
-}
-
-bool SelectableOptionsViewController::setSelected(std::string_view key, bool selected) {
-    const auto row = rowNamed(key);
-    if (!row) return false;
-    row->setSelected(selected);
-    updateSelectedCountStatus();
-    return true;
-}
-
-void SelectableOptionsViewController::updateSelectedCountStatus() {
-    const auto selected = std::count_if(data_.begin(), data_.end(), [](const auto& row) { return row->isSelected(); });
-    selectedCountStatus_ = Strings::format("SELECTED_COUNT_STATUS", selected, data_.size());
+    if (index < shown.size()) SelectionList::switchState(*shown[index]);
 }
 
 void SelectableOptionsViewController::sortBy(SortSegment segment) {
@@ -120,7 +85,7 @@ void SelectableOptionsViewController::sortBy(SortSegment segment) {
     const auto applicationOf = [](const std::shared_ptr<SelectionRow>& row) -> Application& {
         return *static_cast<const ApplicationRow&>(*row).application();
     };
-    std::stable_sort(data_.begin(), data_.end(), [&](const auto& a, const auto& b) {
+    std::stable_sort(list_.rows().begin(), list_.rows().end(), [&](const auto& a, const auto& b) {
         return ascending ? comesBefore(applicationOf(a), applicationOf(b), segment)
                          : comesBefore(applicationOf(b), applicationOf(a), segment);
     });
@@ -129,13 +94,7 @@ void SelectableOptionsViewController::sortBy(SortSegment segment) {
 
 std::optional<std::string> SelectableOptionsViewController::totalSelectedSize() const {
     if (tableContentType() != SelectionKind::Applications) return std::nullopt;
-    double megabytes = 0;
-    for (const auto& row : data_) {
-        if (row->isSelected()) megabytes += std::max(row->size(), 0.0);
-    }
-    const bool gigabytes = megabytes >= 1024;
-    return fmt::format("{}: {}{}b", Strings::localized("TOTAL_BYTES_SELECTED"),
-                       textutil::decimalText(gigabytes ? megabytes / 1024 : megabytes), gigabytes ? "G" : "M");
+    return list_.totalSelectedSize();
 }
 
 }  // namespace stowhaven

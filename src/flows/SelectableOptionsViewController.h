@@ -1,6 +1,7 @@
 #pragma once
 
 #include "flows/SelectionContent.h"
+#include "flows/SelectionList.h"
 
 #include <cstddef>
 #include <optional>
@@ -29,8 +30,10 @@ public:
     void changeTableContent(std::size_t segment);
 
     // The whole list, and the lines on show: those the search found while one runs.
-    const SelectionRows& data() const { return data_; }
-    const SelectionRows& rows() const { return filteredData_ ? *filteredData_ : data_; }
+    const SelectionRows& data() const { return list_.rows(); }
+    const SelectionRows& rows() const { return filteredData_ ? *filteredData_ : list_.rows(); }
+    // The whole list, for what every selection screen does.
+    SelectionList& list() { return list_; }
     // Packages, applications and preference files can be searched; other lists stay whole.
     bool fCanDisplaySearchBar() const;
     // Trimmed of blanks; a blank text, or a list without a search, shows the whole list.
@@ -38,22 +41,22 @@ public:
     const std::optional<SelectionRows>& filteredData() const { return filteredData_; }
 
     // Each acts on the whole list, searched or not.
-    void selectAll() { processSelectOperation(true); }
-    void selectNone() { processSelectOperation(false); }
-    void invertSelection();
+    void selectAll() { list_.selectAll(); }
+    void selectNone() { list_.selectNone(); }
+    void invertSelection() { list_.invertSelection(); }
     // Packages only: each one selected when made for the device's firmware. False on
     // other lists, which are left as they are.
     bool selectFWCompatible();
     // The line at INDEX of those on show changes its state.
     void switchState(std::size_t index);
     // The line of the whole list that KEY names (SelectionRow::key()), null when none does.
-    std::shared_ptr<SelectionRow> rowNamed(std::string_view key) const;
+    std::shared_ptr<SelectionRow> rowNamed(std::string_view key) const { return list_.rowNamed(key); }
     // The line that KEY names takes that state; false when no line has that name.
-    bool setSelected(std::string_view key, bool selected);
+    bool setSelected(std::string_view key, bool selected) { return list_.setSelected(key, selected); }
     // "3 of 10 selected", of the whole list.
-    const std::string& selectedCountStatus() const { return selectedCountStatus_; }
+    std::string selectedCountStatus() const { return list_.selectedCountStatus(); }
 
-    void saveAsDefault() const { saveSelectionAsDefault(tableContentType(), data_); }
+    void saveAsDefault() const { saveSelectionAsDefault(tableContentType(), list_.rows()); }
 
     // Applications only: a segment sorts ascending on its first use and flips its order on
     // each next one; the other two start again.
@@ -63,17 +66,14 @@ public:
     std::optional<std::string> totalSelectedSize() const;
 
 private:
-    void processSelectOperation(bool selected);
-    void updateSelectedCountStatus();
     void applySearch();
 
     std::vector<SelectionKind> segments_;
     std::size_t segment_ = 0;
     bool backupMode_;
-    SelectionRows data_;
+    SelectionList list_;
     std::optional<SelectionRows> filteredData_;
     std::string searchText_;
-    std::string selectedCountStatus_;
     bool fNameAscending_ = false;
     bool fSizeAscending_ = false;
     bool fDateAscending_ = false;

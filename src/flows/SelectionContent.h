@@ -1,14 +1,9 @@
 #pragma once
 
 #include "flows/SelectionKind.h"
-#include "flows/SelectionRow.h"
-
-#include <memory>
-#include <vector>
+#include "flows/SelectionList.h"
 
 namespace stowhaven {
-
-using SelectionRows = std::vector<std::shared_ptr<SelectionRow>>;
 
 // The lines of a list in a direction: for a backup what the device holds, for a restore
 // what the current session holds. Packages come by section, then by name.

@@ -4,6 +4,7 @@
 #include "core/DataSetSizes.h"
 #include "items/Application.h"
 #include "items/ArchivableFolder.h"
+#include "items/PhotoVideoAlbum.h"
 #include "items/RepositorySource.h"
 #include "items/SelectableItem.h"
 
@@ -122,9 +123,27 @@ public:
     bool isSelected() const override { return folder_->isSelected(); }
     void setSelected(bool selected) override;
     std::optional<std::string> defaultEntry() const override;
+    const std::shared_ptr<ArchivableFolder>& folder() const { return folder_; }
 
 private:
     std::shared_ptr<ArchivableFolder> folder_;
+};
+
+// The photos or the videos of an album, each side chosen apart; a side with nothing to
+// take stays out.
+class AlbumRow final : public SelectionRow {
+public:
+    AlbumRow(std::shared_ptr<PhotoVideoAlbum> album, bool photos) : album_(std::move(album)), photos_(photos) {}
+
+    std::string key() const override { return album_->name(); }
+    std::string title() const override { return album_->name(); }
+    double size() const override { return photos_ ? album_->photoSize() : album_->videoSize(); }
+    bool isSelected() const override { return album_->isSideSelected(photos_); }
+    void setSelected(bool selected) override { album_->setSideSelected(photos_, selected); }
+
+private:
+    std::shared_ptr<PhotoVideoAlbum> album_;
+    bool photos_;
 };
 
 // A data set of Apple's stock applications (calendar, messages...), as the device or the

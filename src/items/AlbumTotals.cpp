@@ -32,4 +32,16 @@ std::size_t AlbumTotals::videoCount(const Albums& albums, bool selectedOnly) {
     return sumOver(albums, selectedOnly, false, [](const PhotoVideoAlbum& album) { return album.videos().size(); });
 }
 
+std::optional<std::vector<std::string>> AlbumTotals::chosenNames(const Albums& albums, bool photos) {
+    std::vector<std::string> names;
+    std::size_t choosable = 0;
+    for (const auto& album : albums) {
+        if (album->canSelectSide(photos)) ++choosable;
+        if (album->isSideSelected(photos)) names.push_back(album->name());
+    }
+    // An album with nothing of that side to take counts neither way.
+    if (names.size() == choosable) return std::nullopt;
+    return names;
+}
+
 }  // namespace stowhaven

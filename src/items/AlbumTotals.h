@@ -4,6 +4,8 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace stowhaven {
@@ -18,6 +20,10 @@ public:
     static double videoSize(const Albums& albums, bool selectedOnly);
     static std::size_t photoCount(const Albums& albums, bool selectedOnly);
     static std::size_t videoCount(const Albums& albums, bool selectedOnly);
+    // What a default list of albums keeps: the names of those whose side is chosen; none,
+    // which stands for all, when every album that has something of that side is chosen.
+    // An empty list chooses no album.
+    static std::optional<std::vector<std::string>> chosenNames(const Albums& albums, bool photos);
 };
 
 }  // namespace stowhaven

@@ -122,6 +122,19 @@ void ArchivableFolder::processDefaultsForBackup(bool backup) {
     SelectableItem::setSelected(types.names() ? types.contains(std::to_string(folderType_)) : backup);
 }
 
+bool ArchivableFolder::saveContentSelectedAsDefault(bool backup) const {
+    const auto key = ArchivableFolderTable::defaultKey(folderType_);
+    if (!key || !fSelectableContent_) return false;
+    PlistValue::Array names;
+    for (const auto& item : contentItems_) {
+        if (item->isSelected()) names.emplace_back(item->name());
+    }
+    const bool all = names.size() == contentItems_.size();
+    Supervisor::shared().lowLevelStorePreferencesData(all ? PlistValue() : PlistValue(std::move(names)),
+                                                      *key + sideSuffix(backup));
+    return true;
+}
+
 std::shared_ptr<ArchivableFolder> ArchivableFolder::duplicateForBackup() const {
     auto copy = std::make_shared<ArchivableFolder>(*this);
     if (fSelectableContent_) {

@@ -77,6 +77,10 @@ public:
     void refreshStatus();
     // Selects what the default of that side chooses.
     void processDefaultsForBackup(bool backup);
+    // Keeps the names of the selected items as the default of that side, or none when every
+    // item is selected, which then stands for all, those found later too. Only a place with
+    // selectable content and a default key of its type has such a default; false for others.
+    bool saveContentSelectedAsDefault(bool backup) const;
     // A copy for a session: with selectable content, only the selected items go along.
     std::shared_ptr<ArchivableFolder> duplicateForBackup() const;
 

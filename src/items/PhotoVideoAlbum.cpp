@@ -25,19 +25,27 @@ ArchiveValue arrayOfNames(const std::vector<std::string>& names) {
 
 }  // namespace
 
-DefaultList& PhotoVideoAlbum::defaultAlbums(bool photos) {
-    static DefaultList photoAlbums("Photos_Backup");
-    static DefaultList videoAlbums("Videos_Backup");
-    return photos ? photoAlbums : videoAlbums;
+DefaultList& PhotoVideoAlbum::defaultAlbums(bool photos, bool backup) {
+    static SelectionDefaults photoAlbums("Photos_Backup", "Photos_Restore");
+    static SelectionDefaults videoAlbums("Videos_Backup", "Videos_Restore");
+    return (photos ? photoAlbums : videoAlbums).side(backup);
 }
+
+namespace {
+
+// A session's album comes back into the library unless the restore's list leaves it out.
+bool chosenForRestore(bool photos, const std::string& name) {
+    DefaultList& list = PhotoVideoAlbum::defaultAlbums(photos, false);
+    return !list.names() || list.contains(name);
+}
+
+}  // namespace
 
 PhotoVideoAlbum::PhotoVideoAlbum(std::string name) : SelectableItem(std::move(name)) { setSize(0); }
 
 PhotoVideoAlbum::PhotoVideoAlbum(KeyedUnarchiver& coder)
     : SelectableItem(coder),
       fEditable_(coder.decodeBoolForKey("fEditable")),
-      fPhotoSelected_(defaultAlbums(true).contains(name())),
-      fVideoSelected_(defaultAlbums(false).contains(name())),
       fAllAccounted_(true),
       photos_(namesIn(coder.decodeArrayForKey("photos"))),
       videos_(namesIn(coder.decodeArrayForKey("videos"))),
@@ -45,6 +53,18 @@ PhotoVideoAlbum::PhotoVideoAlbum(KeyedUnarchiver& coder)
       photoSize_(coder.decodeDoubleForKey("photoSize")),
       videoSize_(coder.decodeDoubleForKey("videoSize")) {
     setSize(photoSize_ + videoSize_);
+    fPhotoSelected_ = canSelectSide(true) && chosenForRestore(true, name());
+    fVideoSelected_ = canSelectSide(false) && chosenForRestore(false, name());
+}
+
+bool PhotoVideoAlbum::canSelectSide(bool photos) const {
+    // A session's album was accounted for when it was made, and keeps its files' names.
+    if (!assetsGroup_) return !(photos ? photos_ : videos_).empty();
+    return (photos ? photoSize_ : videoSize_) > 0;
+}
+
+void PhotoVideoAlbum::setSideSelected(bool photos, bool selected) {
+    (photos ? fPhotoSelected_ : fVideoSelected_) = selected && canSelectSide(photos);
 }
 
 void PhotoVideoAlbum::setPhotoSize(double size) {

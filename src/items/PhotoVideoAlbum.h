@@ -23,12 +23,14 @@ class PhotoVideoAlbum : public SelectableItem {
 public:
     // Nothing measured yet: its size is 0 until it is accounted for.
     explicit PhotoVideoAlbum(std::string name);
-    // The archived fields; accounted for, each side selected when the default list of
-    // albums of that side holds the album's name.
+    // The archived fields, as a restore reads them: accounted for, each side that holds
+    // assets selected unless the restore's default list of albums of that side leaves the
+    // album out.
     explicit PhotoVideoAlbum(KeyedUnarchiver& coder);
     static std::shared_ptr<Codable> initWithCoder(KeyedUnarchiver& coder);
-    // The albums whose photos, or those whose videos, the user chose by default.
-    static DefaultList& defaultAlbums(bool photos);
+    // The albums whose photos, or those whose videos, the user chose by default for a
+    // backup or for a restore ("Photos_Backup", "Videos_Restore"...); absent means all.
+    static DefaultList& defaultAlbums(bool photos, bool backup);
 
     std::vector<std::string> classChain() const override { return {"PhotoVideoAlbum", "SelectableItem", "NSObject"}; }
     void encodeWithCoder(KeyedArchiver& coder) const override;
@@ -39,6 +41,13 @@ public:
     void setPhotoSelected(bool selected) { fPhotoSelected_ = selected; }
     bool isVideoSelected() const { return fVideoSelected_; }
     void setVideoSelected(bool selected) { fVideoSelected_ = selected; }
+    // The photos' (or videos') flag.
+    bool isSideSelected(bool photos) const { return photos ? fPhotoSelected_ : fVideoSelected_; }
+    // A side can be chosen when it has something to take: bytes on the device, or files
+    // named in a session.
+    bool canSelectSide(bool photos) const;
+    // Chooses or leaves a side; a side that can't be chosen stays out.
+    void setSideSelected(bool photos, bool selected);
     // Spelled as the rest of the system spells it.
     bool isAllAcccounted() const { return fAllAccounted_; }
     void setAllAccounted(bool accounted) { fAllAccounted_ = accounted; }

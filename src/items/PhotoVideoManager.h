@@ -65,9 +65,10 @@ public:
     // Copies the assets of the albums whose photos (or videos) are chosen into TMP/NAME, one
     // folder per album.
     void prepareBackupWithName(const std::string& name, bool photoOnly);
-    // Puts the files of an album, unpacked into PATH/<album name>, into the library's album
-    // of that name, made when missing; the camera roll's go into the camera roll alone. Each
-    // file is deleted once the library has it, and the folder once it is empty.
+    // Puts the files of an album whose side is chosen, unpacked into PATH/<album name>, into
+    // the library's album of that name, made when missing; the camera roll's go into the
+    // camera roll alone. Each file is deleted once the library has it, and the folder once
+    // it is empty.
     void restorePhotoVideoAlbum(const PhotoVideoAlbum& album, const std::string& path, bool photoOnly);
 
 private:

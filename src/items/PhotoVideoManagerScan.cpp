@@ -80,7 +80,7 @@ bool PhotoVideoManager::readLibrary() {
     if (!gAutoScanPhotosEnabled && !gAutoScanVideosEnabled) return false;
 
     for (const bool photos : {true, false}) {
-        DefaultList& list = PhotoVideoAlbum::defaultAlbums(photos);
+        DefaultList& list = PhotoVideoAlbum::defaultAlbums(photos, true);
         list.reset();
         defaultAssetsGroup_[photos ? "PHOTOS" : "VIDEOS"] = list.names();
     }

@@ -43,6 +43,10 @@ void PhotoVideoManager::prepareBackupWithName(const std::string& name, bool phot
 }
 
 void PhotoVideoManager::restorePhotoVideoAlbum(const PhotoVideoAlbum& album, const std::string& path, bool photoOnly) {
+    if (!album.isSideSelected(photoOnly)) {
+        SH_LOG("Skipping the {} of <{}>: not chosen for this restore", photoOnly ? "photos" : "videos", album.name());
+        return;
+    }
     // The name comes from a session: it becomes a path only when it names one folder.
     if (!isOneFileName(album.name())) {
         SH_LOG("Error: <{}> is not an album folder", album.name());
