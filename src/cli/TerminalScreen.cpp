@@ -13,6 +13,9 @@ void TerminalScreen::showWorking(bool working) {
     if (working) {
         progress_.emplace(out_, redrawInPlace_, width_);
     } else if (progress_) {
+        // Every job's last step posts its text, then the fraction 1.0, which can come after the
+        // job's end has been told: the last drawing shows it already.
+        progress_->setFraction(1.0);
         progress_->finish();
         progress_.reset();
     }
