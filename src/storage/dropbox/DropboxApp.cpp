@@ -14,12 +14,12 @@ bool isAlphanumeric(const std::string& text) {
     return std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isalnum(c) != 0; });
 }
 
-// A credential of the app; none, with the alert's message, when it is missing or not
-// alphanumeric.
+// A credential of the app; none, with the alert's message and the variable to set, when it
+// is missing or not alphanumeric.
 std::optional<std::string> credential(const char* variable, const char* messageKey, std::string& error) {
     const auto value = appCredential(variable);
     if (value && isAlphanumeric(*value)) return value;
-    error = Strings::localized(messageKey) + " (" + variable + ")";
+    error = Strings::localized(messageKey) + " (" + variable + (value ? ")" : " is not set)");
     return std::nullopt;
 }
 
