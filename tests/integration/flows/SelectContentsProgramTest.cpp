@@ -113,6 +113,13 @@ TEST_F(FolderContentsTest, AFolderItemDeselectedAndSavedIsNotArchivedByTheNextBa
     EXPECT_TRUE(contains(members, std::string(kHostileTheme) + "/Info.plist")) << members;
     EXPECT_FALSE(contains(members, "Dusk.theme")) << members;
 
+    // Every item saved as selected keeps no list, so that a theme found later comes up selected.
+    ASSERT_EQ(device_.run("select folder 'Winterboard Themes' --all --save-default").status, 0);
+    fs::create_directories(device_.path(std::string(kThemes) + "Later.theme"));
+    FileManager::writeFile(device_.path(std::string(kThemes) + "Later.theme/Info.plist"), "<plist/>");
+    const auto later = device_.run("select folder 'Winterboard Themes'");
+    EXPECT_TRUE(contains(later.output, "4 of 4 selected")) << later.output;
+
     const auto refused = device_.run("select folder Activator");
     EXPECT_EQ(refused.status, 2) << "a folder taken whole has no items to choose";
     EXPECT_TRUE(contains(refused.errors, "no folder named \"Activator\"")) << refused.errors;
