@@ -51,23 +51,24 @@ bool BoxHelper::failWith(const std::string& message) {
 
 bool BoxHelper::start() {
     beginRequest();
-    clearExistingFiles();
     if (const auto problem = box().client().service().problem()) return failWith(*problem);
     if (!Platform::current().reachability().isConnectedToNetwork()) return failWith("No network!");
     if (!box().client().tokens().hasRefreshToken()) {
         SH_LOG("User may not be signed in!");
         return failWith("No Box account is linked");
     }
-    return box().initializeBaseFolders() && loadListings();
+    return box().initializeBaseFolders() && loadListings(true);
 }
 
-// The history files oldest first: their stamps sort as text in date order.
-bool BoxHelper::loadListings() {
+// The history files oldest first: their stamps sort as text in date order. The lists in hand
+// stay until the new ones are read, as a job may be reading them.
+bool BoxHelper::loadListings(bool forgettingDamagedFiles) {
     const auto devices = box().availableDeviceBackups();
     auto files = devices ? box().existingFiles() : std::nullopt;
     if (!files) return false;
     std::sort(files->begin(), files->end());
     setAvailableDeviceBackups(*devices);
+    if (forgettingDamagedFiles) clearExistingFiles();
     setExistingFiles(std::move(*files));
     return true;
 }
@@ -81,20 +82,22 @@ void BoxHelper::fallBackToLocalStorage() {
 void BoxHelper::connect() {
     if (!start()) {
         fallBackToLocalStorage();
-        NotificationCenter::defaultCenter().post("BOX_LOGIN_FAIL");
         return;
     }
     Supervisor::shared().setStorageToBox();
-    NotificationCenter::defaultCenter().post("BOX_LOGIN_SUCCESS");
 }
 
+// Only a login tells the screens, which then read the storage anew; a start doesn't.
 std::optional<std::string> BoxHelper::logInWithCode(const std::string& code) {
     beginRequest();
     if (!box().client().tokens().exchangeCode(code)) {
+        NotificationCenter::defaultCenter().post("BOX_LOGIN_FAIL");
         return box().client().tokens().lastError().value_or("Box refused the login");
     }
     connect();
-    return errorMessage();
+    const auto error = errorMessage();
+    NotificationCenter::defaultCenter().post(error ? "BOX_LOGIN_FAIL" : "BOX_LOGIN_SUCCESS");
+    return error;
 }
 
 void BoxHelper::disconnect() {
@@ -145,7 +148,7 @@ void BoxHelper::loadBackupDetailsForDevice(const std::string& deviceName) {
 
 void BoxHelper::loadMostRecentBackupSession() {
     beginRequest();
-    if (!loadListings()) return;
+    if (!loadListings(false)) return;
     const std::vector<std::string> files = existingFiles();
     SH_LOG("{} existingFiles: {}", files.size(), textutil::joined(files, ", "));
     if (files.empty()) {

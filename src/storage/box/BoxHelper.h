@@ -78,7 +78,9 @@ private:
     BoxWrapper& box() const;
     // The account and base folders proved, the listings read.
     bool start();
-    bool loadListings();
+    // The device folders and this device's history files; a flush also forgets the files
+    // dropped as damaged.
+    bool loadListings(bool forgettingDamagedFiles);
     void fallBackToLocalStorage();
     // A request begins with no error; it ends by its outcome.
     void beginRequest();
