@@ -25,6 +25,8 @@ int main(int argc, char** argv) {
         writePackageSeeds(folder);
         writeRestoreLogSeeds(folder);
         writeMultistatusSeeds(folder);
+        writeDropboxSeeds(folder);
+        writeBoxSeeds(folder);
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "%s: %s\n", argv[0], failure.what());
         return 1;

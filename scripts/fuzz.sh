@@ -10,6 +10,8 @@
 #   fuzz_package_files   the package scan, the package manager's settings and apt list
 #   fuzz_restore_log     session package lines and apt-get's install logs
 #   fuzz_multistatus     a WebDAV share's PROPFIND reply
+#   fuzz_dropbox_reply   Dropbox's JSON replies: the account, listings, uploads
+#   fuzz_box_reply       Box's JSON replies: tokens, the user, folder items, uploads
 # Each target's output goes to build-fuzz/logs/TARGET.log, ending with its final stats.
 # The tar target's corpus is then read by the host's tar too, which must read the same names.
 # Findings stay in build-fuzz/findings/TARGET/; a finding fails the script. CPU is shared:
@@ -21,7 +23,7 @@ seconds=${1:-600}
 shift || true
 targets=("$@")
 [ ${#targets[@]} -gt 0 ] || targets=(fuzz_history_text fuzz_keyed_archive fuzz_tar_listing fuzz_plist
-  fuzz_vcard_note fuzz_package_files fuzz_restore_log fuzz_multistatus)
+  fuzz_vcard_note fuzz_package_files fuzz_restore_log fuzz_multistatus fuzz_dropbox_reply fuzz_box_reply)
 
 # libstdc++ 12's <source_location> needs clang 15 or later; Debian 12 has clang 16.
 clang=clang++-16

@@ -42,5 +42,7 @@ void writeNoteSeeds(const std::filesystem::path& folder);
 void writePackageSeeds(const std::filesystem::path& folder);
 void writeRestoreLogSeeds(const std::filesystem::path& folder);
 void writeMultistatusSeeds(const std::filesystem::path& folder);
+void writeDropboxSeeds(const std::filesystem::path& folder);
+void writeBoxSeeds(const std::filesystem::path& folder);
 
 }  // namespace stowhaven::fuzz

@@ -20,7 +20,7 @@ _stowhaven() {
         devices) options="dates rename delete adopt --json --yes" ;;
         select) options="packages sources applications stock-apps preferences springboard folders --json --restore --all --none --invert --fw-compatible --only --add --remove --save-default" ;;
         inspect) options="--json" ;;
-        storage) options="use login hosts forget logout ftp owncloud --port --user --root --active --password-file --json" ;;
+        storage) options="use login hosts forget logout ftp owncloud dropbox box --code --port --user --root --active --password-file --json" ;;
         share) options="text mail vcard clipboard pdf --to --output" ;;
         open) options="--yes stowhaven://autobackup" ;;
         backup) options="--yes --title --description --key-file" ;;

@@ -7,8 +7,8 @@ namespace stowhaven {
 namespace {
 
 constexpr std::array<EngineRow, 9> kEngineRows = {{
-    {StorageType::Box, "Box™", false},
-    {StorageType::Dropbox, "Dropbox™", false},
+    {StorageType::Box, "Box™", true},
+    {StorageType::Dropbox, "Dropbox™", true},
     {StorageType::FTP, "FTP", true},
     {StorageType::GDrive, "Google Drive™", false},
     {StorageType::OwnCloud, "ownCloud™", true},

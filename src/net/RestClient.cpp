@@ -94,8 +94,8 @@ RestReply RestClient::Shared::once(CurlHandle& handle, const RestRequest& reques
     RestReply reply;
     HttpRequest http(handle, request.method, request.url);
     for (const std::string& header : request.headers) http.addHeader(header);
-    if (const auto authorization = currentAuthorization(); authorization && !request.anonymous) {
-        if (const auto value = authorization->header()) http.addHeader("Authorization: " + *value);
+    if (const auto lender = currentAuthorization(); lender && !request.anonymous) {
+        if (const auto value = lender->header()) http.addHeader("Authorization: " + *value);
     }
     if (request.timeout) http.setTimeoutSeconds(static_cast<long>(request.timeout->count()));
     std::string error;
@@ -148,10 +148,10 @@ RestReply RestClient::Shared::perform(CurlHandle& handle, const RestRequest& req
         RestReply reply = once(handle, request, progress);
         if (progress != nullptr && progress->abortRequested) return reply;
         if (reply.code == CURLE_OK && reply.status == 401 && !request.anonymous && !refreshed) {
-            const auto authorization = currentAuthorization();
+            const auto lender = currentAuthorization();
             refreshed = true;
             // A fresh token is one more try, not one of the retries.
-            if (authorization && authorization->refresh()) {
+            if (lender && lender->refresh()) {
                 --attempt;
                 continue;
             }

@@ -1,28 +1,47 @@
 #include "storage/StorageEngineFactory.h"
 
 #include "storage/StorageEngines.h"
+#include "storage/box/BoxHelper.h"
+#include "storage/dropbox/DropboxHelper.h"
 #include "storage/ftp/FTPHelper.h"
 #include "storage/local/LocalStorageHelper.h"
 #include "storage/owncloud/OwnCloudHelper.h"
 
 namespace stowhaven {
 
+namespace {
+
+// The network engines this build makes itself.
+std::shared_ptr<StorageHelperProtocol> builtInEngine(StorageType type) {
+    switch (type) {
+        case StorageType::Dropbox:
+            return DropboxHelper::createDropboxHelper();
+        case StorageType::Box:
+            return BoxHelper::createBoxHelper();
+        case StorageType::FTP:
+            return FTPHelper::createFTPHelper();
+        default:
+            return OwnCloudHelper::createOwnCloudHelper();
+    }
+}
+
+}  // namespace
+
 std::shared_ptr<StorageHelperProtocol> createStorageEngine(StorageType type) {
     switch (type) {
         case StorageType::Addressbook:
-        case StorageType::Dropbox:
         case StorageType::SugarSync:
         case StorageType::SkyDrive:
-        case StorageType::Box:
         case StorageType::GDrive:
             // Made by the factory its engine registered, if any.
             return StorageEngines::create(type);
+        case StorageType::Dropbox:
+        case StorageType::Box:
         case StorageType::FTP:
         case StorageType::OwnCloud:
             // A factory registered in its place (a test's) goes first.
             if (auto engine = StorageEngines::create(type)) return engine;
-            if (type == StorageType::FTP) return FTPHelper::createFTPHelper();
-            return OwnCloudHelper::createOwnCloudHelper();
+            return builtInEngine(type);
         case StorageType::Local:
             break;
     }

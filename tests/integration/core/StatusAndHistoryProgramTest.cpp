@@ -91,19 +91,19 @@ TEST_F(StatusAndHistoryProgramTest, TheStorageCommandShowsTheEngineAndChangesItO
     ASSERT_EQ(used.status, 0) << used.errors;
     EXPECT_EQ(used.output, "Storage is now local storage (type 5).\n");
     EXPECT_EQ(device_.run("storage use floppy").status, 2);
-    const auto missing = device_.run("storage use dropbox");
+    const auto missing = device_.run("storage use sugarsync");
     EXPECT_EQ(missing.status, 2);
     EXPECT_NE(missing.errors.find("not available"), std::string::npos) << missing.errors;
     EXPECT_EQ(device_.run("settings CurrentStorageType").output, "5\n");
 }
 
-// A stored engine that can't start (this build has no Dropbox engine) gives way to local
+// A stored engine that can't start (this build has no SugarSync engine) gives way to local
 // storage for the run, as a backup does, and the user is told; the stored choice stays.
 TEST_F(StatusAndHistoryProgramTest, WithAStoredEngineThatCantStartTheCommandsWorkOnLocalStorage) {
     store(700000000, "First");
     store(700086400, "Second");
-    ASSERT_EQ(device_.run("settings CurrentStorageType 1").status, 0);
-    const std::string warning = "Dropbox™ storage is not available in this build: local storage is used";
+    ASSERT_EQ(device_.run("settings CurrentStorageType 2").status, 0);
+    const std::string warning = "SugarSync™ storage is not available in this build";
     const auto told = [&](const test::ProgramOutcome& outcome) {
         return outcome.errors.find(warning) != std::string::npos;
     };
@@ -126,7 +126,7 @@ TEST_F(StatusAndHistoryProgramTest, WithAStoredEngineThatCantStartTheCommandsWor
     EXPECT_TRUE(told(share)) << share.errors;
     EXPECT_NE(FileManager::contentsOfFile(card).value_or("").find("BEGIN:VCARD"), std::string::npos);
 
-    EXPECT_EQ(device_.run("settings CurrentStorageType").output, "1\n");
+    EXPECT_EQ(device_.run("settings CurrentStorageType").output, "2\n");
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ namespace {
 
 using Tap = SettingsViewController::TapResult;
 
-constexpr std::size_t kBoxRow = 0;
+constexpr std::size_t kSugarSyncRow = 6;
 constexpr std::size_t kLocalRow = 7;
 constexpr std::size_t kAddressBookRow = 8;
 
@@ -73,9 +73,9 @@ TEST_F(SettingsFlowTest, TheCurrentLocalRowAsksBeforeErasingAndAnotherRowOnlySwi
     ASSERT_TRUE(FileManager::createDirectory(sessionFolder, true));
     ASSERT_TRUE(FileManager::writeFile(usersFile, "mine"));
 
-    EXPECT_EQ(settings_->tapEngineRow(kBoxRow), Tap::NotBuilt);
+    EXPECT_EQ(settings_->tapEngineRow(kSugarSyncRow), Tap::NotBuilt);
     EXPECT_TRUE(scope_.supervisor().isStorageLocal());
-    EXPECT_EQ(StorageEngines::engine(StorageType::Box), nullptr);
+    EXPECT_EQ(StorageEngines::engine(StorageType::SugarSync), nullptr);
 
     scope_.supervisor().setStorageToAddressbook();
     EXPECT_EQ(settings_->tapEngineRow(kLocalRow), Tap::Done);
