@@ -27,10 +27,30 @@ bool isLoopback(const std::string& host) {
     return host == "127.0.0.1" || host == "[::1]" || equalsIgnoringAsciiCase(host, "localhost");
 }
 
+using Url = std::unique_ptr<CURLU, UrlDeleter>;
+
+Url parsed(const std::string& address) {
+    Url url(curl_url());
+    if (url && curl_url_set(url.get(), CURLUPART_URL, address.c_str(), 0) == CURLUE_OK) return url;
+    return nullptr;
+}
+
+// Why URL can't be spoken to with an account's tokens; none when it can.
+std::optional<std::string> insecurity(CURLU* url) {
+    const auto scheme = part(url, CURLUPART_SCHEME);
+    const auto host = part(url, CURLUPART_HOST);
+    if (!scheme || !host || (*scheme != "https" && *scheme != "http")) return "must be an http or https address";
+    if (*scheme == "http" && !isLoopback(*host)) {
+        return "may use plain http only for this machine (127.0.0.1, ::1, localhost)";
+    }
+    if (part(url, CURLUPART_USER)) return "must not hold credentials";
+    return std::nullopt;
+}
+
 // "scheme://host[:port]" of VALUE, or why it can't stand for a service host.
 std::optional<std::string> baseOf(const std::string& value, std::string& error) {
-    std::unique_ptr<CURLU, UrlDeleter> url(curl_url());
-    if (!url || curl_url_set(url.get(), CURLUPART_URL, value.c_str(), 0) != CURLUE_OK) {
+    const Url url = parsed(value);
+    if (!url) {
         error = "is no address";
         return std::nullopt;
     }
@@ -38,12 +58,9 @@ std::optional<std::string> baseOf(const std::string& value, std::string& error) 
     const auto host = part(url.get(), CURLUPART_HOST);
     const auto port = part(url.get(), CURLUPART_PORT);
     const auto path = part(url.get(), CURLUPART_PATH);
-    if (!scheme || !host || (*scheme != "https" && *scheme != "http")) {
-        error = "must be an http or https address";
-    } else if (*scheme == "http" && !isLoopback(*host)) {
-        error = "may use plain http only for this machine (127.0.0.1, ::1, localhost)";
-    } else if (part(url.get(), CURLUPART_USER) || part(url.get(), CURLUPART_QUERY) ||
-               part(url.get(), CURLUPART_FRAGMENT) || (path && *path != "/")) {
+    if (const auto problem = insecurity(url.get())) {
+        error = *problem;
+    } else if (part(url.get(), CURLUPART_QUERY) || part(url.get(), CURLUPART_FRAGMENT) || (path && *path != "/")) {
         error = "must give a scheme, a host and a port only";
     } else {
         return *scheme + "://" + *host + (port ? ":" + *port : "");
@@ -65,6 +82,11 @@ ServiceBase ServiceBase::resolve(const char* variable, std::string_view publishe
         base.error = std::string(variable) + " " + error;
     }
     return base;
+}
+
+bool ServiceBase::isSecureOrLoopback(const std::string& address) {
+    const Url url = parsed(address);
+    return url && !insecurity(url.get());
 }
 
 std::optional<std::string> appCredential(const char* variable) {

@@ -17,6 +17,9 @@ struct ServiceBase {
     std::optional<std::string> error;
 
     static ServiceBase resolve(const char* variable, std::string_view published);
+    // Whether a service may send the program to ADDRESS (a download's): https, or plain http
+    // to a loopback host, without credentials in it.
+    static bool isSecureOrLoopback(const std::string& address);
 };
 
 // The value of an app credential's variable (STOWHAVEN_BOX_CLIENT_ID), none when unset or

@@ -2,6 +2,7 @@
 
 #include "storage/StorageType.h"
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <string>
@@ -31,5 +32,11 @@ public:
 
 // The login of an engine of that type; none for engines that log in otherwise.
 std::unique_ptr<OAuthLogin> makeOAuthLogin(StorageType type);
+
+// What the logins share: 16 bytes from the system's secure generator for the state that an
+// answer is checked against (none when it fails), and, once the tokens are forgotten, local
+// storage in the engine's place, kept so, when the engine was current or the stored choice.
+std::optional<std::array<unsigned char, 16>> loginStateBytes();
+void leaveLoggedOutEngine(StorageType type);
 
 }  // namespace stowhaven

@@ -1,7 +1,7 @@
 #include "storage/box/BoxClient.h"
 
 #include "core/Text.h"
-#include "platform/AsciiCase.h"
+#include "net/ServiceBase.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "storage/TransferFollowing.h"
@@ -14,19 +14,6 @@ namespace {
 
 // The most items Box hands out in one page.
 constexpr int kPageSize = 1000;
-
-// Where a download may be fetched from, without the token: an https address, or a plain
-// http one on this machine only (the tests' emulator).
-bool isFetchableAddress(std::string_view address) {
-    if (beginsIgnoringAsciiCase(address, "https://")) return true;
-    if (!beginsIgnoringAsciiCase(address, "http://")) return false;
-    std::string_view authority = address.substr(7);
-    authority = authority.substr(0, authority.find_first_of("/?#"));
-    if (authority.find('@') != std::string_view::npos) return false;
-    const std::string_view host =
-        authority.starts_with('[') ? authority.substr(0, authority.find(']') + 1) : authority.substr(0, authority.find(':'));
-    return host == "127.0.0.1" || host == "[::1]" || equalsIgnoringAsciiCase(host, "localhost");
-}
 
 RestRequest requestOf(std::string method, std::string url) {
     RestRequest request;
@@ -100,9 +87,9 @@ std::optional<BoxItem> BoxClient::folder(const std::string& id) {
 std::optional<std::vector<BoxItem>> BoxClient::folderItems(const std::string& id) {
     std::vector<BoxItem> items;
     for (std::int64_t offset = 0;;) {
-        const auto reply = call(requestOf("GET", service_.apiUrl("/2.0/folders/" + id + "/items?fields=type,id,name&limit=" +
-                                                                   std::to_string(kPageSize) +
-                                                                   "&offset=" + std::to_string(offset))));
+        const auto reply =
+            call(requestOf("GET", service_.apiUrl("/2.0/folders/" + id + "/items?fields=type,id,name&limit=" +
+                                                  std::to_string(kPageSize) + "&offset=" + std::to_string(offset))));
         if (!reply) return std::nullopt;
         auto page = read(*reply, BoxReplies::itemPage);
         if (!page) return std::nullopt;
@@ -163,7 +150,7 @@ std::optional<std::string> BoxClient::downloadAddress(const std::string& id) {
     if (!reply) return std::nullopt;
     const auto location = reply->header("Location");
     if (reply->code == CURLE_OK && reply->status == 302 && location) {
-        if (isFetchableAddress(*location)) return location;
+        if (ServiceBase::isSecureOrLoopback(*location)) return location;
         fail("Box sent the download to an address that isn't secure");
     } else if (reply->isSuccess()) {
         fail("Box gave no download address");

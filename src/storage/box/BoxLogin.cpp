@@ -8,7 +8,6 @@
 #include "storage/box/BoxService.h"
 
 #include <fmt/ranges.h>
-#include <openssl/rand.h>
 
 #include <array>
 
@@ -20,9 +19,9 @@ namespace {
 constexpr const char* kRedirectAddress = "http://localhost";
 
 std::optional<std::string> newLoginState() {
-    std::array<unsigned char, 16> bytes{};
-    if (RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) != 1) return std::nullopt;
-    return fmt::format("{:02x}", fmt::join(bytes, ""));
+    const auto bytes = loginStateBytes();
+    if (!bytes) return std::nullopt;
+    return fmt::format("{:02x}", fmt::join(*bytes, ""));
 }
 
 }  // namespace
@@ -73,13 +72,7 @@ std::optional<std::string> BoxLogin::finish(const std::string& answer) {
 
 void BoxLogin::logOut() {
     BoxHelper::unlink();
-    Supervisor& supervisor = Supervisor::shared();
-    const auto stored = supervisor.lowLevelGetNumberPreferencesDataForKey("CurrentStorageType");
-    const bool storedBox = stored && stored->numberAsInteger() == static_cast<std::int64_t>(StorageType::Box);
-    if (supervisor.isStorageBox() || storedBox) {
-        supervisor.setStorageToLocal();
-        supervisor.persistStorageType();
-    }
+    leaveLoggedOutEngine(StorageType::Box);
 }
 
 std::string BoxLogin::accountName() { return helper_ ? helper_->accountName() : std::string(); }

@@ -9,7 +9,6 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <openssl/evp.h>
-#include <openssl/rand.h>
 
 #include <array>
 
@@ -21,8 +20,9 @@ constexpr const char* kNonceKey = "dropbox.sync.nonce";
 
 // A random (version 4) UUID in its usual text form.
 std::optional<std::string> newNonce() {
-    std::array<unsigned char, 16> bytes{};
-    if (RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) != 1) return std::nullopt;
+    auto random = loginStateBytes();
+    if (!random) return std::nullopt;
+    auto& bytes = *random;
     bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0f) | 0x40);
     bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3f) | 0x80);
     const std::string hex = fmt::format("{:02X}", fmt::join(bytes, ""));
@@ -91,14 +91,7 @@ std::string DropboxLogin::accountName() { return helper_ ? helper_->accountName(
 // Dropbox may be the stored choice while this run has given way to local storage.
 void DropboxLogin::logOut() {
     DropboxHelper::unlink();
-    Supervisor& supervisor = Supervisor::shared();
-    const auto stored = supervisor.lowLevelGetNumberPreferencesDataForKey("CurrentStorageType");
-    const bool storedDropbox =
-        stored && stored->numberAsInteger() == static_cast<std::int64_t>(StorageType::Dropbox);
-    if (supervisor.isStorageDropbox() || storedDropbox) {
-        supervisor.setStorageToLocal();
-        supervisor.persistStorageType();
-    }
+    leaveLoggedOutEngine(StorageType::Dropbox);
 }
 
 }  // namespace stowhaven

@@ -40,6 +40,15 @@ TEST(ServiceBaseTest, TakesTheSchemeHostAndPortOfTheVariableAndPlainHttpOnlyOnTh
     }
 }
 
+TEST(ServiceBaseTest, SendsDownloadsOnlyToSecureOrLocalAddresses) {
+    EXPECT_TRUE(ServiceBase::isSecureOrLoopback("https://dl.example.com/d/1/abc/download"));
+    EXPECT_TRUE(ServiceBase::isSecureOrLoopback("http://127.0.0.1:8123/d/1/abc"));
+    for (const char* refused : {"http://dl.example.com/d/1", "http://127.0.0.1@dl.example.com/",
+                                "https://user:pw@dl.example.com/", "file:///etc/passwd", "ftp://127.0.0.1/x", ""}) {
+        EXPECT_FALSE(ServiceBase::isSecureOrLoopback(refused)) << refused;
+    }
+}
+
 TEST(JsonReplyTest, RefusesWhatIsNoJsonOrTooDeepOrTooLargeAndReadsMembersByTheirType) {
     std::string error;
     EXPECT_FALSE(JsonReply::parse("{\"a\": ", &error));
