@@ -1,5 +1,5 @@
 // The Box engine on the Box emulator: the storage contract, then what is Box's own: tokens
-// that expire and refresh tokens good for one use, retried and dropped requests, hostile and
+// that expire and refresh tokens good for one use, retried requests, hostile and
 // broken replies, the base folders by name, a restore's walk, and the terminal login.
 
 #include "servers/StorageEngineContract.h"
@@ -113,22 +113,6 @@ TEST_F(BoxEngineTest, BusyAndUnavailableRepliesAreRetried) {
 
     start()->loadMostRecentBackupSession();
     EXPECT_EQ(engine_->existingFiles(), std::vector<std::string>{StorageLayout::historyFileName(date)});
-}
-
-TEST_F(BoxEngineTest, AnUploadWhoseConnectionDropsFailsWithAnErrorAndTheEarlierSessionsStay) {
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
-    const Date earlier(700000000);
-    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("earlier", earlier); }));
-    emulator().injectFault("drop_mid_body", 10, "/api/2.0/files/content");
-    const auto dropped = request([&] { engine_->uploadBackupHistory("later", Date(800000000)); });
-    EXPECT_TRUE(dropped.failed);
-    EXPECT_TRUE(engine_->hasError());
-    emulator().injectFault("drop_mid_body", 0);
-
-    start()->loadMostRecentBackupSession();
-    EXPECT_EQ(engine_->existingFiles(), std::vector<std::string>{StorageLayout::historyFileName(earlier)});
-    EXPECT_EQ(FileManager::contentsOfFile(TemporaryDirectory::path() + "/" + StorageLayout::historyFileName(earlier)),
-              "earlier");
 }
 
 TEST_F(BoxEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNothingLandsOutsideTheTemporaryFolder) {

@@ -1,7 +1,7 @@
 // The Dropbox engine on the Dropbox emulator: the storage contract, then what is Dropbox's
-// own: a link the service refuses, busy replies retried, large files in chunks, uploads cut
-// short, hostile and broken replies, another device's sessions taken over, and the terminal
-// login.
+// own: a link the service refuses, busy replies retried, large files in chunks, hostile and
+// broken replies, and the terminal login. The program's own tests (CloudStorageProgramTest)
+// cut an upload short and take over another device's sessions.
 
 #include "servers/StorageEngineContract.h"
 
@@ -158,21 +158,6 @@ TEST_F(DropboxEngineTest, AFileOneByteOverTheChunkSizeGoesInTwoChunksAndComesBac
     EXPECT_EQ(FileManager::contentsOfFile(std::get<std::string>(fetched.object)), bytes);
 }
 
-TEST_F(DropboxEngineTest, AnUploadWhoseConnectionDropsFailsWithAnErrorAndTheEarlierSessionsStay) {
-    ASSERT_FALSE(start()->hasError()) << error();
-    const Date earlier(700000000);
-    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("earlier", earlier); }));
-    emulator().injectFault("drop_mid_body", 1000, "/1/chunked_upload");
-    const auto dropped = request([&] { engine_->uploadBackupHistory("later", Date(800000000)); });
-    EXPECT_TRUE(dropped.failed);
-    EXPECT_TRUE(engine_->hasError());
-    emulator().injectFault("drop_mid_body", 0);
-
-    start()->loadMostRecentBackupSession();
-    EXPECT_EQ(engine_->existingFiles(), std::vector<std::string>{StorageLayout::historyFileName(earlier)});
-    EXPECT_EQ(FileManager::contentsOfFile(temporaryPath(StorageLayout::historyFileName(earlier))), "earlier");
-}
-
 TEST_F(DropboxEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNothingLandsOutsideTheTemporaryFolder) {
     ASSERT_FALSE(start()->hasError()) << error();
     const Date date(800000000);
@@ -213,20 +198,6 @@ TEST_F(DropboxEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNothin
 
 // The device-backups screen takes another device's sessions over by copying its folder to
 // this device's name.
-TEST_F(DropboxEngineTest, AnotherDevicesSessionsAreTakenOverByACopy) {
-    const std::string history = StorageLayout::historyFileName(Date(700000000));
-    std::filesystem::create_directories(stored("Stowhaven/Old iPad"));
-    std::ofstream(stored("Stowhaven/Old iPad/" + history)) << "the old iPad's session";
-    ASSERT_FALSE(start()->hasError()) << error();
-    EXPECT_EQ(engine_->availableDeviceBackups(), std::vector<std::string>{"Old iPad"});
-
-    ASSERT_TRUE(succeeds([&] { engine_->copyFromPath("Old iPad", supervisor().deviceName()); })) << error();
-    start()->loadMostRecentBackupSession();
-    EXPECT_EQ(engine_->existingFiles(), std::vector<std::string>{history});
-    EXPECT_EQ(FileManager::contentsOfFile(temporaryPath(history)), "the old iPad's session");
-    EXPECT_TRUE(std::filesystem::exists(stored("Stowhaven/Old iPad/" + history))) << "a copy, not a move";
-}
-
 TEST_F(DropboxEngineTest, TheTerminalLoginTakesTheAddressOfItsOwnNonceAndARefusalEndsWithAMessage) {
     DropboxCredentials::unlinkAll();
     supervisor().setStorageToLocal();
