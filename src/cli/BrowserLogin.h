@@ -25,6 +25,6 @@ BrowserLoginOutcome logInThroughBrowser(OAuthLogin& login, const std::optional<s
                                         std::ostream& out, std::ostream& errors);
 
 // The question READANSWER puts.
-inline constexpr const char* kBrowserLoginQuestion = "Paste the code, or the whole address the service sent you to:";
+inline constexpr const char* kBrowserLoginQuestion = "Paste the code, or the whole address the service sent you to: ";
 
 }  // namespace stowhaven

@@ -15,7 +15,7 @@ namespace {
 
 // What the user is to hand back, read on the terminal; nothing when the input ended.
 std::optional<std::string> askForAnswer(std::ostream& out) {
-    fmt::print(out, "{} ", kBrowserLoginQuestion);
+    out << kBrowserLoginQuestion;
     out.flush();
     TerminalInput input;
     InputLine line = input.readLine(false);
