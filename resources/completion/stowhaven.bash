@@ -18,7 +18,7 @@ _stowhaven() {
         settings) options="--json --show-secrets --unset" ;;
         history) options="delete use --json --yes" ;;
         devices) options="dates rename delete adopt --json --yes" ;;
-        select) options="packages sources applications stock-apps preferences springboard folders --json --restore --all --none --invert --fw-compatible --only --add --remove --save-default" ;;
+        select) options="packages sources applications stock-apps preferences springboard folders folder albums --photos --videos --json --restore --all --none --invert --fw-compatible --only --add --remove --save-default" ;;
         inspect) options="--json" ;;
         storage) options="use login hosts forget logout ftp owncloud dropbox box --code --port --user --root --active --password-file --json" ;;
         share) options="text mail vcard clipboard pdf --to --output" ;;

@@ -12,17 +12,6 @@ namespace {
 
 std::string directionSuffix() { return gIsBackupMode ? "_Backup" : "_Restore"; }
 
-// The names of the albums whose side is chosen; none, which stands for all, when every
-// album or no album is chosen.
-std::optional<std::vector<std::string>> chosenAlbumNames(const AlbumTotals::Albums& albums, bool photos) {
-    std::vector<std::string> names;
-    for (const auto& album : albums) {
-        if (photos ? album->isPhotoSelected() : album->isVideoSelected()) names.push_back(album->name());
-    }
-    if (names.empty() || names.size() == albums.size()) return std::nullopt;
-    return names;
-}
-
 }  // namespace
 
 void CydiaFileManager::saveDefaultAppleAppsOptions() {
@@ -41,8 +30,8 @@ void CydiaFileManager::saveDefaultAppleAppsOptions() {
     if (backup && !library.isAllAcccounted()) return;
     const AlbumTotals::Albums albums =
         backup ? library.photoVideoAlbums() : session->photoVideoAlbums().value_or(AlbumTotals::Albums{});
-    saveDefaultList(chosenAlbumNames(albums, true), "Photos");
-    saveDefaultList(chosenAlbumNames(albums, false), "Videos");
+    saveDefaultList(AlbumTotals::chosenNames(albums, true), "Photos");
+    saveDefaultList(AlbumTotals::chosenNames(albums, false), "Videos");
 }
 
 void CydiaFileManager::saveDefaultList(const std::optional<std::vector<std::string>>& names, const std::string& key) {
