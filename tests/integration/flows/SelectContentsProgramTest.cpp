@@ -66,6 +66,18 @@ TEST(SelectContentsProgramTest, AnAlbumRestoreTakesOnlyThePhotoAlbumsOfTheRestor
     EXPECT_EQ(restored["Camera Roll"]["videos"], albums["Camera Roll"]["videos"]);
 }
 
+// No album chosen is a choice of its own, kept as such, not taken for "all" at the next run.
+TEST(SelectContentsProgramTest, NoPhotoAlbumChosenStaysSoAtTheNextRun) {
+    const test::SandboxDevice device("demo");
+    ASSERT_TRUE(turnOnAlbums(device));
+    ASSERT_EQ(device.run("select albums --photos --none --save-default").status, 0);
+    const auto shown = nlohmann::json::parse(device.run("select albums --photos --json").output);
+    ASSERT_FALSE(shown["items"].empty());
+    for (const auto& album : shown["items"]) EXPECT_FALSE(album["selected"].get<bool>()) << album;
+    const auto videos = nlohmann::json::parse(device.run("select albums --videos --json").output);
+    EXPECT_TRUE(videos["items"][0]["selected"].get<bool>()) << "the videos keep their own default";
+}
+
 // The themes folder of a device with three themes, one named as an attacker would, and the
 // other options scanned.
 class FolderContentsTest : public ::testing::Test {
