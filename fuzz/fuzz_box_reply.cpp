@@ -16,8 +16,9 @@ using stowhaven::BoxItem;
 
 void expectClean(const BoxItem& item) {
     using namespace stowhaven;
-    fuzz::expect(!item.id.empty() && std::all_of(item.id.begin(), item.id.end(), [](char c) { return c >= '0' && c <= '9'; }),
-                 "every id is plain digits");
+    fuzz::expect(
+        !item.id.empty() && std::all_of(item.id.begin(), item.id.end(), [](char c) { return c >= '0' && c <= '9'; }),
+        "every id is plain digits");
     fuzz::expect(isOneFileName(item.name), "every name is one clean path component");
 }
 

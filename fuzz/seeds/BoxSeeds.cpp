@@ -38,8 +38,7 @@ constexpr std::string_view kApiError =
     R"("https://developer.box.com/guides/api-calls/permissions-and-errors/common-errors/",)"
     R"("message":"Item with the same name already exists","request_id":"abcdef123456"})";
 
-constexpr std::string_view kTokenError =
-    R"({"error":"invalid_grant","error_description":"Invalid refresh token"})";
+constexpr std::string_view kTokenError = R"({"error":"invalid_grant","error_description":"Invalid refresh token"})";
 
 constexpr std::string_view kHostile =
     R"json({"total_count":9223372036854775807,"entries":[{"type":"folder","id":"../../x","name":"STOWHAVEN"},)json"

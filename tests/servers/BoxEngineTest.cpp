@@ -42,11 +42,11 @@ public:
     test::BoxEmulator emulator;
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    Box, StorageEngineContractTest,
-    ::testing::Values(EngineKind{"Box", [](test::SupervisorScope& scope) { return std::make_unique<BoxEngine>(scope); },
-                                 test::BoxEmulator::isAvailable}),
-    engineKindName);
+INSTANTIATE_TEST_SUITE_P(Box, StorageEngineContractTest,
+                         ::testing::Values(EngineKind{
+                             "Box", [](test::SupervisorScope& scope) { return std::make_unique<BoxEngine>(scope); },
+                             test::BoxEmulator::isAvailable}),
+                         engineKindName);
 
 class BoxEngineTest : public ::testing::Test {
 protected:
@@ -88,8 +88,7 @@ TEST_F(BoxEngineTest, AnExpiredAccessTokenIsRefreshedAndEachNewRefreshTokenKeptS
     ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("after the expiry", date); })) << *engine_->errorMessage();
     EXPECT_NE(storedRefreshToken(), spent);
 
-    ASSERT_FALSE(start()->hasError()) << "the next start refreshes with the token kept: "
-                                      << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << "the next start refreshes with the token kept: " << *engine_->errorMessage();
     EXPECT_EQ(engine_->existingFiles(), std::vector<std::string>{StorageLayout::historyFileName(date)});
 
     // A spent refresh token is refused: the service's words, and local storage for this run.

@@ -50,11 +50,10 @@ public:
 };
 
 INSTANTIATE_TEST_SUITE_P(Dropbox, StorageEngineContractTest,
-                         ::testing::Values(EngineKind{"Dropbox",
-                                                      [](test::SupervisorScope& scope) {
-                                                          return std::make_unique<DropboxEngine>(scope);
-                                                      },
-                                                      test::DropboxEmulator::isAvailable}),
+                         ::testing::Values(EngineKind{
+                             "Dropbox",
+                             [](test::SupervisorScope& scope) { return std::make_unique<DropboxEngine>(scope); },
+                             test::DropboxEmulator::isAvailable}),
                          engineKindName);
 
 class DropboxEngineTest : public ::testing::Test {

@@ -15,9 +15,9 @@ constexpr std::size_t kCredentialLength = 32;
 BoxEmulator::BoxEmulator()
     : clientId_(randomText("abcdefghijklmnopqrstuvwxyz0123456789", kCredentialLength)),
       clientSecret_(randomText("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789", kCredentialLength)),
-      process_(std::make_unique<EmulatorProcess>("box_emulator.py", folder_.path(),
-                                                 std::vector<std::string>{"--client-id", clientId_, "--client-secret",
-                                                                          clientSecret_})) {}
+      process_(std::make_unique<EmulatorProcess>(
+          "box_emulator.py", folder_.path(),
+          std::vector<std::string>{"--client-id", clientId_, "--client-secret", clientSecret_})) {}
 
 BoxEmulator::~BoxEmulator() = default;
 

@@ -86,6 +86,6 @@ private:
 
 }  // namespace stowhaven::test
 
-#define STOWHAVEN_SKIP_WITHOUT_BOX_EMULATOR()          \
+#define STOWHAVEN_SKIP_WITHOUT_BOX_EMULATOR()           \
     if (!::stowhaven::test::BoxEmulator::isAvailable()) \
     GTEST_SKIP() << "the Box emulator of the tests needs /usr/bin/python3"

@@ -20,9 +20,9 @@ constexpr std::size_t kCredentialLength = 15;
 DropboxEmulator::DropboxEmulator()
     : appKey_(randomText(kCredentialAlphabet, kCredentialLength)),
       appSecret_(randomText(kCredentialAlphabet, kCredentialLength)),
-      process_(std::make_unique<EmulatorProcess>("dropbox_emulator.py", folder_.path(),
-                                                 std::vector<std::string>{"--app-key", appKey_, "--app-secret",
-                                                                          appSecret_})) {}
+      process_(std::make_unique<EmulatorProcess>(
+          "dropbox_emulator.py", folder_.path(),
+          std::vector<std::string>{"--app-key", appKey_, "--app-secret", appSecret_})) {}
 
 DropboxEmulator::~DropboxEmulator() = default;
 
@@ -34,12 +34,12 @@ std::string DropboxEmulator::environment() const {
 
 void DropboxEmulator::exportEnvironment() {
     auto& scope = exported_.emplace();
-    for (const auto& [name, value] : std::vector<std::pair<std::string, std::string>>{
-             {"STOWHAVEN_DROPBOX_API_URL", address()},
-             {"STOWHAVEN_DROPBOX_CONTENT_URL", address()},
-             {"STOWHAVEN_DROPBOX_WEB_URL", address()},
-             {"STOWHAVEN_DROPBOX_APP_KEY", appKey_},
-             {"STOWHAVEN_DROPBOX_APP_SECRET", appSecret_}}) {
+    for (const auto& [name, value] :
+         std::vector<std::pair<std::string, std::string>>{{"STOWHAVEN_DROPBOX_API_URL", address()},
+                                                          {"STOWHAVEN_DROPBOX_CONTENT_URL", address()},
+                                                          {"STOWHAVEN_DROPBOX_WEB_URL", address()},
+                                                          {"STOWHAVEN_DROPBOX_APP_KEY", appKey_},
+                                                          {"STOWHAVEN_DROPBOX_APP_SECRET", appSecret_}}) {
         scope.set(name, value);
     }
 }

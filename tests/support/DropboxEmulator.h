@@ -71,6 +71,6 @@ private:
 
 }  // namespace stowhaven::test
 
-#define STOWHAVEN_SKIP_WITHOUT_DROPBOX_EMULATOR()          \
+#define STOWHAVEN_SKIP_WITHOUT_DROPBOX_EMULATOR()           \
     if (!::stowhaven::test::DropboxEmulator::isAvailable()) \
     GTEST_SKIP() << "the Dropbox emulator of the tests needs /usr/bin/python3"

@@ -31,8 +31,8 @@ HttpReply request(const std::string& method, const std::string& url, const std::
 
 EmulatorProcess::EmulatorProcess(const std::string& script, const std::filesystem::path& folder,
                                  const std::vector<std::string>& arguments) {
-    std::vector<std::string> command{kPython, "-B", STOWHAVEN_SOURCE_DIR "/tests/emulators/" + script,
-                                     "--folder", folder.string(), "--port", "0"};
+    std::vector<std::string> command{
+        kPython, "-B", STOWHAVEN_SOURCE_DIR "/tests/emulators/" + script, "--folder", folder.string(), "--port", "0"};
     command.insert(command.end(), arguments.begin(), arguments.end());
     process_ = std::make_unique<ServerProcess>(command);
     const auto listening = process_->waitForLine(kListening);

@@ -29,8 +29,7 @@ public:
     std::string address() const;
     // A control request ("fault?name=...&count=1") and its reply's body; throws when the
     // emulator refuses it.
-    std::string control(const std::string& method, const std::string& pathAndQuery,
-                        const std::string& body = "") const;
+    std::string control(const std::string& method, const std::string& pathAndQuery, const std::string& body = "") const;
     // Opens ADDRESS as a browser would and answers where its 302 sends the browser; throws
     // when it doesn't redirect.
     std::string redirectOf(const std::string& address) const;

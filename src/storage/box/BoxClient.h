@@ -48,7 +48,8 @@ private:
     bool failWith(const RestReply& reply);
     // The reply's body read by READER, or none with the engine's error.
     template <typename Reader>
-    auto read(const RestReply& reply, Reader reader) -> decltype(reader(std::string_view(), std::declval<std::string&>()));
+    auto read(const RestReply& reply, Reader reader)
+        -> decltype(reader(std::string_view(), std::declval<std::string&>()));
     bool fail(const std::string& message);
     std::optional<std::string> downloadAddress(const std::string& id);
 

@@ -109,9 +109,7 @@ void BoxHelper::disconnect() {
     SH_LOG("Disconnected!");
 }
 
-bool BoxHelper::isLoggedIn() {
-    return Platform::current().reachability().isConnectedToNetwork() && box().isLoggedIn();
-}
+bool BoxHelper::isLoggedIn() { return Platform::current().reachability().isConnectedToNetwork() && box().isLoggedIn(); }
 
 std::string BoxHelper::accountName() { return box().userName(); }
 

@@ -20,8 +20,8 @@ ServiceBase resolved(const char* variable, std::string_view published) {
 BoxService BoxService::fromEnvironment() {
     return BoxService{resolved("STOWHAVEN_BOX_API_URL", "https://api.box.com"),
                       resolved("STOWHAVEN_BOX_UPLOAD_URL", "https://upload.box.com"),
-                      resolved("STOWHAVEN_BOX_AUTH_URL", "https://account.box.com"),
-                      appCredential(kClientIdVariable), appCredential(kClientSecretVariable)};
+                      resolved("STOWHAVEN_BOX_AUTH_URL", "https://account.box.com"), appCredential(kClientIdVariable),
+                      appCredential(kClientSecretVariable)};
 }
 
 std::optional<std::string> BoxService::problem() const {

@@ -22,7 +22,8 @@ bool BoxTokens::hasRefreshToken() const { return storedRefreshToken().has_value(
 std::optional<std::string> BoxTokens::header() {
     std::lock_guard lock(mutex_);
     if (!accessToken_) {
-        if (const auto token = storedRefreshToken()) grant("grant_type=refresh_token&refresh_token=" + textutil::percentEncoded(*token));
+        if (const auto token = storedRefreshToken())
+            grant("grant_type=refresh_token&refresh_token=" + textutil::percentEncoded(*token));
     }
     if (!accessToken_) return std::nullopt;
     return "Bearer " + *accessToken_;

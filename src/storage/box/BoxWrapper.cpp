@@ -28,9 +28,7 @@ std::vector<std::string> namesOf(const std::vector<BoxItem>& items, bool filesOn
 
 BoxWrapper::BoxWrapper() : client_(BoxService::fromEnvironment(), *this) {}
 
-bool BoxWrapper::isLoggedIn() const {
-    return initializationCompleted_ && BoxTokens::storedRefreshToken().has_value();
-}
+bool BoxWrapper::isLoggedIn() const { return initializationCompleted_ && BoxTokens::storedRefreshToken().has_value(); }
 
 std::string BoxWrapper::userName() const {
     std::lock_guard lock(mutex_);

@@ -38,8 +38,8 @@ bool DropboxChunkedUpload::sendChunk(std::string& error) {
     const auto state = dropbox::readChunkState(reply.body, unreadable);
     // A chunk sent again after a dropped connection, that the service had taken already: it
     // says where the upload goes on.
-    const bool sentAgain = !sent && reply.status == 400 && state && uploadId_ && state->uploadId == *uploadId_ &&
-                           state->offset > offset_;
+    const bool sentAgain =
+        !sent && reply.status == 400 && state && uploadId_ && state->uploadId == *uploadId_ && state->offset > offset_;
     if (!sent && !sentAgain) {
         error = reply.status != 0 ? DropboxService::errorText(reply) : failure;
         return false;

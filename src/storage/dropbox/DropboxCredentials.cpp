@@ -41,8 +41,8 @@ void DropboxCredentials::storeAsCurrent(const std::string& appKey) const {
     Supervisor& supervisor = Supervisor::shared();
     PlistValue::Array users{PlistValue::Dictionary{
         {"app_key", appKey}, {"uid", uid}, {"oauth_token", token}, {"oauth_token_secret", tokenSecret}}};
-    for (PlistValue& other : supervisor.lowLevelGetArrayPreferencesDataForKey(kSavedCredentialsKey)
-                                 .value_or(PlistValue::Array{})) {
+    for (PlistValue& other :
+         supervisor.lowLevelGetArrayPreferencesDataForKey(kSavedCredentialsKey).value_or(PlistValue::Array{})) {
         const std::string* otherUid = member(other, "uid");
         if (!otherUid || *otherUid != uid) users.push_back(std::move(other));
     }

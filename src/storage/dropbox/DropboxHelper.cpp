@@ -74,7 +74,8 @@ void DropboxHelper::setupDropboxSession() {
         std::lock_guard lock(mutex_);
         service_ = std::make_shared<DropboxService>(*app, *credentials);
     }
-    if (Supervisor::shared().isStorageDropbox() && Platform::current().reachability().isConnectedToNetwork() && !loadAccountInfos()) {
+    if (Supervisor::shared().isStorageDropbox() && Platform::current().reachability().isConnectedToNetwork() &&
+        !loadAccountInfos()) {
         fallBackToLocalStorage();
     }
 }
@@ -258,7 +259,8 @@ bool DropboxHelper::listDeviceFolders() {
     }
     setAvailableDeviceBackups(std::move(devices));
     setErrorMessage(std::nullopt);
-    MainQueue::shared().async([] { NotificationCenter::defaultCenter().post("ALL_DEVICE_DATA_AVAILABLE_FROM_ICLOUD"); });
+    MainQueue::shared().async(
+        [] { NotificationCenter::defaultCenter().post("ALL_DEVICE_DATA_AVAILABLE_FROM_ICLOUD"); });
     return true;
 }
 

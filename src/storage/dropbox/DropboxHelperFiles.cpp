@@ -120,7 +120,7 @@ void DropboxHelper::copyFrom(const std::string& from, const std::string& to, boo
     const auto linked = linkedService();
     if (!linked) return performFailureSelector();
     auto answer = linked->copyOrMove(asCopy ? "copy" : "move", StorageLayout::deviceDirectory(mainDirectory_, from),
-                                           StorageLayout::deviceDirectory(mainDirectory_, to));
+                                     StorageLayout::deviceDirectory(mainDirectory_, to));
     std::string unreadable;
     if (!answer.error && !dropbox::readMetadata(answer.body, unreadable)) answer.error = unreadable;
     setErrorMessage(answer.error);
