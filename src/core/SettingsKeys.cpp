@@ -107,6 +107,13 @@ std::vector<SettingKey> makeTable() {
                                  "DefaultSpringboardFiles", "DefaultSources"}) {
             table.push_back(unregistered(list + std::string(suffix), Array));
         }
+        // The items chosen in the folders whose contents are chosen one by one.
+        for (const char* list :
+             {"DefaultIconoclasm", "DefaultMXTubes", "DefaultProTube", "DefaultROMGames", "DefaultRingtonesCydia",
+              "DefaultRingtonesiTunes", "DefaultSHSH", "DefaultSafariDownloadManager", "DefaultSummerboardThemes",
+              "DefaultWebClips", "DefaultWinterboardThemes"}) {
+            table.push_back(unregistered(list + std::string(suffix), Array));
+        }
     }
     table.push_back(unregistered("Backup_ArchivableFolders", Array));
     table.push_back(unregistered("Restore_ArchivableFolders", Array));
