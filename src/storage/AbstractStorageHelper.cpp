@@ -170,9 +170,11 @@ void AbstractStorageHelper::setExistingFiles(std::vector<std::string> names) {
     existingFiles_ = std::move(names);
 }
 
-void AbstractStorageHelper::clearExistingFiles() {
+void AbstractStorageHelper::clearExistingFiles() { replaceExistingFiles({}); }
+
+void AbstractStorageHelper::replaceExistingFiles(std::vector<std::string> names) {
     std::lock_guard lock(existingFilesMutex_);
-    existingFiles_.clear();
+    existingFiles_ = std::move(names);
     damagedFiles_.clear();
 }
 

@@ -103,6 +103,9 @@ protected:
     void setExistingFiles(std::vector<std::string> names);
     // Empties the list and forgets what was dropped from it.
     void clearExistingFiles();
+    // A fresh listing that also forgets what was dropped, in one step: no reader sees the
+    // list empty in between.
+    void replaceExistingFiles(std::vector<std::string> names);
     // A name listed already is not listed twice.
     void addExistingFile(const std::string& name);
     void removeExistingFile(const std::string& name);

@@ -68,8 +68,11 @@ bool BoxHelper::loadListings(bool forgettingDamagedFiles) {
     if (!files) return false;
     std::sort(files->begin(), files->end());
     setAvailableDeviceBackups(*devices);
-    if (forgettingDamagedFiles) clearExistingFiles();
-    setExistingFiles(std::move(*files));
+    if (forgettingDamagedFiles) {
+        replaceExistingFiles(std::move(*files));
+    } else {
+        setExistingFiles(std::move(*files));
+    }
     return true;
 }
 
