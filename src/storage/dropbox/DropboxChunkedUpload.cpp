@@ -1,7 +1,6 @@
 #include "storage/dropbox/DropboxChunkedUpload.h"
 
 #include "core/Supervisor.h"
-#include "core/Text.h"
 #include "platform/AsciiCase.h"
 #include "storage/TransferFollowing.h"
 
@@ -17,12 +16,15 @@ DropboxChunkedUpload::DropboxChunkedUpload(DropboxService& service, std::string 
       localPath_(std::move(localPath)),
       size_(size),
       remotePath_(std::move(remotePath)),
-      statusMessage_(textutil::orNull(Supervisor::shared().progressMessage())),
+      statusMessage_(Supervisor::shared().progressMessage().value_or("")),
       numberOfChunks_(std::max<std::int64_t>(1, (size + kChunkSize - 1) / kChunkSize)) {}
 
 std::string DropboxChunkedUpload::progressText(const std::string& statusMessage, std::int64_t chunks,
                                                std::int64_t current) {
-    return fmt::format("{}\n{} chunks of ~{}Mb [{}/{}]", statusMessage, chunks, kChunkSize / 1048576, current, chunks);
+    const std::string chunkLine =
+        fmt::format("{} chunks of ~{}Mb [{}/{}]", chunks, kChunkSize / 1048576, current, chunks);
+    // Without a message of the job's, the line stands alone rather than under "(null)".
+    return statusMessage.empty() ? chunkLine : statusMessage + "\n" + chunkLine;
 }
 
 bool DropboxChunkedUpload::sendChunk(std::string& error) {
