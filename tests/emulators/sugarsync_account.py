@@ -10,7 +10,6 @@ orphaned, still counted in the usage but reachable by no one.
 
 import json
 import os
-import threading
 import time
 
 USER_ID = "566494"
@@ -43,7 +42,6 @@ class Account:
         self.files = os.path.join(folder, "files")
         self.index_path = os.path.join(folder, "index.json")
         self.limit = limit
-        self.lock = threading.RLock()
         os.makedirs(self.files, exist_ok=True)
         if os.path.exists(self.index_path):
             with open(self.index_path, encoding="utf-8") as index:

@@ -64,9 +64,11 @@ What the client must send:
 - GET <fileData>: 200 with the bytes (Range gives 206, or 416); 404 before any data.
 - PUT <folder or file ref> with <folder>/<file> and displayName or parent: 204.
 - DELETE <folder or file ref>: 204. A sync folder can't be renamed or deleted (403).
-- Refusals: 400 for a body that is not the expected XML, 404 for an unknown reference, 405
-  for a method the resource doesn't take, 406 for an Accept header without XML, 411 without a
-  length; bodies are short HTML pages, as the service's server writes them.
+- Refusals: 400 for a body that is not the expected XML (a DTD included), 404 for an unknown
+  reference, 405 for a method the resource doesn't take, 406 for an Accept header without XML,
+  411 without a length (XML bodies can't come chunked), 413 for an XML body over 64 KiB or
+  data over the quota, 415 for a body that is not application/xml in UTF-8; bodies are short
+  HTML pages, as the service's server writes them.
 
 Started as `sugarsync_emulator.py --folder DIR --port 0 --access-key K --private-key P --user
 NAME --password PW [--application ID] [--token-seconds S] [--quota BYTES]`. Prints
@@ -78,8 +80,9 @@ Test controls on the same port (never printed):
 - POST /_emulator/token: a live access token as after a login, in JSON (authorization,
   expiration, user, refreshToken).
 - POST /_emulator/expire_access_token: every access token issued so far expires now.
-- POST /_emulator/folder?path=/Magic Briefcase/A/B: makes the folders missing; answers the ref.
-- POST /_emulator/file?path=/Magic Briefcase/A/name: makes the file (body: its bytes).
+- POST /_emulator/folder?path=/Magic%20Briefcase/A/B: makes the folders missing (the first name
+  is a sync folder's); answers the ref.
+- POST /_emulator/file?path=/Magic%20Briefcase/A/name: makes the file (body: its bytes).
 - GET /_emulator/tree: every item by path (null for an orphan), in JSON.
 """
 
@@ -245,7 +248,8 @@ def corrupted(reply, faults, path):
     if faults.take("malformed_xml", path):
         reply.body = reply.body[: len(reply.body) // 2] + b"</<&"
     elif faults.take("huge_xml", path):
-        reply.body = reply.body.replace(b"?>\n<", b"?>\n<!-- " + b"x" * HUGE_BYTES + b" -->\n<", 1)
+        closing = reply.body.rindex(b"</")
+        reply.body = reply.body[:closing] + b"<padding>" + b"x" * HUGE_BYTES + b"</padding>" + reply.body[closing:]
     elif faults.take("deep_xml", path):
         reply.body = b'<?xml version="1.0"?>\n' + b"<a>" * DEEP_LEVELS + b"</a>" * DEEP_LEVELS
     return reply
@@ -306,7 +310,8 @@ class Emulator:
                  ("magicBriefcase", self.ref("folder", MAGIC_BRIEFCASE)),
                  ("webArchive", self.ref("folder", f":sc:{USER_ID}:1")),
                  ("mobilePhotos", self.ref("folder", f":sc:{USER_ID}:3")),
-                 ("albums", f"{user_url}/albums/contents"), ("recentActivities", f"{user_url}/recentActivities/contents"),
+                 ("albums", f"{user_url}/albums/contents"),
+                 ("recentActivities", f"{user_url}/recentActivities/contents"),
                  ("receivedShares", f"{user_url}/receivedShares/contents"),
                  ("publicLinks", f"{user_url}/publicLinks/contents"), ("maximumPublicLinkSize", "25")]
         names = (f"<username>{escape(self.options.user)}</username>"
@@ -361,13 +366,15 @@ class Emulator:
         ref = self.ref("file", item_id)
         return element("file", [("displayName", item["name"]), ("ref", ref), ("size", item["size"]),
                                 ("lastModified", item["modified"]), ("mediaType", item["mediaType"]),
-                                ("presentOnServer", "true" if item["present"] else "false"), ("fileData", f"{ref}/data")])
+                                ("presentOnServer", "true" if item["present"] else "false"),
+                                ("fileData", f"{ref}/data")])
 
     def hostile_entries(self):
         folder = self.ref("folder", f":sc:{USER_ID}:9000000001")
         entries = [element("collection", [("displayName", name), ("ref", folder), ("contents", f"{folder}/contents")],
                            ' type="folder"') for name in ("..", "%2E%2E")]
-        for number, name in enumerate(("..", "a/b", "$(touch pwned)", "a%2Fb", "%24(touch%20pwned)", "%2E%2E%2F%2E%2E")):
+        names = ("..", "a/b", "$(touch pwned)", "a%2Fb", "%24(touch%20pwned)", "%2E%2E%2F%2E%2E")
+        for number, name in enumerate(names):
             ref = self.ref("file", f":sc:{USER_ID}:9000000{number + 10}")
             entries.append(element("file", [("displayName", name), ("ref", ref), ("size", len(HOSTILE_BYTES)),
                                             ("lastModified", timestamp()), ("mediaType", "application/x-compressed"),
@@ -575,8 +582,8 @@ def handler_class(emulator):
             if not self.read_body():
                 return
             if throttled:
-                status, reason = (429, "Too Many Requests") if throttled == "status_429" else (503, "Service Unavailable")
-                reply = Reply.error(ServiceError(status, reason, [("Retry-After", "0")]))
+                reason = "Too Many Requests" if throttled == "status_429" else "Service Unavailable"
+                reply = Reply.error(ServiceError(int(throttled[-3:]), reason, [("Retry-After", "0")]))
             else:
                 reply = self.answer(path)
             with emulator.lock:
