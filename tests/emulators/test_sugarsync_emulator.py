@@ -125,6 +125,10 @@ class SugarSyncEmulatorTest(unittest.TestCase):
         self.assertEqual(403, self.call("DELETE", briefcase)[0])
         self.assertEqual(403, self.call("PUT", briefcase, b"<folder><displayName>x</displayName></folder>", XML)[0])
 
+        self.assertEqual(204, self.call("PUT", folder, b"<folder><displayName>Renamed</displayName></folder>", XML)[0])
+        names = [entry.findtext("displayName") for entry in self.listing(briefcase) if entry.findtext("ref") == folder]
+        self.assertEqual(["Renamed"], names)
+
         # A folder's DELETE leaves what it held orphaned, as the service warns.
         _, inner = self.create(folder, "folder", "inner")
         self.assertEqual(204, self.call("DELETE", folder)[0])
