@@ -6,6 +6,7 @@
 #include "platform/FileManager.h"
 #include "platform/ShellQuote.h"
 #include "support/BoxEmulator.h"
+#include "support/DemoRestore.h"
 #include "support/DropboxEmulator.h"
 #include "support/SandboxDevice.h"
 #include "support/TextLines.h"
@@ -142,20 +143,11 @@ TEST_P(CloudStorageProgramTest, ABackupGoesToTheServiceAndComesBackOntoAFreshDev
     for (const std::string& token : tokens) EXPECT_EQ(settings.find(token), std::string::npos) << "masked: " << token;
 
     const test::SandboxDevice fresh = test::SandboxDevice::fresh("demo");
-    ASSERT_TRUE(fresh.turnOnScans() && fresh.turnOn({"AutoScanAppStoreAppsEnabled"}));
-    ASSERT_EQ(fresh.run("settings PkgFWCompatibilityCheckEnabled false").status, 0);
+    test::readyToRestoreEverything(fresh);
     ASSERT_EQ(logIn(fresh).status, 0);
     const auto restore = run(fresh, "restore --yes");
     EXPECT_EQ(restore.status, 0) << restore.output << restore.errors;
-    const std::string packages = test::runCommand(
-        "dpkg-query --admindir=" + ShellQuote::path(fresh.path("/var/lib/dpkg")) + " -W -f='${Package}\\n'");
-    for (const char* package : {"com.fuyuchi.flex2", "net.tinkerlane.quietbadges"}) {
-        EXPECT_NE(packages.find(std::string(package) + "\n"), std::string::npos) << package;
-    }
-    for (const char* file : {"/var/mobile/Library/Notes/notes.sqlite", "/var/mobile/Library/SMS/sms.db"}) {
-        EXPECT_TRUE(FileManager::contentsOfFile(fresh.path(file)) == FileManager::contentsOfFile(original.path(file)))
-            << file;
-    }
+    test::expectDemoRestored(original, fresh);
 }
 
 TEST_P(CloudStorageProgramTest, ARefusedGrantEndsWithTheServicesWordsAndTheStorageStays) {

@@ -8,6 +8,7 @@
 #include "platform/FileManager.h"
 #include "platform/ShellQuote.h"
 #include "platform/plist/PlistCodec.h"
+#include "support/DemoRestore.h"
 #include "support/Eventually.h"
 #include "support/FtpServer.h"
 #include "support/SandboxDevice.h"
@@ -184,20 +185,11 @@ TEST_P(ServerStorageProgramTest, ABackupGoesToTheServerAndComesBackOntoAFreshDev
     EXPECT_NE(history.output.find("To the server"), std::string::npos) << history.output;
 
     const test::SandboxDevice fresh = test::SandboxDevice::fresh("demo");
-    ASSERT_TRUE(fresh.turnOnScans() && fresh.turnOn({"AutoScanAppStoreAppsEnabled"}));
-    ASSERT_EQ(fresh.run("settings PkgFWCompatibilityCheckEnabled false").status, 0);
+    test::readyToRestoreEverything(fresh);
     ASSERT_EQ(logIn(fresh, *server_).status, 0);
     const auto restore = fresh.run("restore --yes");
     EXPECT_EQ(restore.status, 0) << restore.output << restore.errors;
-    const std::string packages = test::runCommand(
-        "dpkg-query --admindir=" + ShellQuote::path(fresh.path("/var/lib/dpkg")) + " -W -f='${Package}\\n'");
-    for (const char* package : {"com.fuyuchi.flex2", "net.tinkerlane.quietbadges"}) {
-        EXPECT_NE(packages.find(std::string(package) + "\n"), std::string::npos) << package;
-    }
-    for (const char* file : {"/var/mobile/Library/Notes/notes.sqlite", "/var/mobile/Library/SMS/sms.db"}) {
-        EXPECT_EQ(FileManager::contentsOfFile(fresh.path(file)), FileManager::contentsOfFile(original.path(file)))
-            << file;
-    }
+    test::expectDemoRestored(original, fresh);
 }
 
 TEST_P(ServerStorageProgramTest, TheLoginMakesAMissingRootAndARefusedOneLeavesTheStorageAsItWas) {
@@ -253,7 +245,7 @@ INSTANTIATE_TEST_SUITE_P(Servers, ServerStorageProgramTest,
                                                       [] { return std::make_unique<FtpServerUnderTest>(); }},
                                            ServerKind{"owncloud", test::WebDavServer::isAvailable,
                                                       [] { return std::make_unique<WebDavServerUnderTest>(); }}),
-                         [](const ::testing::TestParamInfo<ServerKind>& info) { return std::string(info.param.name); });
+                         [](const ::testing::TestParamInfo<ServerKind>& kind) { return std::string(kind.param.name); });
 
 class FtpStorageProgramTest : public ::testing::Test {
 protected:
