@@ -1,11 +1,12 @@
-"""The account of the Drive emulator: items by id on disk, the search language and the
-partial-response "fields" selection, as the service has them.
+"""The state of the Drive emulator: the account's items by id on disk, the search language
+and the partial-response "fields" selection as the service has them, and the login's grants.
 
 Items are kept by id in FOLDER/index.json and their bytes in FOLDER/blobs/<id>; names are data
 and never reach a path. Ids are made of letters, digits, "-" and "_" only, and an id from a
 request is checked against that alphabet before any lookup.
 """
 
+import base64
 import hashlib
 import json
 import os
@@ -20,6 +21,12 @@ FILE_KEYS = {"kind", "id", "name", "mimeType", "parents", "trashed", "size", "md
              "modifiedTime", "webContentLink", "webViewLink", "ownedByMe", "version", "description",
              "starred", "explicitlyTrashed", "spaces", "quotaBytesUsed"}
 DEFAULT_FILE_KEYS = ("kind", "id", "name", "mimeType")
+SCOPE_ROOT = "https://www.googleapis.com/auth/"
+DRIVE_SCOPES = {SCOPE_ROOT + "drive", SCOPE_ROOT + "drive.file"}
+KNOWN_SCOPES = DRIVE_SCOPES | {"openid", "email", "profile", SCOPE_ROOT + "userinfo.email",
+                               SCOPE_ROOT + "userinfo.profile"}
+CODE_SECONDS = 600
+REALM = 'Bearer realm="https://accounts.google.com/"'
 
 
 class DriveError(Exception):
@@ -48,6 +55,10 @@ def invalid(location, message="Invalid Value"):
 def new_id(length=33):
     alphabet = string.ascii_letters + string.digits + "-_"
     return "1" + "".join(secrets.choice(alphabet) for _ in range(length - 1))
+
+
+def random_text(length):
+    return "".join(secrets.choice(string.ascii_letters + string.digits) for _ in range(length))
 
 
 def rfc3339(seconds):
@@ -314,3 +325,99 @@ ABOUT_SCHEMA = {"kind": None, "user": {name: None for name in ("kind", "displayN
                                                                  "permissionId", "emailAddress")},
                 "storageQuota": {name: None for name in ("limit", "usage", "usageInDrive", "usageInDriveTrash")},
                 "maxUploadSize": None, "appInstalled": None}
+
+
+# The login: codes, access tokens and refresh tokens.
+
+class OAuthError(Exception):
+    def __init__(self, status, error, description):
+        super().__init__(description)
+        self.status, self.error, self.description = status, error, description
+
+
+class Grants:
+    """Codes, access tokens (each with its scopes) and refresh tokens, in memory."""
+
+    def __init__(self, client_id, client_secret, token_seconds):
+        self.client_id, self.client_secret, self.token_seconds = client_id, client_secret, token_seconds
+        self.codes, self.access, self.refresh = {}, {}, {}
+
+    def new_code(self, redirect, scopes, challenge, method):
+        code = "4/0A" + random_text(60)
+        self.codes[code] = (time.monotonic() + CODE_SECONDS, redirect, scopes, challenge, method)
+        return code
+
+    def access_token(self, scopes):
+        token = "ya29." + random_text(120)
+        self.access[token] = (time.monotonic() + self.token_seconds, scopes)
+        return token
+
+    def pair(self, scopes=(SCOPE_ROOT + "drive.file",)):
+        refresh = "1//0" + random_text(100)
+        self.refresh[refresh] = tuple(scopes)
+        return {"access_token": self.access_token(tuple(scopes)), "expires_in": self.token_seconds,
+                "refresh_token": refresh, "scope": " ".join(scopes), "token_type": "Bearer"}
+
+    def redeem(self, form):
+        client = form.get("client_id")
+        if not client:
+            raise OAuthError(400, "invalid_request", "Could not determine client ID from request.")
+        if client != self.client_id:
+            raise OAuthError(401, "invalid_client", "The OAuth client was not found.")
+        if "client_secret" not in form:
+            raise OAuthError(400, "invalid_request", "client_secret is missing.")
+        if form["client_secret"] != self.client_secret:
+            raise OAuthError(401, "invalid_client", "Unauthorized")
+        grant = form.get("grant_type")
+        if grant == "authorization_code":
+            return self.redeem_code(form)
+        if grant == "refresh_token":
+            scopes = self.refresh.get(form.get("refresh_token"))
+            if scopes is None:
+                raise OAuthError(400, "invalid_grant", "Token has been expired or revoked.")
+            return {"access_token": self.access_token(scopes), "expires_in": self.token_seconds,
+                    "scope": " ".join(scopes), "token_type": "Bearer"}
+        raise OAuthError(400, "unsupported_grant_type", f"Invalid grant_type: {grant or ''}")
+
+    def redeem_code(self, form):
+        entry = self.codes.pop(form.get("code", ""), None)
+        if entry is None or time.monotonic() > entry[0]:
+            raise OAuthError(400, "invalid_grant", "Malformed auth code." if entry is None else "Bad Request")
+        _, redirect, scopes, challenge, method = entry
+        if form.get("redirect_uri") != redirect:
+            raise OAuthError(400, "redirect_uri_mismatch", "Bad Request")
+        if challenge is not None:
+            verifier = form.get("code_verifier")
+            if not verifier:
+                raise OAuthError(400, "invalid_grant", "Missing code verifier.")
+            if method == "S256":
+                digest = hashlib.sha256(verifier.encode()).digest()
+                verifier = base64.urlsafe_b64encode(digest).decode().rstrip("=")
+            if verifier != challenge:
+                raise OAuthError(400, "invalid_grant", "Invalid code verifier.")
+        return self.pair(scopes)
+
+    def check(self, header):
+        """The scopes of a live bearer token in HEADER, and the token."""
+        scheme, _, token = (header or "").partition(" ")
+        token = token.strip()
+        if scheme.lower() != "bearer" or not token:
+            raise DriveError(401, "required", "Login Required", "Authorization", "header", [("WWW-Authenticate", REALM)])
+        entry = self.access.get(token)
+        if entry is None or time.monotonic() > entry[0]:
+            raise expired()
+        if not DRIVE_SCOPES & set(entry[1]):
+            raise DriveError(403, "insufficientPermissions",
+                             "Insufficient Permission: Request had insufficient authentication scopes.")
+        return entry[1], token
+
+    def expire(self, token=None):
+        expired_tokens = [token] if token is not None else list(self.access)
+        for each in expired_tokens:
+            self.access.pop(each, None)
+        return len(expired_tokens)
+
+
+def expired():
+    return DriveError(401, "authError", "Invalid Credentials", "Authorization", "header",
+                      [("WWW-Authenticate", REALM + ', error="invalid_token"')])

@@ -72,22 +72,18 @@ request to the service arrives (a batch's inner requests too). Test controls (ne
 """
 
 import argparse
-import base64
 import email.message
-import hashlib
 import http.server
 import json
 import os
 import re
-import secrets
-import string
 import sys
 import threading
-import time
 import urllib.parse
 
-from gdrive_drive import (ABOUT_SCHEMA, DEFAULT_FILE_KEYS, FILE_SCHEMA, FOLDER_TYPE, ID_PATTERN, LIST_SCHEMA,
-                          Account, DriveError, Query, invalid, new_id, not_found, parse_fields, select)
+from gdrive_drive import (ABOUT_SCHEMA, DEFAULT_FILE_KEYS, FILE_SCHEMA, FOLDER_TYPE, ID_PATTERN, KNOWN_SCOPES,
+                          LIST_SCHEMA, SCOPE_ROOT, Account, DriveError, Grants, OAuthError, Query, expired, invalid,
+                          new_id, not_found, parse_fields, random_text, select)
 
 SWITCHES = {
     "expire_token": "the access token of the request expires: 401 Invalid Credentials",
@@ -101,23 +97,13 @@ SWITCHES = {
     "refuse_grant": "the consent page answers error=access_denied",
     "invalid_grant": "the token endpoint refuses the code or refresh token",
 }
-SCOPE_ROOT = "https://www.googleapis.com/auth/"
-DRIVE_SCOPES = {SCOPE_ROOT + "drive", SCOPE_ROOT + "drive.file"}
-KNOWN_SCOPES = DRIVE_SCOPES | {"openid", "email", "profile", SCOPE_ROOT + "userinfo.email",
-                               SCOPE_ROOT + "userinfo.profile"}
-CODE_SECONDS = 600
 CHUNK_UNIT = 256 * 1024
 BATCH_LIMIT = 100
 HUGE_BYTES = 8 * 1024 * 1024
 DEEP_LEVELS = 10000
 HOSTILE_BYTES = b"hostile\n"
-REALM = 'Bearer realm="https://accounts.google.com/"'
 LOOPBACK = re.compile(r"http://(127\.0\.0\.1|\[::1\]|localhost)(:\d{1,5})?(/[^?#]*)?")
 UPLOAD_PATH = "/upload/drive/v3/files"
-
-
-def random_text(length):
-    return "".join(secrets.choice(string.ascii_letters + string.digits) for _ in range(length))
 
 
 class Reply:
@@ -131,15 +117,6 @@ class Reply:
 
 def error_reply(refusal):
     return Reply.json(refusal.status, refusal.body(), refusal.headers)
-
-
-class OAuthError(Exception):
-    def __init__(self, status, error, description):
-        super().__init__(description)
-        self.status, self.error, self.description = status, error, description
-
-    def reply(self):
-        return Reply.json(self.status, {"error": self.error, "error_description": self.description})
 
 
 def page(status, text):
@@ -166,94 +143,6 @@ class Faults:
         if pending[0] <= 0:
             del self.pending[name]
         return True
-
-
-class Grants:
-    """Codes, access tokens (each with its scopes) and refresh tokens, in memory."""
-
-    def __init__(self, client_id, client_secret, token_seconds):
-        self.client_id, self.client_secret, self.token_seconds = client_id, client_secret, token_seconds
-        self.codes, self.access, self.refresh = {}, {}, {}
-
-    def new_code(self, redirect, scopes, challenge, method):
-        code = "4/0A" + random_text(60)
-        self.codes[code] = (time.monotonic() + CODE_SECONDS, redirect, scopes, challenge, method)
-        return code
-
-    def access_token(self, scopes):
-        token = "ya29." + random_text(120)
-        self.access[token] = (time.monotonic() + self.token_seconds, scopes)
-        return token
-
-    def pair(self, scopes=(SCOPE_ROOT + "drive.file",)):
-        refresh = "1//0" + random_text(100)
-        self.refresh[refresh] = tuple(scopes)
-        return {"access_token": self.access_token(tuple(scopes)), "expires_in": self.token_seconds,
-                "refresh_token": refresh, "scope": " ".join(scopes), "token_type": "Bearer"}
-
-    def redeem(self, form):
-        client = form.get("client_id")
-        if not client:
-            raise OAuthError(400, "invalid_request", "Could not determine client ID from request.")
-        if client != self.client_id:
-            raise OAuthError(401, "invalid_client", "The OAuth client was not found.")
-        if "client_secret" not in form:
-            raise OAuthError(400, "invalid_request", "client_secret is missing.")
-        if form["client_secret"] != self.client_secret:
-            raise OAuthError(401, "invalid_client", "Unauthorized")
-        grant = form.get("grant_type")
-        if grant == "authorization_code":
-            return self.redeem_code(form)
-        if grant == "refresh_token":
-            scopes = self.refresh.get(form.get("refresh_token"))
-            if scopes is None:
-                raise OAuthError(400, "invalid_grant", "Token has been expired or revoked.")
-            return {"access_token": self.access_token(scopes), "expires_in": self.token_seconds,
-                    "scope": " ".join(scopes), "token_type": "Bearer"}
-        raise OAuthError(400, "unsupported_grant_type", f"Invalid grant_type: {grant or ''}")
-
-    def redeem_code(self, form):
-        entry = self.codes.pop(form.get("code", ""), None)
-        if entry is None or time.monotonic() > entry[0]:
-            raise OAuthError(400, "invalid_grant", "Malformed auth code." if entry is None else "Bad Request")
-        _, redirect, scopes, challenge, method = entry
-        if form.get("redirect_uri") != redirect:
-            raise OAuthError(400, "redirect_uri_mismatch", "Bad Request")
-        if challenge is not None:
-            verifier = form.get("code_verifier")
-            if not verifier:
-                raise OAuthError(400, "invalid_grant", "Missing code verifier.")
-            if method == "S256":
-                digest = hashlib.sha256(verifier.encode()).digest()
-                verifier = base64.urlsafe_b64encode(digest).decode().rstrip("=")
-            if verifier != challenge:
-                raise OAuthError(400, "invalid_grant", "Invalid code verifier.")
-        return self.pair(scopes)
-
-    def check(self, header):
-        """The scopes of a live bearer token in HEADER, and the token."""
-        scheme, _, token = (header or "").partition(" ")
-        token = token.strip()
-        if scheme.lower() != "bearer" or not token:
-            raise DriveError(401, "required", "Login Required", "Authorization", "header", [("WWW-Authenticate", REALM)])
-        entry = self.access.get(token)
-        if entry is None or time.monotonic() > entry[0]:
-            raise expired()
-        if not DRIVE_SCOPES & set(entry[1]):
-            raise DriveError(403, "insufficientPermissions",
-                             "Insufficient Permission: Request had insufficient authentication scopes.")
-        return entry[1], token
-
-    def expire(self, token=None):
-        expired_tokens = [token] if token is not None else list(self.access)
-        for each in expired_tokens:
-            self.access.pop(each, None)
-        return len(expired_tokens)
-
-
-def expired():
-    return DriveError(401, "authError", "Invalid Credentials", "Authorization", "header",
-                      [("WWW-Authenticate", REALM + ', error="invalid_token"')])
 
 
 def form_of(request):
@@ -393,7 +282,7 @@ class Emulator:
                 raise OAuthError(400, "invalid_grant", "Token has been expired or revoked.")
             return Reply.json(200, self.grants.redeem(form), [("Cache-Control", "no-cache, no-store")])
         except OAuthError as refusal:
-            return refusal.reply()
+            return Reply.json(refusal.status, {"error": refusal.error, "error_description": refusal.description})
 
     # Drive.
 
@@ -477,8 +366,10 @@ class Emulator:
         return Reply.json(200, self.resource(item, request.query))
 
     def files_get(self, request, match):
-        item = self.account.get(match.group(1), request.full_scope)
         alt = request.query.get("alt", "json")
+        if alt == "media" and match.group(1).startswith("hostile"):
+            return Reply(200, HOSTILE_BYTES, "application/octet-stream")
+        item = self.account.get(match.group(1), request.full_scope)
         if alt == "json":
             return Reply.json(200, self.resource(item, request.query))
         if alt != "media":

@@ -212,6 +212,7 @@ class GDriveEmulatorTest(unittest.TestCase):
         self.fault("hostile_listing", path="/drive/v3/files")
         names = [entry["name"] for entry in self.listing("trashed=false")[1]["files"]]
         self.assertTrue({"..", "a/b", "$(touch pwned)"} <= set(names))
+        self.assertEqual(b"hostile\n", self.call("GET", "/drive/v3/files/hostile1?alt=media")[2])
         self.fault("malformed_json", path="/drive/v3/files")
         with self.assertRaises(ValueError):
             json.loads(self.call("GET", "/drive/v3/files")[2])
