@@ -181,17 +181,22 @@ def related_parts(body, content_type):
     match = re.match(r'multipart/(related|mixed)\s*;.*boundary=("?)([^";]+)\2', content_type or "", re.I)
     if not match:
         raise DriveError(400, "badContent", "Invalid multipart request with 0 mime parts.")
-    delimiter = b"--" + match.group(3).encode()
-    chunks = body.split(delimiter)
-    if len(chunks) < 3 or not chunks[-1].startswith(b"--"):
-        raise DriveError(400, "badContent", "Malformed multipart body.")
+    delimiter = b"\r\n--" + match.group(3).encode()
+    malformed = DriveError(400, "badContent", "Malformed multipart body.")
+    # Each delimiter follows a line break, so a body that merely holds the boundary's text is whole.
+    chunks = (b"\r\n" + body).split(delimiter)
+    if not body.startswith(delimiter[2:]) or len(chunks) < 3 or not chunks[-1].startswith(b"--"):
+        raise malformed
     parts = []
     for chunk in chunks[1:-1]:
-        if not chunk.startswith(b"\r\n") or not chunk.endswith(b"\r\n"):
-            raise DriveError(400, "badContent", "Malformed multipart body.")
-        head, separator, data = chunk[2:-2].partition(b"\r\n\r\n")
-        if not separator:
-            head, data = b"", chunk[2:-2].removeprefix(b"\r\n")
+        if not chunk.startswith(b"\r\n"):
+            raise malformed
+        if chunk.startswith(b"\r\n\r\n"):
+            head, data = b"", chunk[4:]
+        else:
+            head, separator, data = chunk[2:].partition(b"\r\n\r\n")
+            if not separator:
+                raise malformed
         headers = {}
         for line in head.decode("utf-8", "replace").split("\r\n"):
             name, colon, value = line.partition(":")

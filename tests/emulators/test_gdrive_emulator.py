@@ -186,9 +186,17 @@ class GDriveEmulatorTest(unittest.TestCase):
 
         status, _, data = self.call("GET", f"/drive/v3/files/{created['id']}?alt=media", token=token)
         self.assertEqual((200, content), (status, data))
+        inner = b"x--bb--\n--bb"
+        body = (b'--bb\r\nContent-Type: application/json; charset=UTF-8\r\n\r\n{"name": "m", "parents": ["'
+                + folder["id"].encode() + b'"]}\r\n--bb\r\nContent-Type: binary/octet-stream\r\n\r\n' + inner
+                + b"\r\n--bb--\r\n")
+        status, _, reply = self.call("POST", "/upload/drive/v3/files?uploadType=multipart&fields=id,size", body,
+                                     {"Content-Type": "multipart/related; boundary=bb"}, token)
+        self.assertEqual((200, str(len(inner))), (status, json.loads(reply)["size"]))
         self.assertEqual(403, self.call("GET", f"/drive/v3/files/{folder['id']}?alt=media", token=token)[0])
         _, found = self.listing(f"'{folder['id']}' in parents")
-        self.assertEqual(str(len(content)), found["files"][0]["size"])
+        self.assertEqual(["m", "2024.stowhvn"], [entry["name"] for entry in found["files"]], "newest first")
+        self.assertEqual(str(len(content)), found["files"][1]["size"])
         self.assertEqual(204, self.call("DELETE", f"/drive/v3/files/{folder['id']}", token=token)[0])
         self.assertEqual(404, self.call("GET", f"/drive/v3/files/{created['id']}?alt=media", token=token)[0])
         self.assertEqual([], os.listdir(os.path.join(self.folder.name, "blobs")))
