@@ -56,12 +56,12 @@ import http.server
 import json
 import os
 import re
-import secrets
-import string
 import sys
 import threading
 import time
 import urllib.parse
+
+from emulator_support import Faults, Reply, random_text, serve
 
 ROOT_ID = "0"
 ACCESS_TOKEN_SECONDS = 3600
@@ -89,23 +89,6 @@ MINI_FIELDS = {"folder": ("type", "id", "sequence_id", "etag", "name"),
 
 def now_text():
     return time.strftime("%Y-%m-%dT%H:%M:%S+00:00", time.gmtime())
-
-
-def random_text(length):
-    alphabet = string.ascii_letters + string.digits
-    return "".join(secrets.choice(alphabet) for _ in range(length))
-
-
-class Reply:
-    def __init__(self, status, body=b"", content_type=None, headers=()):
-        self.status = status
-        self.body = body
-        self.content_type = content_type
-        self.headers = list(headers)
-
-    @classmethod
-    def json(cls, status, value, headers=()):
-        return cls(status, json.dumps(value).encode(), "application/json", headers)
 
 
 class ApiError(Exception):
@@ -400,28 +383,6 @@ class Grants:
         for each in expired:
             self.access.pop(each, None)
         return len(expired)
-
-
-class Faults:
-    """The switches tests turn on: each serves COUNT requests, whose path starts with PREFIX."""
-
-    def __init__(self):
-        self.pending = {}
-
-    def set(self, name, count, prefix):
-        if count > 0:
-            self.pending[name] = [count, prefix]
-        else:
-            self.pending.pop(name, None)
-
-    def take(self, name, path):
-        pending = self.pending.get(name)
-        if pending is None or (pending[1] and not path.startswith(pending[1])):
-            return False
-        pending[0] -= 1
-        if pending[0] <= 0:
-            del self.pending[name]
-        return True
 
 
 def corrupted(reply, faults, path):
@@ -842,15 +803,6 @@ def handler_class(emulator):
     return Handler
 
 
-class Server(http.server.ThreadingHTTPServer):
-    daemon_threads = True
-
-    def handle_error(self, request, client_address):
-        # A client that goes away mid-reply (a test's cancel) is no fault of the emulator's.
-        if not isinstance(sys.exc_info()[1], ConnectionError):
-            super().handle_error(request, client_address)
-
-
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--folder", required=True, help="where the account's index and files live")
@@ -864,11 +816,7 @@ def main():
     options = parser.parse_args()
 
     emulator = Emulator(options)
-    server = Server(("127.0.0.1", options.port), handler_class(emulator))
-    emulator.port = server.server_address[1]
-    sys.stdout.write(f"LISTENING {emulator.port}\n")
-    sys.stdout.flush()
-    server.serve_forever()
+    serve(options.port, handler_class(emulator), lambda port: setattr(emulator, "port", port))
 
 
 if __name__ == "__main__":

@@ -44,7 +44,6 @@ import hashlib
 import http.server
 import json
 import re
-import secrets
 import socket
 import string
 import sys
@@ -52,6 +51,7 @@ import threading
 import urllib.parse
 
 from dropbox_files import CHUNK_LIMIT, AccountFiles, ApiError, split_path
+from emulator_support import Faults, Server, random_text
 
 FAULTS = {
     "expire_token": "401 with the service's body, as for a revoked token",
@@ -84,32 +84,6 @@ def announce(line):
         sys.stdout.flush()
 
 
-def random_text(alphabet, length):
-    return "".join(secrets.choice(alphabet) for _ in range(length))
-
-
-class Faults:
-    def __init__(self):
-        self.lock = threading.Lock()
-        self.armed = {}
-
-    def arm(self, name, count, path, skip):
-        with self.lock:
-            self.armed[name] = {"count": count, "path": path, "skip": skip}
-
-    def take(self, name, request_path):
-        """Whether this request gets fault NAME, counting it."""
-        with self.lock:
-            fault = self.armed.get(name)
-            if not fault or fault["count"] <= 0 or not request_path.startswith(fault["path"]):
-                return False
-            if fault["skip"] > 0:
-                fault["skip"] -= 1
-                return False
-            fault["count"] -= 1
-            return True
-
-
 class Emulator:
     """What the handler threads share: the account, its tokens, the faults armed."""
 
@@ -123,8 +97,8 @@ class Emulator:
         self.quota = DEFAULT_QUOTA
 
     def issue_token(self):
-        token = random_text(string.ascii_lowercase + string.digits, 16)
-        secret = random_text(string.ascii_lowercase + string.digits, 15)
+        token = random_text(16, string.ascii_lowercase + string.digits)
+        secret = random_text(15, string.ascii_lowercase + string.digits)
         with self.tokens_lock:
             self.tokens[token] = secret
         return {"oauth_token": token, "oauth_token_secret": secret, "uid": str(UID)}
@@ -563,7 +537,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
             raise ApiError(400, f"Unknown fault {name}; known: {', '.join(sorted(FAULTS))}")
         count = integer(self.params, "count")
         skip = integer(self.params, "skip") or 0
-        self.emulator.faults.arm(name, 1 if count is None else count, self.params.get("path", ""), skip)
+        self.emulator.faults.set(name, 1 if count is None else count, self.params.get("path", ""), skip)
         self.reply_json({"name": name, "count": count})
 
     def issue_token(self):
@@ -575,10 +549,6 @@ class Handler(http.server.BaseHTTPRequestHandler):
             raise ApiError(400, "Missing parameter: bytes")
         self.emulator.quota = quota
         self.reply_json({"quota": quota})
-
-
-class Server(http.server.ThreadingHTTPServer):
-    daemon_threads = True
 
 
 def main():

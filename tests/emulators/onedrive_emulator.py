@@ -77,7 +77,7 @@ import threading
 import time
 import urllib.parse
 
-from box_emulator import Faults, Reply, Server, random_text
+from emulator_support import Faults, Reply, random_text, serve
 from onedrive_files import ROOT_ID, USER_ID, Account, LiveError, json_reply, time_text
 
 USER_NAME = "Stowhaven Tester"
@@ -603,11 +603,7 @@ def main():
     options = parser.parse_args()
 
     emulator = Emulator(options)
-    server = Server(("127.0.0.1", options.port), handler_class(emulator))
-    emulator.port = server.server_address[1]
-    sys.stdout.write(f"LISTENING {emulator.port}\n")
-    sys.stdout.flush()
-    server.serve_forever()
+    serve(options.port, handler_class(emulator), lambda port: setattr(emulator, "port", port))
 
 
 if __name__ == "__main__":

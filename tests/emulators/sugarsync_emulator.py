@@ -91,13 +91,15 @@ import http.server
 import json
 import re
 import secrets
-import string
 import sys
 import threading
 import time
 import urllib.parse
 import xml.etree.ElementTree as ElementTree
 from xml.sax.saxutils import escape
+
+import emulator_support
+from emulator_support import Faults, random_text, serve
 
 from sugarsync_account import MAGIC_BRIEFCASE, SYNC_FOLDERS, USER_ID, Account, ServiceError, not_found, timestamp
 
@@ -128,15 +130,7 @@ ORDERS = {"name": lambda entry: entry[1]["name"], "last_modified": lambda entry:
 output_lock = threading.Lock()
 
 
-def random_text(length):
-    alphabet = string.ascii_letters + string.digits
-    return "".join(secrets.choice(alphabet) for _ in range(length))
-
-
-class Reply:
-    def __init__(self, status, body=b"", content_type=None, headers=()):
-        self.status, self.body, self.content_type, self.headers = status, body, content_type, list(headers)
-
+class Reply(emulator_support.Reply):
     @classmethod
     def xml(cls, status, element_text, headers=()):
         body = '<?xml version="1.0" encoding="UTF-8" standalone="yes"?>\n' + element_text
@@ -219,26 +213,6 @@ class Grants:
         for each in expired:
             self.access[each] = 0
         return len(expired)
-
-
-class Faults:
-    def __init__(self):
-        self.pending = {}
-
-    def set(self, name, count, prefix):
-        if count > 0:
-            self.pending[name] = [count, prefix]
-        else:
-            self.pending.pop(name, None)
-
-    def take(self, name, path):
-        pending = self.pending.get(name)
-        if pending is None or (pending[1] and not path.startswith(pending[1])):
-            return False
-        pending[0] -= 1
-        if pending[0] <= 0:
-            del self.pending[name]
-        return True
 
 
 def corrupted(reply, faults, path):
@@ -674,15 +648,6 @@ def handler_class(emulator):
     return Handler
 
 
-class Server(http.server.ThreadingHTTPServer):
-    daemon_threads = True
-
-    def handle_error(self, request, client_address):
-        # A client that goes away mid-reply (a test's cancel) is no fault of the emulator's.
-        if not isinstance(sys.exc_info()[1], ConnectionError):
-            super().handle_error(request, client_address)
-
-
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--folder", required=True, help="where the account's index and files live")
@@ -697,11 +662,7 @@ def main():
     options = parser.parse_args()
 
     emulator = Emulator(options)
-    server = Server(("127.0.0.1", options.port), handler_class(emulator))
-    emulator.listen_on(server.server_address[1])
-    sys.stdout.write(f"LISTENING {server.server_address[1]}\n")
-    sys.stdout.flush()
-    server.serve_forever()
+    serve(options.port, handler_class(emulator), emulator.listen_on)
 
 
 if __name__ == "__main__":
