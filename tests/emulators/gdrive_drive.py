@@ -11,9 +11,10 @@ import hashlib
 import json
 import os
 import re
-import secrets
 import string
 import time
+
+from emulator_support import random_text
 
 FOLDER_TYPE = "application/vnd.google-apps.folder"
 ID_PATTERN = re.compile(r"[A-Za-z0-9_-]{1,100}")
@@ -53,12 +54,7 @@ def invalid(location, message="Invalid Value"):
 
 
 def new_id(length=33):
-    alphabet = string.ascii_letters + string.digits + "-_"
-    return "1" + "".join(secrets.choice(alphabet) for _ in range(length - 1))
-
-
-def random_text(length):
-    return "".join(secrets.choice(string.ascii_letters + string.digits) for _ in range(length))
+    return "1" + random_text(length - 1, string.ascii_letters + string.digits + "-_")
 
 
 def rfc3339(seconds):
@@ -402,7 +398,8 @@ class Grants:
         scheme, _, token = (header or "").partition(" ")
         token = token.strip()
         if scheme.lower() != "bearer" or not token:
-            raise DriveError(401, "required", "Login Required", "Authorization", "header", [("WWW-Authenticate", REALM)])
+            raise DriveError(401, "required", "Login Required", "Authorization", "header",
+                             [("WWW-Authenticate", REALM)])
         entry = self.access.get(token)
         if entry is None or time.monotonic() > entry[0]:
             raise expired()

@@ -60,8 +60,8 @@ What the client must send:
 The account lives in FOLDER (index.json, blobs/<id>, uploads/<upload id>), nothing elsewhere;
 tokens in memory. Prints "LISTENING <port>" once it listens, then "<METHOD> <path>" as each
 request to the service arrives (a batch's inner requests too). Test controls (never printed):
-  POST /_emulator/fault?name=N&count=C[&path=PREFIX]  the next C requests (whose path starts
-       with PREFIX) get fault N (see SWITCHES); count 0 clears it.
+  POST /_emulator/fault?name=N&count=C[&path=PREFIX][&skip=K]  the next C requests (whose path
+       starts with PREFIX, after K of them pass) get fault N (see SWITCHES); count 0 clears it.
   POST /_emulator/token                a token pair, as after a login.
   POST /_emulator/expire_access_token  every access token issued so far expires now.
   POST /_emulator/folder?path=/A/B[&foreign=1]     the missing folders; answers the last id.
@@ -81,9 +81,10 @@ import sys
 import threading
 import urllib.parse
 
+from emulator_support import Faults, Reply, random_text, serve
 from gdrive_drive import (ABOUT_SCHEMA, DEFAULT_FILE_KEYS, FILE_SCHEMA, FOLDER_TYPE, ID_PATTERN, KNOWN_SCOPES,
                           LIST_SCHEMA, SCOPE_ROOT, Account, DriveError, Grants, OAuthError, Query, expired, invalid,
-                          new_id, not_found, parse_fields, random_text, select)
+                          new_id, not_found, parse_fields, select)
 
 SWITCHES = {
     "expire_token": "the access token of the request expires: 401 Invalid Credentials",
@@ -106,43 +107,17 @@ LOOPBACK = re.compile(r"http://(127\.0\.0\.1|\[::1\]|localhost)(:\d{1,5})?(/[^?#
 UPLOAD_PATH = "/upload/drive/v3/files"
 
 
-class Reply:
-    def __init__(self, status, body=b"", content_type=None, headers=()):
-        self.status, self.body, self.content_type, self.headers = status, body, content_type, list(headers)
-
-    @classmethod
-    def json(cls, status, value, headers=()):
-        return cls(status, json.dumps(value, indent=1).encode(), "application/json; charset=UTF-8", headers)
+def json_reply(status, value, headers=()):
+    """A JSON reply as the service prints it: indented, with its charset."""
+    return Reply(status, json.dumps(value, indent=1).encode(), "application/json; charset=UTF-8", headers)
 
 
 def error_reply(refusal):
-    return Reply.json(refusal.status, refusal.body(), refusal.headers)
+    return json_reply(refusal.status, refusal.body(), refusal.headers)
 
 
 def page(status, text):
     return Reply(status, f"<html><body><p>Error {status}: {text}</p></body></html>".encode(), "text/html")
-
-
-class Faults:
-    """The switches tests turn on: each serves COUNT requests whose path starts with PREFIX."""
-
-    def __init__(self):
-        self.pending = {}
-
-    def set(self, name, count, prefix):
-        if count > 0:
-            self.pending[name] = [count, prefix]
-        else:
-            self.pending.pop(name, None)
-
-    def take(self, name, path):
-        pending = self.pending.get(name)
-        if pending is None or (pending[1] and not path.startswith(pending[1])):
-            return False
-        pending[0] -= 1
-        if pending[0] <= 0:
-            del self.pending[name]
-        return True
 
 
 def form_of(request):
@@ -285,9 +260,9 @@ class Emulator:
             form = form_of(request)
             if self.faults.take("invalid_grant", request.route_path):
                 raise OAuthError(400, "invalid_grant", "Token has been expired or revoked.")
-            return Reply.json(200, self.grants.redeem(form), [("Cache-Control", "no-cache, no-store")])
+            return json_reply(200, self.grants.redeem(form), [("Cache-Control", "no-cache, no-store")])
         except OAuthError as refusal:
-            return Reply.json(refusal.status, {"error": refusal.error, "error_description": refusal.description})
+            return json_reply(refusal.status, {"error": refusal.error, "error_description": refusal.description})
 
     # Drive.
 
@@ -303,7 +278,7 @@ class Emulator:
                  "user": {"kind": "drive#user", "displayName": "Stowhaven Tester", "me": True,
                           "permissionId": "01234567890123456789", "emailAddress": self.email,
                           "photoLink": f"{self.base()}/photo.jpg"}}
-        return Reply.json(200, select(about, parse_fields(request.query["fields"]), ABOUT_SCHEMA))
+        return json_reply(200, select(about, parse_fields(request.query["fields"]), ABOUT_SCHEMA))
 
     def files_list(self, request, _):
         query = request.query
@@ -339,7 +314,7 @@ class Emulator:
         tree = parse_fields(fields) if fields is not None else {"kind": None, "nextPageToken": None,
                                                               "incompleteSearch": None,
                                                               "files": dict.fromkeys(DEFAULT_FILE_KEYS)}
-        return Reply.json(200, select(listing, tree, LIST_SCHEMA))
+        return json_reply(200, select(listing, tree, LIST_SCHEMA))
 
     def parent_of(self, metadata, full_scope):
         parents = metadata.get("parents", [])
@@ -368,7 +343,7 @@ class Emulator:
         else:
             data = None
         item = self.account.add(parent, name, mime, data)
-        return Reply.json(200, self.resource(item, request.query))
+        return json_reply(200, self.resource(item, request.query))
 
     def files_get(self, request, match):
         alt = request.query.get("alt", "json")
@@ -376,7 +351,7 @@ class Emulator:
             return Reply(200, HOSTILE_BYTES, "application/octet-stream")
         item = self.account.get(match.group(1), request.full_scope)
         if alt == "json":
-            return Reply.json(200, self.resource(item, request.query))
+            return json_reply(200, self.resource(item, request.query))
         if alt != "media":
             raise invalid("alt")
         if "size" not in item:
@@ -424,7 +399,7 @@ class Emulator:
         item["name"] = metadata.get("name", item["name"])
         item["trashed"] = metadata.get("trashed", item["trashed"])
         self.account.touch(item)
-        return Reply.json(200, self.resource(item, request.query))
+        return json_reply(200, self.resource(item, request.query))
 
     def files_delete(self, request, match):
         item = self.account.get(match.group(1), request.full_scope)
@@ -442,7 +417,7 @@ class Emulator:
         if kind == "media":
             mime = request.content_type or "application/octet-stream"
             item = self.account.add(self.account.root_id, "Untitled", mime, request.body)
-            return Reply.json(200, self.resource(item, request.query))
+            return json_reply(200, self.resource(item, request.query))
         if kind == "multipart":
             parts = related_parts(request.body, request.content_type)
             if len(parts) != 2:
@@ -451,7 +426,7 @@ class Emulator:
             name, mime, parent = self.checked_metadata(metadata, request.full_scope)
             mime = mime or parts[1][0].get("content-type") or "application/octet-stream"
             item = self.account.add(parent, name, mime, parts[1][1])
-            return Reply.json(200, self.resource(item, request.query))
+            return json_reply(200, self.resource(item, request.query))
         if kind == "resumable":
             if "upload_id" in request.query:
                 raise DriveError(400, "badRequest", "A session is continued with PUT.")
@@ -482,7 +457,7 @@ class Emulator:
     def upload_continue(self, request, _, partial=False):
         upload_id, session = self.session_of(request)
         if session["done"] is not None:
-            return Reply.json(200, self.resource(self.account.items[session["done"]], session["query"]))
+            return json_reply(200, self.resource(self.account.items[session["done"]], session["query"]))
         wanted = request.headers.get("Content-Range")
         body = request.body
         if wanted is None:
@@ -542,7 +517,7 @@ class Emulator:
         item = self.account.add(session["parent"], session["name"], session["mime"], data)
         os.remove(stored)
         session["done"] = item["id"]
-        return Reply.json(200, self.resource(item, session["query"]))
+        return json_reply(200, self.resource(item, session["query"]))
 
     # Batches.
 
@@ -568,7 +543,8 @@ class Emulator:
             if "Authorization" not in inner_headers and request.headers.get("Authorization"):
                 inner_headers["Authorization"] = request.headers.get("Authorization")
             reply = serve_inner(request_line[0], request_line[1], inner_headers, inner_body)
-            inner = [f"HTTP/1.1 {reply.status} {http.server.BaseHTTPRequestHandler.responses.get(reply.status, ('',))[0]}"]
+            phrase = http.server.BaseHTTPRequestHandler.responses.get(reply.status, ("",))[0]
+            inner = [f"HTTP/1.1 {reply.status} {phrase}"]
             inner += [f"{name}: {value}" for name, value in reply.headers]
             if reply.content_type:
                 inner.append(f"Content-Type: {reply.content_type}")
@@ -584,25 +560,28 @@ class Emulator:
         query, path = request.query, request.route_path
         if request.command == "POST" and path == "/_emulator/fault":
             if query.get("name") not in SWITCHES or not query.get("count", "1").isdigit():
-                return Reply.json(400, {"error": "unknown switch or count"})
-            self.faults.set(query["name"], int(query.get("count", "1")), query.get("path"))
-            return Reply.json(200, {"name": query["name"], "count": int(query.get("count", "1"))})
+                return json_reply(400, {"error": "unknown switch or count"})
+            if not query.get("skip", "0").isdigit():
+                return json_reply(400, {"error": "bad skip"})
+            self.faults.set(query["name"], int(query.get("count", "1")), query.get("path", ""),
+                            int(query.get("skip", "0")))
+            return json_reply(200, {"name": query["name"], "count": int(query.get("count", "1"))})
         if request.command == "POST" and path == "/_emulator/token":
-            return Reply.json(200, self.grants.pair())
+            return json_reply(200, self.grants.pair())
         if request.command == "POST" and path == "/_emulator/expire_access_token":
-            return Reply.json(200, {"expired": self.grants.expire()})
+            return json_reply(200, {"expired": self.grants.expire()})
         if request.command == "POST" and path == "/_emulator/quota" and query.get("limit", "").isdigit():
             self.account.quota_limit = int(query["limit"])
-            return Reply.json(200, {"limit": self.account.quota_limit})
+            return json_reply(200, {"limit": self.account.quota_limit})
         if request.command == "GET" and path == "/_emulator/tree":
             entries = [{"path": self.account.path_of(item), "id": item["id"], "mimeType": item["mimeType"],
                         "size": item.get("size"), "app": item["app"], "trashed": item["trashed"]}
                        for item in self.account.items.values() if item["id"] != self.account.root_id]
-            return Reply.json(200, {"entries": sorted(entries, key=lambda entry: entry["path"])})
+            return json_reply(200, {"entries": sorted(entries, key=lambda entry: entry["path"])})
         if request.command == "POST" and path in ("/_emulator/folder", "/_emulator/file"):
             names = [name for name in query.get("path", "").split("/") if name]
             if not names:
-                return Reply.json(400, {"error": "no path"})
+                return json_reply(400, {"error": "no path"})
             by_app = query.get("foreign") != "1"
             folder_names = names if path == "/_emulator/folder" else names[:-1]
             folder_id = self.account.root_id
@@ -612,10 +591,10 @@ class Emulator:
                 folder_id = (existing[0] if existing else self.account.add(folder_id, name, FOLDER_TYPE,
                                                                             by_app=by_app))["id"]
             if path == "/_emulator/folder":
-                return Reply.json(200, {"id": folder_id})
+                return json_reply(200, {"id": folder_id})
             item = self.account.add(folder_id, names[-1], "application/octet-stream", request.body, by_app)
-            return Reply.json(200, {"id": item["id"]})
-        return Reply.json(404, {"error": "no such control path"})
+            return json_reply(200, {"id": item["id"]})
+        return json_reply(404, {"error": "no such control path"})
 
 
 ROUTES = [
@@ -783,15 +762,6 @@ def handler_class(emulator):
     return Handler
 
 
-class Server(http.server.ThreadingHTTPServer):
-    daemon_threads = True
-
-    def handle_error(self, request, client_address):
-        # A client that goes away mid-reply (a test's cancel) is no fault of the emulator's.
-        if not isinstance(sys.exc_info()[1], ConnectionError):
-            super().handle_error(request, client_address)
-
-
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--folder", required=True, help="where the account's index and files live")
@@ -804,11 +774,7 @@ def main():
     options = parser.parse_args()
 
     emulator = Emulator(options)
-    server = Server(("127.0.0.1", options.port), handler_class(emulator))
-    emulator.port = server.server_address[1]
-    sys.stdout.write(f"LISTENING {emulator.port}\n")
-    sys.stdout.flush()
-    server.serve_forever()
+    serve(options.port, handler_class(emulator), lambda port: setattr(emulator, "port", port))
 
 
 if __name__ == "__main__":
