@@ -4,13 +4,11 @@ import hashlib
 import http.client
 import json
 import os
-import subprocess
-import sys
-import tempfile
 import unittest
 import urllib.parse
 
-EMULATOR = os.path.join(os.path.dirname(os.path.abspath(__file__)), "dropbox_emulator.py")
+from emulator_testing import EmulatorTestCase
+
 APP_KEY = "k3yk3yk3yk3yk3y"
 APP_SECRET = "s3cr3ts3cr3ts3c"
 
@@ -19,23 +17,14 @@ def encoded(path):
     return urllib.parse.quote(path, safe="")
 
 
-class DropboxEmulatorTest(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.folder = tempfile.TemporaryDirectory()
-        cls.process = subprocess.Popen(
-            [sys.executable, "-B", EMULATOR, "--folder", cls.folder.name, "--port", "0",
-             "--app-key", APP_KEY, "--app-secret", APP_SECRET],
-            stdout=subprocess.PIPE, text=True)
-        cls.port = int(cls.process.stdout.readline().split()[1])
-        cls.token = json.loads(cls.control("/_emulator/token")[2])
+class DropboxEmulatorTest(EmulatorTestCase):
+    script = "dropbox_emulator.py"
+    options = ("--app-key", APP_KEY, "--app-secret", APP_SECRET)
 
     @classmethod
-    def tearDownClass(cls):
-        cls.process.kill()
-        cls.process.wait()
-        cls.process.stdout.close()
-        cls.folder.cleanup()
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.token = json.loads(cls.control("/_emulator/token")[2])
 
     @classmethod
     def request(cls, method, target, body=None, headers=None):

@@ -5,33 +5,19 @@ import hashlib
 import http.client
 import json
 import os
-import subprocess
-import sys
-import tempfile
 import unittest
 import urllib.parse
 
-EMULATOR = os.path.join(os.path.dirname(os.path.abspath(__file__)), "gdrive_emulator.py")
+from emulator_testing import EmulatorTestCase
+
 CLIENT_ID = "1234567890123-abcdefghijklmnopqrstuvwxyz012345.apps.googleusercontent.com"
 CLIENT_SECRET = "AbCdEfGhIjKlMnOpQrStUv12"
 FOLDER = "application/vnd.google-apps.folder"
 
 
-class GDriveEmulatorTest(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.folder = tempfile.TemporaryDirectory()
-        cls.process = subprocess.Popen(
-            [sys.executable, "-B", EMULATOR, "--folder", cls.folder.name, "--port", "0",
-             "--client-id", CLIENT_ID, "--client-secret", CLIENT_SECRET], stdout=subprocess.PIPE, text=True)
-        cls.port = int(cls.process.stdout.readline().split()[1])
-
-    @classmethod
-    def tearDownClass(cls):
-        cls.process.kill()
-        cls.process.wait()
-        cls.process.stdout.close()
-        cls.folder.cleanup()
+class GDriveEmulatorTest(EmulatorTestCase):
+    script = "gdrive_emulator.py"
+    options = ("--client-id", CLIENT_ID, "--client-secret", CLIENT_SECRET)
 
     def call(self, method, path, body=None, headers=None, token=True):
         headers = dict(headers or {})

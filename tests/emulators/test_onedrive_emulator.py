@@ -3,34 +3,24 @@
 import http.client
 import json
 import os
-import subprocess
-import sys
-import tempfile
 import unittest
 import urllib.parse
 
-EMULATOR = os.path.join(os.path.dirname(os.path.abspath(__file__)), "onedrive_emulator.py")
+from emulator_testing import EmulatorTestCase
+
 CLIENT_ID = "00000000A1B2C3D4"
 CLIENT_SECRET = "aB3dE5fG7hJ9kL1mN3pQ5rS7tU9vW1xY"
 SCOPES = "wl.signin%20wl.basic%20wl.skydrive%20wl.skydrive_update"
 
 
-class OneDriveEmulatorTest(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.folder = tempfile.TemporaryDirectory()
-        cls.process = subprocess.Popen(
-            [sys.executable, "-B", EMULATOR, "--folder", cls.folder.name, "--port", "0",
-             "--client-id", CLIENT_ID, "--client-secret", CLIENT_SECRET], stdout=subprocess.PIPE, text=True)
-        cls.port = int(cls.process.stdout.readline().split()[1])
-        cls.desktop = f"http://127.0.0.1:{cls.port}/oauth20_desktop.srf"
+class OneDriveEmulatorTest(EmulatorTestCase):
+    script = "onedrive_emulator.py"
+    options = ("--client-id", CLIENT_ID, "--client-secret", CLIENT_SECRET)
 
     @classmethod
-    def tearDownClass(cls):
-        cls.process.kill()
-        cls.process.wait()
-        cls.process.stdout.close()
-        cls.folder.cleanup()
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.desktop = f"http://127.0.0.1:{cls.port}/oauth20_desktop.srf"
 
     def call(self, method, path, body=None, headers=None, token=True):
         headers = dict(headers or {})

@@ -2,15 +2,12 @@
 
 import http.client
 import json
-import os
-import subprocess
-import sys
-import tempfile
 import unittest
 import urllib.parse
+
+from emulator_testing import EmulatorTestCase
 import xml.etree.ElementTree as ElementTree
 
-EMULATOR = os.path.join(os.path.dirname(os.path.abspath(__file__)), "sugarsync_emulator.py")
 ACCESS_KEY = "QWNjZXNzS2V5T2ZUaGVBcHAxMj"
 PRIVATE_KEY = "UHJpdmF0ZUtleU9mVGhlQXBwbGljYXRpb25Gb3JUZX"
 USER = "owner@example.com"
@@ -18,22 +15,10 @@ PASSWORD = "pass word"
 XML = {"Content-Type": "application/xml; charset=UTF-8"}
 
 
-class SugarSyncEmulatorTest(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.folder = tempfile.TemporaryDirectory()
-        cls.process = subprocess.Popen(
-            [sys.executable, "-B", EMULATOR, "--folder", cls.folder.name, "--port", "0", "--access-key", ACCESS_KEY,
-             "--private-key", PRIVATE_KEY, "--user", USER, "--password", PASSWORD, "--quota", "100000"],
-            stdout=subprocess.PIPE, text=True)
-        cls.port = int(cls.process.stdout.readline().split()[1])
-
-    @classmethod
-    def tearDownClass(cls):
-        cls.process.kill()
-        cls.process.wait()
-        cls.process.stdout.close()
-        cls.folder.cleanup()
+class SugarSyncEmulatorTest(EmulatorTestCase):
+    script = "sugarsync_emulator.py"
+    options = ("--access-key", ACCESS_KEY, "--private-key", PRIVATE_KEY, "--user", USER, "--password", PASSWORD,
+               "--quota", "100000")
 
     def call(self, method, target, body=None, headers=None, token=True):
         """TARGET is a reference the emulator handed out or a path; answers status, reply, body."""
