@@ -88,7 +88,8 @@ TEST_P(CancelProgramTest, AJobCanceledAtItsStepLeavesEverythingAsItWas) {
 
     EXPECT_EQ(terminal.finish(), 130) << terminal.screen();
     EXPECT_TRUE(test::snapshot(device_.path(kStorageFolder)) == before) << "the storage changed";
-    EXPECT_TRUE(fs::is_empty(device_.path(kTemporaryFolder)));
+    EXPECT_TRUE(fs::is_empty(device_.path(kTemporaryFolder)))
+        << "left: " << test::runCommand("ls -AR " + ShellQuote::path(device_.path(kTemporaryFolder)));
     EXPECT_EQ(processesNaming(device_.root()), 0) << "a tool of the job still runs";
     EXPECT_EQ(test::runCommand("dpkg --admindir=" + ShellQuote::path(device_.root() + "/var/lib/dpkg") + " --audit"),
               "");
