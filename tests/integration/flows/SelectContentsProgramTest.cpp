@@ -3,6 +3,7 @@
 
 #include "platform/FileManager.h"
 #include "platform/ShellQuote.h"
+#include "support/DeviceAlbums.h"
 #include "support/SandboxDevice.h"
 #include "support/TerminalProgram.h"
 #include "support/TerminalWidth.h"
@@ -28,17 +29,7 @@ bool turnOnAlbums(const test::SandboxDevice& device) {
         {"AutoScanPkgEnabled", "AutoScanStockAppsEnabled", "AutoScanPhotosEnabled", "AutoScanVideosEnabled"});
 }
 
-// Album name -> its entry of `items --json`.
-std::map<std::string, nlohmann::json> albumsOf(const test::SandboxDevice& device) {
-    const auto items = device.run("items --json");
-    EXPECT_EQ(items.status, 0) << items.errors;
-    std::map<std::string, nlohmann::json> albums;
-    const nlohmann::json listed = nlohmann::json::parse(items.output);
-    for (const auto& album : listed["albums"]) {
-        albums[album["name"].get<std::string>()] = album;
-    }
-    return albums;
-}
+using test::albumsOf;
 
 // A restore's default of photo albums names one album: only its photos go back into the
 // library; the videos, with no default, all go back.

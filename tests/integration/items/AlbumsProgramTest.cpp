@@ -4,6 +4,7 @@
 #include "platform/FileManager.h"
 #include "platform/ShellQuote.h"
 #include "platform/SqliteDatabase.h"
+#include "support/DeviceAlbums.h"
 #include "support/SandboxDevice.h"
 #include "support/TestFolder.h"
 
@@ -36,17 +37,7 @@ bool carryStorage(const test::SandboxDevice& from, const test::SandboxDevice& to
     return turnOnAlbums(to) && to.turnOn({"AutoScanPkgEnabled"});
 }
 
-// Album name -> its entry of `items --json`.
-std::map<std::string, nlohmann::json> albumsOf(const test::SandboxDevice& device) {
-    const auto items = device.run("items --json");
-    EXPECT_EQ(items.status, 0) << items.errors;
-    std::map<std::string, nlohmann::json> albums;
-    const nlohmann::json listed = nlohmann::json::parse(items.output);
-    for (const auto& album : listed["albums"]) {
-        albums[album["name"].get<std::string>()] = album;
-    }
-    return albums;
-}
+using test::albumsOf;
 
 // The album folders the session's archives of photos and videos hold, unpacked into FOLDER.
 fs::path unpackAlbums(const test::SandboxDevice& device, const test::TestFolder& folder) {
