@@ -1,7 +1,9 @@
 // Box's reply readers on any bytes: a folder, a page of items, an upload's answer, the
-// user's record, a token grant and an error's message, damaged or hostile.
+// user's record, a token grant (the OAuth 2 reader the cloud engines share) and an error's
+// message, damaged or hostile.
 
 #include "FuzzSupport.h"
+#include "net/OAuth2Grant.h"
 #include "platform/FileNames.h"
 #include "storage/box/BoxReplies.h"
 
@@ -48,8 +50,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         for (const BoxItem& item : page->entries) expectClean(item);
     }
     readOrSay(BoxReplies::user, body);
-    if (const auto grant = readOrSay(BoxReplies::tokenGrant, body)) {
-        fuzz::expect(!grant->accessToken.empty() && !grant->refreshToken.empty(), "a grant holds both tokens");
+    if (const auto grant = readOrSay(OAuth2Grant::read, body)) {
+        fuzz::expect(!grant->accessToken.empty(), "a grant holds an access token");
+        fuzz::expect(!grant->refreshToken || !grant->refreshToken->empty(), "a refresh token given is not empty");
     }
     RestReply reply;
     reply.status = 400;

@@ -3,13 +3,9 @@
 #include "core/Supervisor.h"
 #include "core/Text.h"
 #include "platform/Log.h"
-#include "storage/OAuthAnswer.h"
+#include "storage/OAuthCode.h"
 #include "storage/box/BoxHelper.h"
 #include "storage/box/BoxService.h"
-
-#include <fmt/ranges.h>
-
-#include <array>
 
 namespace stowhaven {
 
@@ -17,12 +13,6 @@ namespace {
 
 // Where the page sends the user once they have agreed; no server needs to answer there.
 constexpr const char* kRedirectAddress = "http://localhost";
-
-std::optional<std::string> newLoginState() {
-    const auto bytes = loginStateBytes();
-    if (!bytes) return std::nullopt;
-    return fmt::format("{:02x}", fmt::join(*bytes, ""));
-}
 
 }  // namespace
 
@@ -36,33 +26,20 @@ std::optional<std::string> BoxLogin::authorizationAddress(std::string& error) {
         error = *service.authorization.error;
         return std::nullopt;
     }
-    const auto state = newLoginState();
+    const auto state = newLoginState(kLoginStateKey);
     if (!state) {
         error = "No random state for the login";
         return std::nullopt;
     }
-    Supervisor::shared().lowLevelStorePreferencesData(PlistValue(*state), kLoginStateKey);
     return service.authorizeUrl() + "?response_type=code&client_id=" + textutil::percentEncoded(*service.clientId) +
            "&redirect_uri=" + textutil::percentEncoded(kRedirectAddress) + "&state=" + *state;
 }
 
 std::optional<std::string> BoxLogin::finish(const std::string& answer) {
-    const std::string text = textutil::trimmed(answer);
-    std::string code = text;
-    if (text.find('=') != std::string::npos) {
-        const OAuthAnswer parsed = OAuthAnswer::parse(text);
-        if (const auto refused = parsed.parameter("error")) {
-            return parsed.parameter("error_description").value_or("Box refused: " + *refused);
-        }
-        const auto state = parsed.parameter("state");
-        if (state && state != Supervisor::shared().lowLevelGetStringPreferencesDataForKey(kLoginStateKey)) {
-            return std::string("The answer belongs to another login: open the address again");
-        }
-        code = parsed.parameter("code").value_or("");
-    }
-    if (code.empty()) return std::string("The answer holds no code");
+    const OAuthCode answered = OAuthCode::of(answer, kLoginStateKey, "Box");
+    if (!answered.code) return answered.error;
     helper_ = BoxHelper::createBoxHelper();
-    if (const auto error = helper_->logInWithCode(code)) return error;
+    if (const auto error = helper_->logInWithCode(*answered.code)) return error;
     Supervisor& supervisor = Supervisor::shared();
     supervisor.persistStorageType();
     supervisor.lowLevelStorePreferencesData(PlistValue(), kLoginStateKey);

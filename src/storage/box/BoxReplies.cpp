@@ -99,18 +99,6 @@ std::optional<BoxUser> user(std::string_view body, std::string& error) {
                    JsonReply::integer(*reply, "max_upload_size").value_or(0)};
 }
 
-std::optional<BoxTokenGrant> tokenGrant(std::string_view body, std::string& error) {
-    const auto reply = object(body, error);
-    if (!reply) return std::nullopt;
-    const auto access = JsonReply::text(*reply, "access_token");
-    const auto refresh = JsonReply::text(*reply, "refresh_token");
-    if (!access || !refresh || access->empty() || refresh->empty()) {
-        error = "The reply holds no tokens";
-        return std::nullopt;
-    }
-    return BoxTokenGrant{*access, *refresh};
-}
-
 std::string errorText(const RestReply& reply) {
     std::string ignored;
     if (const auto body = JsonReply::parse(reply.body, &ignored)) {

@@ -34,13 +34,6 @@ struct BoxUser {
     std::int64_t maxUploadSize = 0;
 };
 
-// What the token endpoint hands out: refresh tokens are single use, so each grant brings a
-// new pair.
-struct BoxTokenGrant {
-    std::string accessToken;
-    std::string refreshToken;
-};
-
 // The readers of Box's JSON replies. Each answers none, with ERROR, for a body that isn't
 // the reply it expects; none of them trusts a name or an id as it comes.
 namespace BoxReplies {
@@ -51,7 +44,6 @@ std::optional<BoxItemPage> itemPage(std::string_view body, std::string& error);
 // The file an upload made: {"total_count":1,"entries":[file]}.
 std::optional<BoxItem> uploadedFile(std::string_view body, std::string& error);
 std::optional<BoxUser> user(std::string_view body, std::string& error);
-std::optional<BoxTokenGrant> tokenGrant(std::string_view body, std::string& error);
 
 // What a failed request tells the user: the service's message where its body has one (an
 // API error's "message", a token error's "error_description"), else the client's error.

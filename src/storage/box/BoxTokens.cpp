@@ -2,6 +2,7 @@
 
 #include "core/Supervisor.h"
 #include "core/Text.h"
+#include "net/OAuth2Grant.h"
 #include "platform/Log.h"
 #include "storage/box/BoxReplies.h"
 
@@ -61,13 +62,18 @@ bool BoxTokens::grant(const std::string& form) {
     request.anonymous = true;
     const RestReply reply = client_.perform(request);
     std::string error;
-    const auto tokens = reply.isSuccess() ? BoxReplies::tokenGrant(reply.body, error) : std::nullopt;
+    auto tokens = reply.isSuccess() ? OAuth2Grant::read(reply.body, error) : std::nullopt;
+    // Each grant brings a new refresh token: the one used is void from now on.
+    if (tokens && !tokens->refreshToken) {
+        error = "The reply holds no refresh token";
+        tokens.reset();
+    }
     if (!tokens) {
         lastError_ = reply.isSuccess() ? error : BoxReplies::errorText(reply);
         SH_LOG("The token request failed: {}", *lastError_);
         return false;
     }
-    Supervisor::shared().lowLevelStorePreferencesData(PlistValue(tokens->refreshToken), kRefreshTokenKey);
+    Supervisor::shared().lowLevelStorePreferencesData(PlistValue(*tokens->refreshToken), kRefreshTokenKey);
     accessToken_ = tokens->accessToken;
     lastError_.reset();
     SH_LOG("User signed in!");
