@@ -1,11 +1,8 @@
 #include "cli/ServerStorageCommands.h"
 
-#include "cli/KeyFile.h"
+#include "cli/PasswordInput.h"
 #include "core/Supervisor.h"
 #include "platform/AsciiCase.h"
-#include "platform/Environment.h"
-#include "platform/Terminal.h"
-#include "platform/TerminalInput.h"
 #include "storage/ServerHosts.h"
 #include "storage/ServerLogin.h"
 #include "storage/StorageLayout.h"
@@ -83,25 +80,8 @@ int ServerStorageCommands::run(std::ostream& out, std::ostream& errors) {
     return logOut(*engineOf(logout_), out);
 }
 
-std::optional<std::string> ServerStorageCommands::password(std::ostream& errors) const {
-    if (passwordFile_) {
-        const auto password = passwordFromFile(*passwordFile_);
-        if (!password) fmt::print(errors, "stowhaven: no password in <{}>\n", *passwordFile_);
-        return password;
-    }
-    if (auto password = environmentVariable("STOWHAVEN_PASSWORD")) return password;
-    fmt::print(errors, "Password for {}@{}: ", user_, host_);
-    errors.flush();
-    TerminalInput input;
-    InputLine line = input.readLine(true);
-    // A terminal ends the question's line itself; a pipe typed nothing there.
-    if (!Terminal::isStandardInputATerminal()) errors << '\n';
-    if (line.kind != InputLine::Kind::Line) return std::nullopt;
-    return line.text;
-}
-
 int ServerStorageCommands::logIn(const ServerEngine& engine, std::ostream& out, std::ostream& errors) {
-    const auto secret = password(errors);
+    const auto secret = readPassword(passwordFile_, fmt::format("Password for {}@{}: ", user_, host_), errors);
     if (!secret) return 1;
     const std::string port = port_.empty() && engine.takesPortAndMode ? "21" : port_;
     const ServerCredentials host{host_, port, user_, *secret, root_, !active_};

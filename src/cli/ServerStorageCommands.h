@@ -37,7 +37,6 @@ private:
     int listHosts(const ServerEngine& engine, std::ostream& out) const;
     int forget(const ServerEngine& engine, std::ostream& out, std::ostream& errors);
     int logOut(const ServerEngine& engine, std::ostream& out);
-    std::optional<std::string> password(std::ostream& errors) const;
 
     CLI::App* login_ = nullptr;
     CLI::App* hosts_ = nullptr;

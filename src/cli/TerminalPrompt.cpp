@@ -67,9 +67,9 @@ std::optional<std::size_t> TerminalPrompt::choose(const std::string& title, cons
     return number.value - 1;
 }
 
-std::optional<std::string> TerminalPrompt::readText(const std::string& label) {
+std::optional<std::string> TerminalPrompt::readText(const std::string& label, bool secret) {
     out_ << label;
-    InputLine line = readLine(false);
+    InputLine line = readLine(secret);
     if (line.kind != InputLine::Kind::Line) return std::nullopt;
     return std::move(line.text);
 }

@@ -37,9 +37,9 @@ public:
     std::optional<std::size_t> choose(const std::string& title, const std::vector<std::string>& options,
                                       const std::string& leaving = "Back");
 
-    // A line of free text after LABEL (a screen's command line, say), untrimmed; nothing
-    // when the input ended or was interrupted.
-    std::optional<std::string> readText(const std::string& label);
+    // A line of free text after LABEL (a screen's command line, say), untrimmed, a SECRET one
+    // read without echo; nothing when the input ended or was interrupted.
+    std::optional<std::string> readText(const std::string& label, bool secret = false);
 
 private:
     struct Number {

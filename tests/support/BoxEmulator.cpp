@@ -17,28 +17,14 @@ BoxEmulator::BoxEmulator()
       clientSecret_(randomText("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789", kCredentialLength)),
       process_(std::make_unique<EmulatorProcess>(
           "box_emulator.py", folder_.path(),
-          std::vector<std::string>{"--client-id", clientId_, "--client-secret", clientSecret_})) {}
+          std::vector<std::string>{"--client-id", clientId_, "--client-secret", clientSecret_})),
+      variables_({{"STOWHAVEN_BOX_API_URL", address()},
+                  {"STOWHAVEN_BOX_UPLOAD_URL", address()},
+                  {"STOWHAVEN_BOX_AUTH_URL", address()},
+                  {"STOWHAVEN_BOX_CLIENT_ID", clientId_},
+                  {"STOWHAVEN_BOX_CLIENT_SECRET", clientSecret_}}) {}
 
 BoxEmulator::~BoxEmulator() = default;
-
-std::vector<std::pair<std::string, std::string>> BoxEmulator::variables() const {
-    return {{"STOWHAVEN_BOX_API_URL", address()},
-            {"STOWHAVEN_BOX_UPLOAD_URL", address()},
-            {"STOWHAVEN_BOX_AUTH_URL", address()},
-            {"STOWHAVEN_BOX_CLIENT_ID", clientId_},
-            {"STOWHAVEN_BOX_CLIENT_SECRET", clientSecret_}};
-}
-
-std::string BoxEmulator::environment() const {
-    std::string prefix;
-    for (const auto& [name, value] : variables()) prefix += name + "=" + value + " ";
-    return prefix;
-}
-
-void BoxEmulator::exportEnvironment() {
-    auto& scope = exported_.emplace();
-    for (const auto& [name, value] : variables()) scope.set(name, value);
-}
 
 std::vector<std::string> BoxEmulator::paths() const {
     const auto tree = nlohmann::json::parse(process_->control("GET", "tree"));
@@ -58,8 +44,7 @@ void BoxEmulator::addFile(const std::string& path, const std::string& bytes) con
 }
 
 void BoxEmulator::injectFault(const std::string& name, int count, const std::string& pathPrefix) const {
-    process_->control("POST", "fault?name=" + textutil::percentEncoded(name) + "&count=" + std::to_string(count) +
-                                  "&path=" + textutil::percentEncoded(pathPrefix));
+    process_->injectFault(name, count, pathPrefix);
 }
 
 std::string BoxEmulator::grant(const std::string& authorizationAddress) const {
@@ -71,6 +56,6 @@ BoxTokens BoxEmulator::issueTokens() const {
     return {pair["access_token"].get<std::string>(), pair["refresh_token"].get<std::string>()};
 }
 
-void BoxEmulator::expireAccessToken() const { process_->control("POST", "expire_access_token"); }
+void BoxEmulator::expireAccessToken() const { process_->expireAccessToken(); }
 
 }  // namespace stowhaven::test

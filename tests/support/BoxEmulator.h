@@ -1,7 +1,7 @@
 #pragma once
 
 #include "support/EmulatorProcess.h"
-#include "support/EnvironmentScope.h"
+#include "support/ServiceVariables.h"
 #include "support/TestFolder.h"
 
 #include <filesystem>
@@ -39,9 +39,9 @@ public:
     const std::string& clientSecret() const { return clientSecret_; }
     // The prefix of SandboxDevice::run that points the program at the emulator:
     // "STOWHAVEN_BOX_API_URL=http://127.0.0.1:PORT ... STOWHAVEN_BOX_CLIENT_SECRET=... ".
-    std::string environment() const;
+    std::string environment() const { return variables_.prefix(); }
     // The same variables set in this process, until the object goes.
-    void exportEnvironment();
+    void exportEnvironment() { variables_.exportAll(); }
     // The account's files, each named by its id (the tree is in an index beside the folder).
     std::filesystem::path filesFolder() const { return folder_.path() / "files"; }
 
@@ -74,14 +74,11 @@ public:
     void stop() { process_->stop(); }
 
 private:
-    // The variables that point the program at the emulator, with their values.
-    std::vector<std::pair<std::string, std::string>> variables() const;
-
     TestFolder folder_;
     std::string clientId_;
     std::string clientSecret_;
     std::unique_ptr<EmulatorProcess> process_;
-    std::optional<EnvironmentScope> exported_;
+    ServiceVariables variables_;
 };
 
 }  // namespace stowhaven::test

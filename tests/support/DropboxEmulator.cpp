@@ -22,31 +22,17 @@ DropboxEmulator::DropboxEmulator()
       appSecret_(randomText(kCredentialAlphabet, kCredentialLength)),
       process_(std::make_unique<EmulatorProcess>(
           "dropbox_emulator.py", folder_.path(),
-          std::vector<std::string>{"--app-key", appKey_, "--app-secret", appSecret_})) {}
+          std::vector<std::string>{"--app-key", appKey_, "--app-secret", appSecret_})),
+      variables_({{"STOWHAVEN_DROPBOX_API_URL", address()},
+                  {"STOWHAVEN_DROPBOX_CONTENT_URL", address()},
+                  {"STOWHAVEN_DROPBOX_WEB_URL", address()},
+                  {"STOWHAVEN_DROPBOX_APP_KEY", appKey_},
+                  {"STOWHAVEN_DROPBOX_APP_SECRET", appSecret_}}) {}
 
 DropboxEmulator::~DropboxEmulator() = default;
 
-std::string DropboxEmulator::environment() const {
-    return "STOWHAVEN_DROPBOX_API_URL=" + address() + " STOWHAVEN_DROPBOX_CONTENT_URL=" + address() +
-           " STOWHAVEN_DROPBOX_WEB_URL=" + address() + " STOWHAVEN_DROPBOX_APP_KEY=" + appKey_ +
-           " STOWHAVEN_DROPBOX_APP_SECRET=" + appSecret_ + " ";
-}
-
-void DropboxEmulator::exportEnvironment() {
-    auto& scope = exported_.emplace();
-    for (const auto& [name, value] :
-         std::vector<std::pair<std::string, std::string>>{{"STOWHAVEN_DROPBOX_API_URL", address()},
-                                                          {"STOWHAVEN_DROPBOX_CONTENT_URL", address()},
-                                                          {"STOWHAVEN_DROPBOX_WEB_URL", address()},
-                                                          {"STOWHAVEN_DROPBOX_APP_KEY", appKey_},
-                                                          {"STOWHAVEN_DROPBOX_APP_SECRET", appSecret_}}) {
-        scope.set(name, value);
-    }
-}
-
 void DropboxEmulator::injectFault(const std::string& name, int count, const std::string& pathPrefix) const {
-    process_->control("POST", "fault?name=" + textutil::percentEncoded(name) + "&count=" + std::to_string(count) +
-                                  "&path=" + textutil::percentEncoded(pathPrefix));
+    process_->injectFault(name, count, pathPrefix);
 }
 
 DropboxToken DropboxEmulator::issueToken() const {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "support/EmulatorProcess.h"
-#include "support/EnvironmentScope.h"
+#include "support/ServiceVariables.h"
 #include "support/TestFolder.h"
 
 #include <filesystem>
@@ -38,9 +38,9 @@ public:
     const std::string& appSecret() const { return appSecret_; }
     // The prefix of SandboxDevice::run that points the program at the emulator:
     // "STOWHAVEN_DROPBOX_API_URL=http://127.0.0.1:PORT ... STOWHAVEN_DROPBOX_APP_SECRET=... ".
-    std::string environment() const;
+    std::string environment() const { return variables_.prefix(); }
     // The same variables set in this process, until the object goes.
-    void exportEnvironment();
+    void exportEnvironment() { variables_.exportAll(); }
     // The account's tree, the account's "/" : files put here are in the account at once.
     std::filesystem::path filesFolder() const { return folder_.path() / "files"; }
 
@@ -66,7 +66,7 @@ private:
     std::string appKey_;
     std::string appSecret_;
     std::unique_ptr<EmulatorProcess> process_;
-    std::optional<EnvironmentScope> exported_;
+    ServiceVariables variables_;
 };
 
 }  // namespace stowhaven::test

@@ -1,5 +1,6 @@
 #include "support/EmulatorProcess.h"
 
+#include "core/Text.h"
 #include "net/CurlHandle.h"
 #include "net/HttpRequest.h"
 #include "platform/AsciiCase.h"
@@ -51,6 +52,11 @@ std::string EmulatorProcess::control(const std::string& method, const std::strin
         throw std::runtime_error("the emulator refused " + pathAndQuery + ": " + std::to_string(reply.status) + " " +
                                  reply.body);
     return reply.body;
+}
+
+void EmulatorProcess::injectFault(const std::string& name, int count, const std::string& pathPrefix) const {
+    control("POST", "fault?name=" + textutil::percentEncoded(name) + "&count=" + std::to_string(count) +
+                        "&path=" + textutil::percentEncoded(pathPrefix));
 }
 
 std::string EmulatorProcess::redirectOf(const std::string& address) const {

@@ -30,6 +30,11 @@ public:
     // A control request ("fault?name=...&count=1") and its reply's body; throws when the
     // emulator refuses it.
     std::string control(const std::string& method, const std::string& pathAndQuery, const std::string& body = "") const;
+    // The next COUNT requests that the switch NAME can affect, whose path starts with
+    // PATHPREFIX (any, when empty), get it; COUNT 0 clears it.
+    void injectFault(const std::string& name, int count, const std::string& pathPrefix) const;
+    // Every access token handed out so far stops working now.
+    void expireAccessToken() const { control("POST", "expire_access_token"); }
     // Opens ADDRESS as a browser would and answers where its 302 sends the browser; throws
     // when it doesn't redirect.
     std::string redirectOf(const std::string& address) const;
