@@ -1,0 +1,187 @@
+#include "storage/gdrive/GDriveHelper.h"
+
+#include "core/Supervisor.h"
+#include "core/Text.h"
+#include "platform/FileNames.h"
+#include "platform/Log.h"
+#include "platform/Platform.h"
+#include "platform/TemporaryDirectory.h"
+#include "platform/dispatch/NotificationCenter.h"
+#include "storage/StorageEngines.h"
+#include "storage/gdrive/GDriveWrapper.h"
+
+namespace stowhaven {
+
+namespace {
+
+// What freeSpace answers when the quota can't be read: no backup is kept from trying.
+constexpr double kUnknownFreeSpace = 9.223372036854776e+18;
+
+}  // namespace
+
+std::shared_ptr<GDriveHelper> GDriveHelper::createGDriveHelper() {
+    StorageEngines::registerFactory(StorageType::GDrive, [] {
+        auto helper = std::make_shared<GDriveHelper>();
+        SH_LOG("GDriveHelper created!");
+        helper->observeOperationCanceled();
+        if (Supervisor::shared().isStorageGDrive()) helper->connect();
+        return helper;
+    });
+    return std::dynamic_pointer_cast<GDriveHelper>(StorageEngines::create(StorageType::GDrive));
+}
+
+void GDriveHelper::unlink() { GDriveWrapper::unlink(); }
+
+GDriveHelper::GDriveHelper() : AbstractStorageHelper(std::make_unique<GDriveWrapper>()) {}
+
+GDriveWrapper& GDriveHelper::drive() const { return static_cast<GDriveWrapper&>(*wrapper()); }
+
+bool GDriveHelper::isInitialized() { return drive().isInitialized(); }
+
+void GDriveHelper::beginRequest() { drive().setErrorMessage(std::nullopt); }
+
+void GDriveHelper::finish(bool succeeded, const HookObject& object) {
+    if (succeeded) {
+        performSuccessSelector(object);
+    } else {
+        performFailureSelector();
+    }
+}
+
+bool GDriveHelper::failWith(const std::string& message) {
+    SH_LOG("{}", message);
+    drive().setErrorMessage(message);
+    return false;
+}
+
+std::optional<std::string> GDriveHelper::temporaryPathOf(const std::string& name) {
+    if (!isOneFileName(name)) {
+        failWith("<" + name + "> names no file");
+        return std::nullopt;
+    }
+    return TemporaryDirectory::path() + "/" + name;
+}
+
+bool GDriveHelper::start() {
+    beginRequest();
+    if (const auto problem = drive().client().service().problem()) return failWith(*problem);
+    if (!Platform::current().reachability().isConnectedToNetwork()) return failWith("No network!");
+    if (!GDriveTokens::storedRefreshToken()) {
+        SH_LOG("User may not be signed in!");
+        return failWith("No Google Drive account is linked");
+    }
+    return drive().flushCache() && loadListings();
+}
+
+bool GDriveHelper::loadListings() {
+    const auto devices = drive().loadAvailableDeviceBackups();
+    auto files = devices ? drive().loadCurrentDeviceBackups() : std::nullopt;
+    if (!files) return false;
+    setAvailableDeviceBackups(*devices);
+    replaceExistingFiles(std::move(*files));
+    return true;
+}
+
+void GDriveHelper::fallBackToLocalStorage() {
+    SH_LOG("errorMessage:{}", errorMessage().value_or("(null)"));
+    Supervisor& supervisor = Supervisor::shared();
+    if (supervisor.isStorageGDrive()) supervisor.setStorageToLocal();
+}
+
+void GDriveHelper::connect() {
+    if (!start()) {
+        fallBackToLocalStorage();
+        return;
+    }
+    Supervisor::shared().setStorageToGDrive();
+}
+
+std::optional<std::string> GDriveHelper::logInWithCode(const std::string& code, const std::string& verifier) {
+    beginRequest();
+    if (!drive().client().tokens().exchangeCode(code, verifier)) {
+        NotificationCenter::defaultCenter().post("GDRIVE_DISCONNECTED");
+        return drive().client().tokens().lastError().value_or("Google Drive refused the login");
+    }
+    connect();
+    const auto error = errorMessage();
+    NotificationCenter::defaultCenter().post(error ? "GDRIVE_DISCONNECTED" : "GDRIVE_CONNECTED");
+    return error;
+}
+
+void GDriveHelper::disconnect() {
+    drive().disconnect();
+    clearExistingFiles();
+    setAvailableDeviceBackups({});
+    Supervisor::shared().setStorageToLocal();
+    NotificationCenter::defaultCenter().post("GDRIVE_DISCONNECTED");
+}
+
+bool GDriveHelper::isLoggedIn() {
+    return Platform::current().reachability().isConnectedToNetwork() && drive().isLoggedIn();
+}
+
+std::string GDriveHelper::accountName() { return drive().username(); }
+
+void GDriveHelper::flushCache() {
+    if (!start()) fallBackToLocalStorage();
+}
+
+void GDriveHelper::resetAll() {
+    flushCache();
+    freeSpace();
+}
+
+double GDriveHelper::freeSpace() {
+    if (const auto error = errorMessage()) {
+        Supervisor::showAlert("Error", *error);
+        return kUnknownFreeSpace;
+    }
+    return drive().freeSpace();
+}
+
+void GDriveHelper::refreshFreeSpace() {
+    beginRequest();
+    drive().refreshFreeSpace();
+}
+
+void GDriveHelper::loadAvailableDeviceBackups() {
+    beginRequest();
+    SH_LOG("Reloading available device backups...");
+    const auto devices = drive().loadAvailableDeviceBackups();
+    if (devices) setAvailableDeviceBackups(*devices);
+    finish(devices.has_value());
+}
+
+void GDriveHelper::loadBackupDetailsForDevice(const std::string& deviceName) {
+    beginRequest();
+    auto files = drive().loadAvailableDeviceBackups() ? drive().getDeviceBackupData(deviceName) : std::nullopt;
+    finish(files.has_value(), files ? HookObject(std::move(*files)) : HookObject());
+}
+
+void GDriveHelper::loadMostRecentBackupSession() {
+    beginRequest();
+    if (!loadListings()) return;
+    const std::vector<std::string> files = existingFiles();
+    if (files.empty()) {
+        SH_LOG("No existing data files!");
+        return;
+    }
+    SH_LOG("Loading <{}> into <{}>...", files.back(), TemporaryDirectory::path());
+    fetchHistoryFile(files.back());
+}
+
+bool GDriveHelper::fetchHistoryFile(const std::string& name) {
+    const auto path = temporaryPathOf(name);
+    return path && drive().getFile(name, std::nullopt, *path);
+}
+
+void GDriveHelper::retrieveRestOfBackupHistory() {
+    // The walk posts "BACKUP_HISTORY_LOADED" itself; without one it is posted all the same.
+    if (!fBackupHistoryLoaded_.exchange(true) && !existingFiles().empty()) {
+        AbstractStorageHelper::retrieveRestOfBackupHistory();
+        return;
+    }
+    NotificationCenter::defaultCenter().post("BACKUP_HISTORY_LOADED");
+}
+
+}  // namespace stowhaven

@@ -1,0 +1,92 @@
+#pragma once
+
+#include "storage/AbstractStorageHelper.h"
+#include "storage/StorageHelperProtocol.h"
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace stowhaven {
+
+class GDriveWrapper;
+
+// Keeps sessions in the user's Google Drive, through GDriveWrapper, which resolves every name
+// through maps of file records. When Google Drive is current it starts at once: the quota,
+// the product folder and this device's folder, its listing; without a linked account, or when
+// Drive can't be reached, it leaves its error and gives way to local storage for this run.
+// Every request blocks until Drive has answered and ends by its hook. No request is retried
+// here: the REST client retries what the service asks to be retried.
+class GDriveHelper final : public AbstractStorageHelper,
+                           public ConnectionOrientedStorageHelperProtocol,
+                           public FileRefPreloading,
+                           public BackgroundInitialization {
+public:
+    // Makes the engine, which becomes the one of Google Drive, dropping any before it; it
+    // starts at once when Google Drive is the current engine.
+    static std::shared_ptr<GDriveHelper> createGDriveHelper();
+    // Forgets the stored refresh token.
+    static void unlink();
+
+    GDriveHelper();
+
+    bool isInitialized() override;
+
+    // Starts as when made, and Google Drive becomes current; without success it gives way.
+    void connect() override;
+    // Forgets the account's tokens and gives way to local storage.
+    void disconnect() override;
+    bool isLoggedIn() override;
+    // The account's "emailAddress".
+    std::string accountName() override;
+    // Trades the code of the authorisation page (with the verifier of its address) for the
+    // account's tokens, then starts; nothing on success, otherwise the service's message.
+    std::optional<std::string> logInWithCode(const std::string& code, const std::string& verifier);
+
+    void flushCache() override;
+    void resetAll() override;
+    void loadAvailableDeviceBackups() override;
+    void loadBackupDetailsForDevice(const std::string& deviceName) override;
+    void loadMostRecentBackupSession() override;
+    void retrieveRestOfBackupHistory() override;
+    void loadFile(const std::string& name, Date date, const std::optional<std::string>& subDirectory) override;
+    void createDirectoryDated(Date date) override;
+    void createDirectory(const std::string& directory, Date date) override;
+    void uploadBackupHistory(const std::string& historyText, Date date) override;
+    void uploadFile(const std::string& path, Date date, const std::optional<std::string>& directory) override;
+    void deleteBackupSession(const std::shared_ptr<BackupSession>& session) override;
+    void deleteBackupForDeviceId(const std::string& deviceName) override;
+    void moveFromPath(const std::string& from, const std::string& to) override;
+    // Lists the session's files, its data folders' too, before a restore fetches them.
+    void preloadFileRefUsingDate(Date date) override;
+
+    // In units of 1024 bytes, as the quota gives them; after a failure, an alert and a room
+    // no backup fills.
+    double freeSpace() override;
+    void refreshFreeSpace() override;
+    std::int32_t fileSizeUploadLimit() override { return 10000; }
+    // Transfers show their own banner.
+    void showProgressOnView() override {}
+    void hideProgress() override {}
+
+protected:
+    bool fetchHistoryFile(const std::string& name) override;
+
+private:
+    GDriveWrapper& drive() const;
+    // The account and its folders proved, the listings read.
+    bool start();
+    bool loadListings();
+    void fallBackToLocalStorage();
+    // A request begins with no error; it ends by its outcome.
+    void beginRequest();
+    void finish(bool succeeded, const HookObject& object = {});
+    bool failWith(const std::string& message);
+    // The temporary folder's file for NAME, which must be one clean name.
+    std::optional<std::string> temporaryPathOf(const std::string& name);
+
+    std::atomic<bool> fBackupHistoryLoaded_{false};
+};
+
+}  // namespace stowhaven
