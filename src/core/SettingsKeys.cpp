@@ -79,6 +79,8 @@ std::vector<SettingKey> makeTable() {
         registered("EncryptBackupEnabled", Boolean, false, &gEncryptBackupEnabled),
         registered("UseSameEncryptionKeyEnabled", Boolean, false, &gUseSameEncryptionKeyEnabled),
         registered("BackupDebsEnabled", Boolean, false, &gBackupDebsEnabled),
+        // Rebuilds from the device the captured packages that no repository serves any more.
+        registered("RepackMissingDebsEnabled", Boolean, true),
         registered("RestoreFromDebsEnabled", Boolean, false, &gRestoreFromDebsEnabled),
         registered("BackupDescriptionEnabled", Boolean, true, &gBackupDescriptionEnabled),
         registered("BackupTitleEnabled", Boolean, true, &gBackupTitleEnabled),
