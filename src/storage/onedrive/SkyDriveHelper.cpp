@@ -1,0 +1,250 @@
+#include "storage/onedrive/SkyDriveHelper.h"
+
+#include "core/Supervisor.h"
+#include "core/Text.h"
+#include "platform/FileNames.h"
+#include "platform/Log.h"
+#include "platform/Platform.h"
+#include "platform/TemporaryDirectory.h"
+#include "platform/dispatch/NotificationCenter.h"
+#include "storage/StorageEngines.h"
+#include "storage/StorageLayout.h"
+#include "storage/onedrive/SkyDriveWrapper.h"
+
+#include <algorithm>
+
+namespace stowhaven {
+
+namespace {
+
+// The history files of a listing under the names they were sent with, oldest first: their
+// stamps sort as text in date order.
+std::vector<std::string> historyFilesOf(const std::vector<SkyDriveEntry>& entries) {
+    std::vector<std::string> names;
+    for (const SkyDriveEntry& entry : entries) {
+        if (!entry.isFolder) names.push_back(SkyDriveWrapper::localName(entry.name));
+    }
+    names = StorageLayout::existingFiles(names);
+    std::sort(names.begin(), names.end());
+    names.erase(std::unique(names.begin(), names.end()), names.end());
+    return names;
+}
+
+}  // namespace
+
+std::shared_ptr<SkyDriveHelper> SkyDriveHelper::createSkyDriveHelper() {
+    StorageEngines::registerFactory(StorageType::SkyDrive, [] {
+        auto helper = std::make_shared<SkyDriveHelper>();
+        SH_LOG("SkyDriveHelper created!");
+        helper->observeOperationCanceled();
+        if (Supervisor::shared().isStorageSkyDrive()) helper->connect();
+        return helper;
+    });
+    return std::dynamic_pointer_cast<SkyDriveHelper>(StorageEngines::create(StorageType::SkyDrive));
+}
+
+void SkyDriveHelper::unlink() {
+    SkyDriveTokens::unlink();
+    SH_LOG("Unlinked!");
+}
+
+SkyDriveHelper::SkyDriveHelper() : AbstractStorageHelper(std::make_unique<SkyDriveWrapper>()) {}
+
+SkyDriveWrapper& SkyDriveHelper::skyDrive() const { return static_cast<SkyDriveWrapper&>(*wrapper()); }
+
+bool SkyDriveHelper::isInitialized() { return skyDrive().rootDirectoryData().has_value() || hasError(); }
+
+void SkyDriveHelper::beginRequest() { skyDrive().setErrorMessage(std::nullopt); }
+
+void SkyDriveHelper::finish(bool succeeded, const HookObject& object) {
+    if (succeeded) {
+        performSuccessSelector(object);
+    } else {
+        performFailureSelector();
+    }
+}
+
+bool SkyDriveHelper::failWith(const std::string& message) {
+    SH_LOG("{}", message);
+    skyDrive().setErrorMessage(message);
+    return false;
+}
+
+bool SkyDriveHelper::start() {
+    beginRequest();
+    if (const auto problem = skyDrive().service().problem()) return failWith(*problem);
+    if (!Platform::current().reachability().isConnectedToNetwork()) return failWith("No network!");
+    if (!skyDrive().isLoggedIn()) {
+        SH_LOG("User may not be signed in!");
+        return failWith("No OneDrive account is linked");
+    }
+    return skyDrive().retrieveAccountName() && skyDrive().retrieveQuota() && skyDrive().retrieveRootFolder() &&
+           loadListings(true);
+}
+
+bool SkyDriveHelper::loadDeviceFolders() {
+    const auto mainId = mainFolderId();
+    const auto devices = mainId ? skyDrive().loadFileListFrom(*mainId) : std::nullopt;
+    if (!devices) return false;
+    std::vector<std::string> names;
+    for (const SkyDriveEntry& entry : *devices) names.push_back(entry.name);
+    internalAvailableDeviceBackups_.replaceChildren(*mainId, *devices);
+    setAvailableDeviceBackups(std::move(names));
+    return true;
+}
+
+// The lists in hand stay until the new ones are read, as a job may be reading them.
+bool SkyDriveHelper::loadListings(bool forgettingDamagedFiles) {
+    const auto deviceId = deviceFolderId();
+    if (!deviceId || !loadDeviceFolders()) return false;
+    const auto entries = skyDrive().loadFileListFrom(*deviceId);
+    if (!entries) return false;
+    internalExistingFiles_.replaceChildren(*deviceId, *entries);
+    if (forgettingDamagedFiles) {
+        replaceExistingFiles(historyFilesOf(*entries));
+    } else {
+        setExistingFiles(historyFilesOf(*entries));
+    }
+    return true;
+}
+
+std::optional<std::string> SkyDriveHelper::deviceFolderId() {
+    if (const auto device = skyDrive().rootDirectoryData()) return device->id;
+    failWith("OneDrive isn't ready: the device's folder is unknown");
+    return std::nullopt;
+}
+
+std::optional<std::string> SkyDriveHelper::mainFolderId() {
+    if (const auto main = skyDrive().mainDirectoryData()) return main->id;
+    failWith("OneDrive isn't ready: the <Stowhaven> folder is unknown");
+    return std::nullopt;
+}
+
+void SkyDriveHelper::fallBackToLocalStorage() {
+    SH_LOG("errorMessage:{}", errorMessage().value_or("(null)"));
+    Supervisor& supervisor = Supervisor::shared();
+    if (supervisor.isStorageSkyDrive()) supervisor.setStorageToLocal();
+}
+
+void SkyDriveHelper::connect() {
+    if (!start()) {
+        fallBackToLocalStorage();
+        return;
+    }
+    Supervisor::shared().setStorageToSkyDrive();
+}
+
+// Only a login tells the screens, which then read the storage anew; a start doesn't.
+std::optional<std::string> SkyDriveHelper::logInWithCode(const std::string& code) {
+    beginRequest();
+    if (!skyDrive().tokens().exchangeCode(code)) {
+        NotificationCenter::defaultCenter().post("SKYDRIVE_LOGIN_FAILED");
+        return skyDrive().tokens().lastError().value_or("OneDrive refused the login");
+    }
+    connect();
+    const auto error = errorMessage();
+    NotificationCenter::defaultCenter().post(error ? "SKYDRIVE_LOGIN_FAILED" : "SKYDRIVE_LOGIN_SUCCESS");
+    return error;
+}
+
+void SkyDriveHelper::disconnect() {
+    skyDrive().disconnect();
+    internalExistingFiles_.clear();
+    internalAvailableDeviceBackups_.clear();
+    clearExistingFiles();
+    setAvailableDeviceBackups({});
+    Supervisor::shared().setStorageToLocal();
+    SH_LOG("Disconnected!");
+}
+
+bool SkyDriveHelper::isLoggedIn() {
+    return Platform::current().reachability().isConnectedToNetwork() && skyDrive().isLoggedIn();
+}
+
+std::string SkyDriveHelper::accountName() { return skyDrive().accountName(); }
+
+void SkyDriveHelper::flushCache() {
+    internalExistingFiles_.clear();
+    internalAvailableDeviceBackups_.clear();
+    {
+        std::lock_guard lock(prefetchedMutex_);
+        prefetchedStamp_.reset();
+    }
+    if (!start()) fallBackToLocalStorage();
+}
+
+void SkyDriveHelper::resetAll() { unlink(); }
+
+double SkyDriveHelper::freeSpace() { return skyDrive().freeSpace(); }
+
+void SkyDriveHelper::refreshFreeSpace() { skyDrive().retrieveQuota(); }
+
+void SkyDriveHelper::loadAvailableDeviceBackups() {
+    beginRequest();
+    SH_LOG("Reloading available device backups...");
+    finish(loadDeviceFolders());
+}
+
+void SkyDriveHelper::loadDefaultBackupDetails() {
+    beginRequest();
+    loadListings(false);
+}
+
+std::optional<SkyDriveEntry> SkyDriveHelper::deviceFolderNamed(const std::string& deviceName) {
+    const auto mainId = mainFolderId();
+    if (!isOneFileName(deviceName) || !mainId || !loadDeviceFolders()) return std::nullopt;
+    return internalAvailableDeviceBackups_.folder(deviceName, *mainId);
+}
+
+void SkyDriveHelper::loadBackupDetailsForDevice(const std::string& deviceName) {
+    beginRequest();
+    const auto folder = deviceFolderNamed(deviceName);
+    if (!folder) {
+        SH_LOG("Couldn't find data for <{}>", deviceName);
+        if (!hasError()) failWith("Couldn't find data for <" + deviceName + ">");
+        return performFailureSelector();
+    }
+    const auto entries = skyDrive().loadFileListFrom(folder->id);
+    if (!entries) return performFailureSelector();
+    performSuccessSelector(historyFilesOf(*entries));
+}
+
+void SkyDriveHelper::loadMostRecentBackupSession() {
+    beginRequest();
+    if (!loadListings(false)) return;
+    const std::vector<std::string> files = existingFiles();
+    SH_LOG("{} existingFiles: {}", files.size(), textutil::joined(files, ", "));
+    if (files.empty()) {
+        SH_LOG("No existing data files!");
+        return;
+    }
+    if (fetchHistoryFile(files.back())) SH_LOG("Latest backup data in <{}>", files.back());
+}
+
+bool SkyDriveHelper::fetchHistoryFile(const std::string& name) {
+    const auto deviceId = deviceFolderId();
+    const auto entry = deviceId ? internalExistingFiles_.file(name, *deviceId) : std::nullopt;
+    if (!entry) return failWith("Couldn't find backup data FILE with name <" + name + ">");
+    return fetch(entry->id, name).has_value();
+}
+
+std::optional<std::string> SkyDriveHelper::fetch(const std::string& id, const std::string& name) {
+    if (!isOneFileName(name)) {
+        failWith("<" + name + "> names no file");
+        return std::nullopt;
+    }
+    const std::string path = TemporaryDirectory::path() + "/" + name;
+    if (!skyDrive().downloadFileData(id, path)) return std::nullopt;
+    return path;
+}
+
+void SkyDriveHelper::retrieveRestOfBackupHistory() {
+    // The walk posts "BACKUP_HISTORY_LOADED" itself; without one it is posted all the same.
+    if (!fBackupHistoryLoaded_.exchange(true) && !existingFiles().empty()) {
+        AbstractStorageHelper::retrieveRestOfBackupHistory();
+        return;
+    }
+    NotificationCenter::defaultCenter().post("BACKUP_HISTORY_LOADED");
+}
+
+}  // namespace stowhaven

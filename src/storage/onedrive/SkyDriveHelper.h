@@ -1,0 +1,113 @@
+#pragma once
+
+#include "storage/AbstractStorageHelper.h"
+#include "storage/StorageHelperProtocol.h"
+#include "storage/onedrive/SkyDriveEntryCache.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+namespace stowhaven {
+
+class SkyDriveWrapper;
+
+// Keeps sessions in the user's OneDrive, through SkyDriveWrapper. OneDrive addresses
+// everything by id: the engine keeps the entries that listings gave, those of the product
+// folder (the device folders) and those of this device's folder and of the session folders
+// it has read, and resolves names there. Files lie under their names with ".pdf" added; the
+// engine shows and fetches them under the names they were sent with. When OneDrive is current
+// it starts at once: the account, the quota, the folders and the listings; without a linked
+// account, or when OneDrive can't be reached, it leaves its error and gives way to local
+// storage for this run.
+class SkyDriveHelper final : public AbstractStorageHelper,
+                             public ConnectionOrientedStorageHelperProtocol,
+                             public DefaultBackupDetailsLoading,
+                             public FileRefPreloading,
+                             public BackgroundInitialization {
+public:
+    // Makes the engine, which becomes the one of OneDrive, dropping any before it; it starts
+    // at once when OneDrive is the current engine.
+    static std::shared_ptr<SkyDriveHelper> createSkyDriveHelper();
+    // Forgets the stored tokens.
+    static void unlink();
+
+    SkyDriveHelper();
+
+    bool isInitialized() override;
+
+    // Starts as when made, and OneDrive becomes current; without success it gives way.
+    void connect() override;
+    // Forgets the account's tokens and gives way to local storage.
+    void disconnect() override;
+    bool isLoggedIn() override;
+    // The user's name.
+    std::string accountName() override;
+    // Trades the code of the authorisation page for the account's tokens, then starts;
+    // nothing on success, otherwise the service's message.
+    std::optional<std::string> logInWithCode(const std::string& code);
+
+    void flushCache() override;
+    void resetAll() override;
+    void loadAvailableDeviceBackups() override;
+    void loadDefaultBackupDetails() override;
+    void loadBackupDetailsForDevice(const std::string& deviceName) override;
+    void loadMostRecentBackupSession() override;
+    void retrieveRestOfBackupHistory() override;
+    void loadFile(const std::string& name, Date date, const std::optional<std::string>& subDirectory) override;
+    void createDirectoryDated(Date date) override;
+    void createDirectory(const std::string& directory, Date date) override;
+    void uploadBackupHistory(const std::string& historyText, Date date) override;
+    void uploadFile(const std::string& path, Date date, const std::optional<std::string>& directory) override;
+    void deleteBackupSession(const std::shared_ptr<BackupSession>& session) override;
+    void deleteBackupForDeviceId(const std::string& deviceName) override;
+    void moveFromPath(const std::string& from, const std::string& to) override;
+    void preloadFileRefUsingDate(Date date) override;
+
+    // In bytes, as the account reports it.
+    double freeSpace() override;
+    void refreshFreeSpace() override;
+    std::int32_t fileSizeUploadLimit() override { return 20000; }
+    // Transfers show their own banner.
+    void showProgressOnView() override {}
+    void hideProgress() override {}
+
+protected:
+    bool fetchHistoryFile(const std::string& name) override;
+
+private:
+    SkyDriveWrapper& skyDrive() const;
+    // The account, the quota and the folders proved, the listings read.
+    bool start();
+    // The device folders and this device's history files; a flush also forgets the files
+    // dropped as damaged.
+    bool loadListings(bool forgettingDamagedFiles);
+    bool loadDeviceFolders();
+    void fallBackToLocalStorage();
+    // A request begins with no error; it ends by its outcome.
+    void beginRequest();
+    void finish(bool succeeded, const HookObject& object = {});
+    bool failWith(const std::string& message);
+    // The id of this device's folder, or of the product folder; none, with the error, before
+    // the engine has found them.
+    std::optional<std::string> deviceFolderId();
+    std::optional<std::string> mainFolderId();
+    // The device folder of that name, from a fresh listing of the product folder.
+    std::optional<SkyDriveEntry> deviceFolderNamed(const std::string& deviceName);
+    // The session's folder, or a data folder in it.
+    std::optional<SkyDriveEntry> sessionFolder(Date date, const std::optional<std::string>& directory);
+    // A file fetched into the temporary folder under NAME, which must be one clean name.
+    std::optional<std::string> fetch(const std::string& id, const std::string& name);
+
+    std::atomic<bool> fBackupHistoryLoaded_{false};
+    // The product folder's entries, and this device's folder's with the sessions' read since.
+    SkyDriveEntryCache internalAvailableDeviceBackups_;
+    SkyDriveEntryCache internalExistingFiles_;
+    std::mutex prefetchedMutex_;
+    // The stamp of the session whose entries were read last.
+    std::optional<std::string> prefetchedStamp_;
+};
+
+}  // namespace stowhaven

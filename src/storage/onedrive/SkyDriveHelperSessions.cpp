@@ -1,0 +1,196 @@
+// The OneDrive engine's work on sessions: folders and files made, found, fetched and deleted
+// by the entries that listings and replies gave.
+
+#include "core/BackupSession.h"
+#include "platform/FileManager.h"
+#include "platform/FileModes.h"
+#include "platform/FileNames.h"
+#include "platform/Log.h"
+#include "platform/TemporaryDirectory.h"
+#include "storage/StorageLayout.h"
+#include "storage/onedrive/SkyDriveHelper.h"
+#include "storage/onedrive/SkyDriveWrapper.h"
+
+#include <filesystem>
+
+namespace stowhaven {
+
+std::optional<SkyDriveEntry> SkyDriveHelper::sessionFolder(Date date, const std::optional<std::string>& directory) {
+    const std::string stamp = StorageLayout::stamp(date);
+    const auto deviceId = deviceFolderId();
+    auto folder = deviceId ? internalExistingFiles_.folder(stamp, *deviceId) : std::nullopt;
+    if (folder && directory) folder = internalExistingFiles_.folder(*directory, folder->id);
+    if (!folder && !hasError()) failWith("Can't find directory <" + directory.value_or(stamp) + ">");
+    return folder;
+}
+
+void SkyDriveHelper::uploadBackupHistory(const std::string& historyText, Date date) {
+    beginRequest();
+    SH_LOG("Backup data size: {:.2f}Kb", static_cast<double>(historyText.size()) / 1024);
+    const std::string name = StorageLayout::historyFileName(date);
+    const std::string path = TemporaryDirectory::path() + "/" + name;
+    const auto deviceId = deviceFolderId();
+    std::string error;
+    bool written = deviceId && FileManager::writeFile(path, historyText, &error, FileModes::kPrivateFile);
+    if (deviceId && !written) failWith(error);
+    auto stored = written ? skyDrive().uploadFile(path, *deviceId) : std::nullopt;
+    FileManager::removeItem(path);
+    if (stored) {
+        internalExistingFiles_.add(*stored);
+        addExistingFile(name);
+    }
+    finish(stored.has_value());
+}
+
+void SkyDriveHelper::createDirectoryDated(Date date) {
+    beginRequest();
+    const auto deviceId = deviceFolderId();
+    const auto made = deviceId ? skyDrive().createDirectory(StorageLayout::stamp(date), *deviceId) : std::nullopt;
+    if (made) internalExistingFiles_.add(*made);
+    finish(made.has_value());
+}
+
+void SkyDriveHelper::createDirectory(const std::string& directory, Date date) {
+    beginRequest();
+    const auto session = sessionFolder(date, std::nullopt);
+    const auto made = session ? skyDrive().createDirectory(directory, session->id) : std::nullopt;
+    if (made) internalExistingFiles_.add(*made);
+    finish(made.has_value());
+}
+
+void SkyDriveHelper::uploadFile(const std::string& path, Date date, const std::optional<std::string>& directory) {
+    beginRequest();
+    const auto folder = sessionFolder(date, directory);
+    const auto stored = folder ? skyDrive().uploadFile(path, folder->id) : std::nullopt;
+    if (stored) internalExistingFiles_.add(*stored);
+    finish(stored.has_value());
+}
+
+// A file is looked up in its own folder of the session; a session not read yet is, on the
+// first miss.
+void SkyDriveHelper::loadFile(const std::string& name, Date date, const std::optional<std::string>& subDirectory) {
+    beginRequest();
+    const std::string fileName = std::filesystem::path(name).filename().string();
+    const auto lookUp = [&]() -> std::optional<SkyDriveEntry> {
+        const auto folder = sessionFolder(date, subDirectory);
+        return folder ? internalExistingFiles_.file(fileName, folder->id) : std::nullopt;
+    };
+    auto entry = lookUp();
+    if (!entry) {
+        bool prefetched = false;
+        {
+            std::lock_guard lock(prefetchedMutex_);
+            prefetched = prefetchedStamp_ == StorageLayout::stamp(date);
+        }
+        if (!prefetched) {
+            preloadFileRefUsingDate(date);
+            beginRequest();
+            entry = lookUp();
+        }
+    }
+    if (!entry) {
+        SH_LOG("file id is NIL!");
+        failWith("Couldn't find backup data FILE with name <" + fileName + ">");
+        return performFailureSelector();
+    }
+    beginRequest();
+    const auto path = fetch(entry->id, fileName);
+    if (!path) return performFailureSelector();
+    // The hooks stay for the next file of the same request.
+    callSuccessSelectorKeepingIt(*path);
+}
+
+// The session folder's entries, and those of each folder in it, one level deep.
+void SkyDriveHelper::preloadFileRefUsingDate(Date date) {
+    const std::string stamp = StorageLayout::stamp(date);
+    {
+        std::lock_guard lock(prefetchedMutex_);
+        prefetchedStamp_ = stamp;
+    }
+    const auto deviceId = deviceFolderId();
+    const auto session = deviceId ? internalExistingFiles_.folder(stamp, *deviceId) : std::nullopt;
+    if (!session) {
+        SH_LOG("Couldn't find backup data FOLDER with name <{}>", stamp);
+        return;
+    }
+    const auto entries = skyDrive().loadFileListFrom(session->id);
+    if (!entries) return;
+    internalExistingFiles_.replaceChildren(session->id, *entries);
+    for (const SkyDriveEntry& entry : *entries) {
+        if (!entry.isFolder) continue;
+        if (const auto inner = skyDrive().loadFileListFrom(entry.id))
+            internalExistingFiles_.replaceChildren(entry.id, *inner);
+    }
+}
+
+// The history file goes first: a session folder left behind by a failure is no session.
+void SkyDriveHelper::deleteBackupSession(const std::shared_ptr<BackupSession>& session) {
+    beginRequest();
+    if (!session || !session->sessionDate()) {
+        failWith("No session to delete");
+        return performFailureSelector();
+    }
+    const Date date = *session->sessionDate();
+    const std::string name = StorageLayout::historyFileName(date);
+    const auto deviceId = deviceFolderId();
+    const auto file = deviceId ? internalExistingFiles_.file(name, *deviceId) : std::nullopt;
+    if (deviceId && !file) failWith("Couldn't find backup data FILE with name <" + name + ">");
+    if (!file || !skyDrive().deleteFileData(file->id)) return performFailureSelector();
+    internalExistingFiles_.remove(file->id);
+    removeExistingFile(name);
+    {
+        std::lock_guard lock(prefetchedMutex_);
+        prefetchedStamp_.reset();
+    }
+    const auto folder = internalExistingFiles_.folder(StorageLayout::stamp(date), *deviceId);
+    if (!folder) {
+        SH_LOG("Couldn't find backup data FOLDER with name <{}>", StorageLayout::stamp(date));
+        return performSuccessSelector();
+    }
+    const bool deleted = skyDrive().deleteFileData(folder->id);
+    if (deleted) internalExistingFiles_.remove(folder->id);
+    finish(deleted);
+}
+
+void SkyDriveHelper::deleteBackupForDeviceId(const std::string& deviceName) {
+    beginRequest();
+    const auto folder = deviceFolderNamed(deviceName);
+    if (!folder) {
+        SH_LOG("Couldn't find data for <{}>", deviceName);
+        if (!hasError()) failWith("Couldn't find data for <" + deviceName + ">");
+        return performFailureSelector();
+    }
+    if (!skyDrive().deleteFileData(folder->id)) return performFailureSelector();
+    internalAvailableDeviceBackups_.remove(folder->id);
+    std::vector<std::string> devices = availableDeviceBackups();
+    std::erase(devices, deviceName);
+    setAvailableDeviceBackups(std::move(devices));
+    performSuccessSelector();
+}
+
+void SkyDriveHelper::moveFromPath(const std::string& from, const std::string& to) {
+    beginRequest();
+    if (!isOneFileName(to)) {
+        failWith("<" + to + "> names no device folder");
+        return performFailureSelector();
+    }
+    const auto folder = deviceFolderNamed(from);
+    if (!folder) {
+        if (!hasError()) failWith("Couldn't find data for <" + from + ">");
+        return performFailureSelector();
+    }
+    if (internalAvailableDeviceBackups_.named(to, *folder->parentId)) {
+        failWith("<" + to + "> ALREADY EXISTS!?!");
+        return performFailureSelector();
+    }
+    if (!skyDrive().rename(folder->id, to)) return performFailureSelector();
+    SkyDriveEntry renamed = *folder;
+    renamed.name = to;
+    internalAvailableDeviceBackups_.add(renamed);
+    std::vector<std::string> devices = availableDeviceBackups();
+    std::replace(devices.begin(), devices.end(), from, to);
+    setAvailableDeviceBackups(std::move(devices));
+    performSuccessSelector();
+}
+
+}  // namespace stowhaven

@@ -1,0 +1,99 @@
+#include "storage/onedrive/SkyDriveQuery.h"
+
+#include "core/Supervisor.h"
+#include "platform/Log.h"
+#include "storage/TransferFollowing.h"
+#include "storage/onedrive/SkyDriveReplies.h"
+#include "storage/onedrive/SkyDriveRetryRule.h"
+
+#include <fmt/format.h>
+
+#include <thread>
+
+namespace stowhaven {
+
+namespace {
+
+constexpr auto kCancelPoll = std::chrono::milliseconds(20);
+
+// The rule's tries are the only ones: the client sends each request once.
+RestRequest triedOnce(RestRequest request) {
+    request.attempts = 1;
+    return request;
+}
+
+bool isRedirect(const RestReply& reply) {
+    return reply.code == CURLE_OK && (reply.status == 301 || reply.status == 302 || reply.status == 303 ||
+                                      reply.status == 307 || reply.status == 308);
+}
+
+}  // namespace
+
+SkyDriveQuery::SkyDriveQuery(std::shared_ptr<SkyDriveTokens> tokens, AbstractStorageWrapper& errors)
+    : tokens_(std::move(tokens)), errors_(errors), client_(RetryPolicy{1, std::chrono::seconds(0)}) {
+    client_.setAuthorization(tokens_);
+}
+
+std::nullopt_t SkyDriveQuery::fail(const std::string& message) {
+    SH_LOG("Failed. Error <{}>", message);
+    errors_.setErrorMessage(message);
+    return std::nullopt;
+}
+
+bool SkyDriveQuery::waitUnlessCanceled(std::chrono::milliseconds wait) {
+    const Supervisor& supervisor = Supervisor::shared();
+    const auto end = std::chrono::steady_clock::now() + wait;
+    while (!supervisor.isCanceled()) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+        if (left.count() <= 0) return true;
+        std::this_thread::sleep_for(std::min(kCancelPoll, left));
+    }
+    return false;
+}
+
+std::optional<RestReply> SkyDriveQuery::withRetries(const Attempt& attempt, bool redirectIsAnswer) {
+    for (int retry = 0;; ++retry) {
+        std::string error;
+        RestReply reply = attempt(error);
+        if (reply.isSuccess() || (redirectIsAnswer && isRedirect(reply))) return reply;
+        if (Supervisor::shared().isCanceled()) return fail("Operation canceled!");
+        const auto pause = SkyDriveRetryRule::pauseAfter(reply);
+        if (!pause || retry >= SkyDriveRetryRule::kMaximumRetries) {
+            // A refused refresh tells more than the 401 it left.
+            const auto tokenError = reply.status == 401 ? tokens_->lastError() : std::nullopt;
+            if (tokenError) return fail(*tokenError);
+            return fail(reply.status != 0 ? SkyDriveReplies::errorText(reply)
+                                          : (error.empty() ? SkyDriveReplies::errorText(reply) : error));
+        }
+        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(*pause).count();
+        SH_LOG("Throttling: Retry {}/{} after {} seconds", retry, SkyDriveRetryRule::kMaximumRetries, seconds);
+        Supervisor::shared().notifyProgress(
+            std::nullopt, fmt::format("{}Retrying {}/{} in {}s...", *pause > SkyDriveRetryRule::kPause ? "Throttling: " : "",
+                                      retry, SkyDriveRetryRule::kMaximumRetries, seconds));
+        if (!waitUnlessCanceled(*pause)) return fail("Operation canceled!");
+    }
+}
+
+std::optional<RestReply> SkyDriveQuery::perform(RestRequest request, bool redirectIsAnswer) {
+    errors_.setErrorMessage(std::nullopt);
+    request = triedOnce(std::move(request));
+    return withRetries(
+        [&](std::string&) {
+            std::lock_guard lock(mutex_);
+            return client_.perform(request);
+        },
+        redirectIsAnswer);
+}
+
+std::optional<RestReply> SkyDriveQuery::transfer(const RestRequest& request, TransferDisplay::Direction direction,
+                                                 std::int64_t size) {
+    errors_.setErrorMessage(std::nullopt);
+    return withRetries([&](std::string& error) {
+        const auto running = client_.start(triedOnce(request));
+        followTransfer(*running, direction, size, error);
+        return running->reply();
+    },
+                       false);
+}
+
+}  // namespace stowhaven
