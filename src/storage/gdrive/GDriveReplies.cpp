@@ -33,7 +33,10 @@ std::optional<nlohmann::json> object(std::string_view body, std::string& error) 
 
 // Drive writes 64-bit numbers as JSON strings ("size": "1024").
 std::optional<std::int64_t> int64Member(const nlohmann::json& object, const char* name) {
-    if (const auto number = JsonReply::integer(object, name)) return number;
+    if (const auto number = JsonReply::integer(object, name)) {
+        if (*number < 0) return std::nullopt;
+        return number;
+    }
     const auto text = JsonReply::text(object, name);
     std::int64_t value = 0;
     if (!text || text->empty()) return std::nullopt;

@@ -129,7 +129,9 @@ bool GDriveWrapper::listDeviceFolders(const GDriveFile& root) {
     if (!folders) return false;
     std::lock_guard lock(mutex_);
     internalAvailableDeviceBackups_.clear();
-    for (const GDriveFile& folder : *folders) internalAvailableDeviceBackups_.emplace(folder.name, folder);
+    for (const GDriveFile& folder : *folders) {
+        if (folder.isFolder()) internalAvailableDeviceBackups_.emplace(folder.name, folder);
+    }
     return true;
 }
 
@@ -255,7 +257,8 @@ bool GDriveWrapper::uploadFromPath(const std::string& localPath, const std::opti
     // Drive keeps any number of files of one name: a name taken is refused here.
     const auto taken = client_.list(GDriveQuery::childNamed(parent->id, name));
     if (!taken) return false;
-    if (!taken->empty()) return fail("<" + name + "> exists already in <" + parent->name + ">");
+    const auto sameName = [&](const GDriveFile& file) { return file.name == name; };
+    if (std::any_of(taken->begin(), taken->end(), sameName)) return fail("<" + name + "> exists already in <" + parent->name + ">");
     const auto sent = client_.upload(localPath, name, parent->id);
     if (!sent) {
         SH_LOG("Error <{}> while uploading <{}> to <{}>", errorMessage().value_or("(null)"), localPath, parent->name);
