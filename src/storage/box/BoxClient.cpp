@@ -32,7 +32,9 @@ RestRequest jsonRequestOf(std::string method, std::string url, const nlohmann::j
 }  // namespace
 
 BoxClient::BoxClient(BoxService service, AbstractStorageWrapper& errors)
-    : service_(std::move(service)), errors_(errors), tokens_(std::make_shared<BoxTokens>(service_)) {
+    : service_(std::move(service)),
+      errors_(errors),
+      tokens_(std::make_shared<OAuth2Tokens>(BoxTokens::account(service_))) {
     client_.setAuthorization(tokens_);
     client_.addSecret(service_.clientSecret.value_or(""));
 }

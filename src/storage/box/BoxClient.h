@@ -22,7 +22,7 @@ class BoxClient {
 public:
     BoxClient(BoxService service, AbstractStorageWrapper& errors);
 
-    BoxTokens& tokens() { return *tokens_; }
+    OAuth2Tokens& tokens() { return *tokens_; }
     const BoxService& service() const { return service_; }
 
     std::optional<BoxUser> currentUser();
@@ -55,7 +55,7 @@ private:
 
     BoxService service_;
     AbstractStorageWrapper& errors_;
-    std::shared_ptr<BoxTokens> tokens_;
+    std::shared_ptr<OAuth2Tokens> tokens_;
     // Calls on one REST client must not overlap; transfers run on connections of their own.
     std::mutex mutex_;
     RestClient client_;
