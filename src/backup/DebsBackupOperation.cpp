@@ -1,6 +1,8 @@
 #include "backup/DebsBackupOperation.h"
 
 #include "backup/BackupCommands.h"
+#include "backup/PackageRepack.h"
+#include "backup/PackageRepackReport.h"
 #include "core/BackupSession.h"
 #include "core/CydiaFileManager.h"
 #include "core/FileSizes.h"
@@ -18,6 +20,7 @@
 #include <fmt/format.h>
 
 #include <filesystem>
+#include <map>
 
 namespace stowhaven {
 
@@ -79,6 +82,9 @@ void DebsBackupOperation::downloadDebsFromCydia() {
     supervisor.systemExecute(BackupCommands::aptGetUpdate(cache, log));
     downloadPackages(cache);
     collectDownloadedDebs(cache + "/archives");
+    if (supervisor.lowLevelGetBooleanPreferencesDataForKey("RepackMissingDebsEnabled")) {
+        repackMissingDebs(cache + "/archives");
+    }
     if (supervisor.isCanceled()) setOperationResult(1);
 }
 
@@ -137,6 +143,30 @@ void DebsBackupOperation::collectDownloadedDebs(const std::string& archives) {
         } else {
             SH_LOG("Skipping <{}>... {}", entry, moveError);
         }
+    }
+}
+
+void DebsBackupOperation::repackMissingDebs(const std::string& archives) {
+    std::map<std::string, std::string> installedVersions;
+    for (const auto& package : CydiaFileManager::shared().currentPackages()) {
+        if (package->packageName() && package->version()) installedVersions[*package->packageName()] = *package->version();
+    }
+    for (const std::string& line : textutil::split(backupSession()->rawData().value_or(""), '\n')) {
+        const std::vector<std::string> fields = textutil::split(line, '\t');
+        if (fields.size() < 2 || Supervisor::shared().isCanceled()) continue;
+        const std::string identifier = textutil::trimmed(fields[1]);
+        const auto version = installedVersions.find(identifier);
+        if (version == installedVersions.end() ||
+            FileManager::isRegularFile(archives + "/" + PackageRepack::debFileName(identifier, version->second))) {
+            continue;
+        }
+        Supervisor::shared().notifyProgress(std::nullopt, fmt::format("Repacking <{}>...", fields[0]));
+        const auto outcome = PackageRepack::repack(identifier, archives, cacheFolder() + "/repack");
+        const std::string description = PackageRepack::describe(identifier, outcome);
+        SH_LOG("{}", description);
+        appendErrorMsg("\n" + description);
+        PackageRepackReport::add(description);
+        if (!outcome.debPath.empty()) debsToUpload_.push_back(outcome.debPath);
     }
 }
 

@@ -29,6 +29,9 @@ private:
     // Each package line of the session: its display name and identifier.
     void downloadPackages(const std::string& cache);
     void collectDownloadedDebs(const std::string& archives);
+    // The packages of the session whose file apt-get couldn't fetch under the name the
+    // restore looks for, rebuilt from the device into ARCHIVES.
+    void repackMissingDebs(const std::string& archives);
     void uploadDebs();
 
     std::vector<std::string> debsToUpload_;

@@ -1,5 +1,6 @@
 #include "cli/BackupCommand.h"
 
+#include "backup/PackageRepackReport.h"
 #include "cli/TerminalFlow.h"
 #include "core/CydiaFileManager.h"
 #include "core/Supervisor.h"
@@ -25,6 +26,7 @@ int BackupCommand::run(const JobRequest& request, std::ostream& out, std::ostrea
 
 int BackupCommand::outcome(TerminalFlow& flow, std::size_t alertsBefore, std::ostream& out, std::ostream& errors) {
     const auto& shown = flow.alerts().shown();
+    const std::vector<std::string> repacked = PackageRepackReport::take();
     for (std::size_t index = shown.size(); index > alertsBefore; --index) {
         const TerminalAlerts::Shown& alert = shown[index - 1];
         if (alert.tag == MainAlerts::kBackupDone) {
@@ -32,6 +34,7 @@ int BackupCommand::outcome(TerminalFlow& flow, std::size_t alertsBefore, std::os
             const auto date = sessions.empty() ? std::nullopt : sessions.back()->sessionDate();
             fmt::print(out, "Backup done on {}: {}\n", Supervisor::shared().storageEngineName(),
                        date ? StorageLayout::stamp(*date) : "");
+            for (const std::string& line : repacked) fmt::print(out, "{}\n", line);
             return 0;
         }
         if (alert.tag == MainAlerts::kBackupFailed) {
