@@ -8,9 +8,8 @@ namespace stowhaven::fuzz {
 
 namespace {
 
-constexpr std::string_view kFolder =
-    R"({"id":"1AbCdEfGhIjKlMnOpQrStUvWxYz_-0123","name":"Stowhaven",)"
-    R"("mimeType":"application/vnd.google-apps.folder"})";
+constexpr std::string_view kFolder = R"({"id":"1AbCdEfGhIjKlMnOpQrStUvWxYz_-0123","name":"Stowhaven",)"
+                                     R"("mimeType":"application/vnd.google-apps.folder"})";
 
 constexpr std::string_view kFilePage =
     R"({"nextPageToken":"~!!~AI9FV7Q3bXl0ZW5leHQ","kind":"drive#fileList","files":[)"

@@ -135,10 +135,12 @@ TEST_F(GDriveEngineTest, AConnectionDroppedMidUploadFailsTheRequestAndLeavesTheE
     storeSession(earlier, "the earlier session");
     const std::vector<std::string> stored = emulator().paths();
 
-    emulator().injectFault("drop_mid_body", 100, "/upload/drive/v3/files");
+    // The upload's session opens; each sending of its bytes breaks off half way.
+    emulator().injectFault("drop_mid_body", 100, "/upload/drive/v3/files", 1);
     const auto cut = request([&] { engine_->uploadBackupHistory(std::string(600 * 1024, 'h'), Date(800000000)); });
     EXPECT_TRUE(cut.failed);
     EXPECT_TRUE(engine_->hasError());
+    EXPECT_TRUE(emulator().waitForLine("PUT /upload/drive/v3/files"));
     emulator().injectFault("drop_mid_body", 0);
     EXPECT_EQ(emulator().paths(), stored) << "nothing of the cut session was stored";
 

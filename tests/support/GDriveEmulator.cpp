@@ -62,9 +62,9 @@ void GDriveEmulator::addFile(const std::string& path, const std::string& bytes) 
     process_->control("POST", "file?path=" + textutil::percentEncoded(path), bytes);
 }
 
-void GDriveEmulator::injectFault(const std::string& name, int count, const std::string& pathPrefix) const {
+void GDriveEmulator::injectFault(const std::string& name, int count, const std::string& pathPrefix, int skip) const {
     process_->control("POST", "fault?name=" + textutil::percentEncoded(name) + "&count=" + std::to_string(count) +
-                                  "&path=" + textutil::percentEncoded(pathPrefix));
+                                  "&path=" + textutil::percentEncoded(pathPrefix) + "&skip=" + std::to_string(skip));
 }
 
 std::string GDriveEmulator::grant(const std::string& authorizationAddress) const {

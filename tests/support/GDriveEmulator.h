@@ -54,8 +54,9 @@ public:
     // any, when empty) get it: expire_token, status_429, status_503, drop_mid_body,
     // malformed_json, huge_json, deep_json, hostile_listing, refuse_grant, invalid_grant.
     // Every run of the program starts with a token refresh (POST /o/oauth2/token), which an
-    // unnarrowed switch hits first. COUNT 0 clears the switch.
-    void injectFault(const std::string& name, int count = 1, const std::string& pathPrefix = "") const;
+    // unnarrowed switch hits first. The first SKIP of those requests pass untouched (the
+    // start of a resumable upload, before its bytes). COUNT 0 clears the switch.
+    void injectFault(const std::string& name, int count = 1, const std::string& pathPrefix = "", int skip = 0) const;
     // GETs the authorisation address the program printed, as a user who is logged in and
     // agrees, and answers where the service sent the browser ("http://127.0.0.1?code=...").
     std::string grant(const std::string& authorizationAddress) const;

@@ -73,7 +73,8 @@ auto GDriveClient::read(const RestReply& reply, Reader reader)
 }
 
 std::optional<GDriveAbout> GDriveClient::about() {
-    const auto reply = call(requestOf("GET", service_.apiUrl("/about?fields=" + textutil::percentEncoded("user,storageQuota"))));
+    const auto reply =
+        call(requestOf("GET", service_.apiUrl("/about?fields=" + textutil::percentEncoded("user,storageQuota"))));
     return reply ? read(*reply, GDriveReplies::about) : std::nullopt;
 }
 
@@ -151,7 +152,8 @@ bool GDriveClient::download(const GDriveFile& file, const std::string& localPath
     RestRequest request = requestOf("GET", service_.apiUrl("/files/" + file.id + "?alt=media"));
     request.downloadTo = localPath;
     const auto running = client_.start(std::move(request));
-    if (std::string error; !followTransfer(*running, TransferDisplay::Direction::Download, file.size.value_or(0), error)) {
+    if (std::string error;
+        !followTransfer(*running, TransferDisplay::Direction::Download, file.size.value_or(0), error)) {
         return running->reply().status != 0 ? failWith(running->reply()) : fail(error);
     }
     return true;

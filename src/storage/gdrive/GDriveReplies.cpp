@@ -17,9 +17,8 @@ constexpr std::size_t kLongestId = 256;
 
 bool isDriveId(const std::string& text) {
     return !text.empty() && text.size() <= kLongestId && std::all_of(text.begin(), text.end(), [](char c) {
-               return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' ||
-                      c == '-';
-           });
+        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || c == '-';
+    });
 }
 
 std::optional<nlohmann::json> object(std::string_view body, std::string& error) {

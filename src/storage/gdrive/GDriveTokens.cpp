@@ -47,9 +47,8 @@ bool GDriveTokens::refresh() {
 
 bool GDriveTokens::exchangeCode(const std::string& code, const std::string& verifier) {
     std::lock_guard lock(mutex_);
-    return grant("grant_type=authorization_code&code=" + textutil::percentEncoded(code) +
-                 "&code_verifier=" + textutil::percentEncoded(verifier) +
-                 "&redirect_uri=" + textutil::percentEncoded(kRedirectAddress));
+    return grant("grant_type=authorization_code&code=" + textutil::percentEncoded(code) + "&code_verifier=" +
+                 textutil::percentEncoded(verifier) + "&redirect_uri=" + textutil::percentEncoded(kRedirectAddress));
 }
 
 // Called with the lock held. A grant that brings a refresh token (a login's) stores it.

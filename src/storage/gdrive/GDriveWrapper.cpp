@@ -258,7 +258,8 @@ bool GDriveWrapper::uploadFromPath(const std::string& localPath, const std::opti
     const auto taken = client_.list(GDriveQuery::childNamed(parent->id, name));
     if (!taken) return false;
     const auto sameName = [&](const GDriveFile& file) { return file.name == name; };
-    if (std::any_of(taken->begin(), taken->end(), sameName)) return fail("<" + name + "> exists already in <" + parent->name + ">");
+    if (std::any_of(taken->begin(), taken->end(), sameName))
+        return fail("<" + name + "> exists already in <" + parent->name + ">");
     const auto sent = client_.upload(localPath, name, parent->id);
     if (!sent) {
         SH_LOG("Error <{}> while uploading <{}> to <{}>", errorMessage().value_or("(null)"), localPath, parent->name);
@@ -310,7 +311,8 @@ bool GDriveWrapper::getFile(const std::string& relativePath, const std::optional
                 const auto found = session->second.find(relativePath);
                 if (found != session->second.end()) file = found->second;
             }
-        } else if (const auto found = internalExistingFiles_.find(relativePath); found != internalExistingFiles_.end()) {
+        } else if (const auto found = internalExistingFiles_.find(relativePath);
+                   found != internalExistingFiles_.end()) {
             file = found->second;
         }
     }
@@ -364,8 +366,8 @@ bool GDriveWrapper::moveDeviceBackup(const std::string& from, const std::string&
     auto device = existing(internalAvailableDeviceBackups_, from);
     if (!device) return fail("Can't find <" + from + ">");
     if (!client_.rename(device->id, to)) {
-        SH_LOG("Error <{}> while moving <Stowhaven/{}> to <Stowhaven/{}> directory!",
-               errorMessage().value_or("(null)"), from, to);
+        SH_LOG("Error <{}> while moving <Stowhaven/{}> to <Stowhaven/{}> directory!", errorMessage().value_or("(null)"),
+               from, to);
         return false;
     }
     device->name = to;
