@@ -16,6 +16,7 @@
 #include "cli/StorageCommand.h"
 #include "cli/TerminalAlerts.h"
 #include "cli/TerminalFlow.h"
+#include "cli/VerifyCommand.h"
 #include "core/DeviceToolCheck.h"
 #include "core/LanguageOrder.h"
 #include "core/StowhavenAppDelegate.h"
@@ -149,6 +150,8 @@ int main(int argc, char** argv) {
 
     ShareCommands share;
     share.add(app);
+    VerifyCommand verify;
+    verify.add(app);
 
     std::string openTarget;
     JobRequest openRequest;
@@ -238,6 +241,7 @@ int main(int argc, char** argv) {
         if (backup->parsed()) status = BackupCommand::run(backupRequest, std::cout, std::cerr);
         if (restore->parsed()) status = RestoreCommand::run(restoreRequest, std::cout, std::cerr);
         if (share.parsed()) status = share.run(std::cout, std::cerr);
+        if (verify.parsed()) status = verify.run(std::cout, std::cerr);
         if (historyView->parsed())
             status = HistoryViewCommand::run(historyFile, historyViewAsJson, std::cout, std::cerr);
         delegate.applicationDidEnterBackground(status);

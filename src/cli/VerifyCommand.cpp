@@ -1,0 +1,124 @@
+#include "cli/VerifyCommand.h"
+
+#include "cli/CatalogueLoad.h"
+#include "cli/JobRequest.h"
+#include "cli/ProgressBar.h"
+#include "core/Supervisor.h"
+#include "platform/Terminal.h"
+#include "platform/dispatch/GlobalQueue.h"
+#include "platform/dispatch/MainQueue.h"
+#include "storage/StorageHelperProtocol.h"
+#include "storage/StorageLayout.h"
+#include "verify/HistoryFiles.h"
+#include "verify/SessionCheck.h"
+#include "verify/VerifyReport.h"
+
+#include <fmt/format.h>
+#include <fmt/ostream.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+
+namespace stowhaven {
+
+namespace {
+
+constexpr int kUsageError = 2;
+// No verification takes this long; one that does is left to end with the program.
+constexpr std::chrono::hours kLongestVerification{24};
+
+// The history files to verify among those listed (oldest first): the one of STAMP, all of
+// them, or the newest; nothing for a stamp that isn't there.
+std::optional<std::vector<std::string>> chosen(const std::vector<std::string>& listed,
+                                               const std::optional<std::string>& stamp, bool all) {
+    if (all) return listed;
+    if (!stamp) return listed.empty() ? listed : std::vector<std::string>{listed.back()};
+    const auto date = StorageLayout::dateOfStamp(*stamp);
+    if (!date) return std::nullopt;
+    const std::string name = StorageLayout::historyFileName(*date);
+    if (std::find(listed.begin(), listed.end(), name) == listed.end()) return std::nullopt;
+    return std::vector<std::string>{name};
+}
+
+// The progress of the item in hand on standard error, redrawn in place on a terminal.
+class VerifyProgress {
+public:
+    explicit VerifyProgress(std::ostream& errors)
+        : bar_(errors, Terminal::isStandardErrorATerminal(), Terminal::standardErrorWidth()) {}
+
+    void show(const std::string& stamp, const std::string& item, std::optional<double> fraction) {
+        bar_.setText(fmt::format("Verifying {} {}", stamp, item));
+        if (fraction) bar_.setFraction(*fraction);
+    }
+    void finish() { bar_.finish(); }
+
+private:
+    ProgressBar bar_;
+};
+
+}  // namespace
+
+void VerifyCommand::add(CLI::App& app) {
+    command_ = app.add_subcommand(
+        "verify", "Check that the newest session (or another, or all) on the current storage would restore whole");
+    auto* session = command_->add_option("--session", session_, "The session's stamp, as the history lists it");
+    auto* all = command_->add_flag("--all", all_, "Every session of this device on the storage");
+    session->excludes(all);
+    command_->add_option("--key-file", keyFile_,
+                         "A file whose first line is the key (or set STOWHAVEN_KEY; without either, the key the "
+                         "session keeps)");
+    command_->add_flag("--json", asJson_, "One JSON object a line, the summary last");
+}
+
+int VerifyCommand::run(std::ostream& out, std::ostream& errors) const {
+    const auto presets = JobRequest{{}, keyFile_}.presets(errors);
+    if (!presets) return kUsageError;
+    Supervisor& supervisor = Supervisor::shared();
+    startStorageEngine();
+    const auto engine = supervisor.currentStorageEngine();
+    const std::string engineName = supervisor.storageEngineName();
+    if (!engine || supervisor.isStorageAddressbook()) {
+        fmt::print(errors, "stowhaven: {} keeps no archives to verify\n", engineName);
+        return kUsageError;
+    }
+    // The engine is asked from a background thread, as every job asks it, while the main
+    // queue serves its retries and the signals.
+    std::atomic<int> status = -1;
+    GlobalQueue::get(GlobalQueue::Priority::Default).async([&] {
+        const auto sessions = chosen(HistoryFiles::listed(*engine), session_, all_);
+        if (!sessions) {
+            fmt::print(errors, "stowhaven: no session {} on {} (see stowhaven history)\n", session_.value_or(""),
+                       engineName);
+            status = kUsageError;
+            return;
+        }
+        if (sessions->empty()) {
+            fmt::print(errors, "stowhaven: there is no session to verify on {}\n", engineName);
+            status = 1;
+            return;
+        }
+        const auto fetched = HistoryFiles::fetch(*engine, *sessions);
+        VerifyReport report(out, asJson_);
+        VerifyProgress progress(errors);
+        for (const std::string& name : *sessions) {
+            const auto date = StorageLayout::dateOfHistoryFile(name);
+            if (auto* preloading = answersTo<FileRefPreloading>(engine); preloading && date) {
+                preloading->preloadFileRefUsingDate(*date);
+            }
+            const auto local = fetched.find(name);
+            SessionCheck check(*engine, report, [&](const std::string& item, std::optional<double> fraction) {
+                progress.show(date ? StorageLayout::stamp(*date) : name, item, fraction);
+            });
+            check.run(name, local != fetched.end() ? std::optional(local->second) : std::nullopt, presets->key);
+        }
+        progress.finish();
+        report.summary(sessions->size());
+        status = report.allSound() ? 0 : 1;
+    });
+    MainQueue::shared().runUntil([&status] { return status.load() >= 0; }, kLongestVerification);
+    supervisor.removeTemporaryFiles();
+    return status.load() >= 0 ? status.load() : 1;
+}
+
+}  // namespace stowhaven
