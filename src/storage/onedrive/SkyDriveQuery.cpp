@@ -56,20 +56,22 @@ std::optional<RestReply> SkyDriveQuery::withRetries(const Attempt& attempt, bool
         std::string error;
         RestReply reply = attempt(error);
         if (reply.isSuccess() || (redirectIsAnswer && isRedirect(reply))) return reply;
-        if (Supervisor::shared().isCanceled()) return fail("Operation canceled!");
         const auto pause = SkyDriveRetryRule::pauseAfter(reply);
-        if (!pause || retry >= SkyDriveRetryRule::kMaximumRetries) {
+        const bool retrying = pause && retry < SkyDriveRetryRule::kMaximumRetries;
+        if (retrying) {
+            const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(*pause).count();
+            SH_LOG("Throttling: Retry {}/{} after {} seconds", retry, SkyDriveRetryRule::kMaximumRetries, seconds);
+            Supervisor::shared().notifyProgress(
+                std::nullopt, fmt::format("{}Retrying {}/{} in {}s...", *pause > SkyDriveRetryRule::kPause ? "Throttling: " : "",
+                                          retry, SkyDriveRetryRule::kMaximumRetries, seconds));
+        }
+        if (Supervisor::shared().isCanceled()) return fail("Operation canceled!");
+        if (!retrying) {
             // A refused refresh tells more than the 401 it left.
             const auto tokenError = reply.status == 401 ? tokens_->lastError() : std::nullopt;
             if (tokenError) return fail(*tokenError);
-            return fail(reply.status != 0 ? SkyDriveReplies::errorText(reply)
-                                          : (error.empty() ? SkyDriveReplies::errorText(reply) : error));
+            return fail(reply.status != 0 || error.empty() ? SkyDriveReplies::errorText(reply) : error);
         }
-        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(*pause).count();
-        SH_LOG("Throttling: Retry {}/{} after {} seconds", retry, SkyDriveRetryRule::kMaximumRetries, seconds);
-        Supervisor::shared().notifyProgress(
-            std::nullopt, fmt::format("{}Retrying {}/{} in {}s...", *pause > SkyDriveRetryRule::kPause ? "Throttling: " : "",
-                                      retry, SkyDriveRetryRule::kMaximumRetries, seconds));
         if (!waitUnlessCanceled(*pause)) return fail("Operation canceled!");
     }
 }
