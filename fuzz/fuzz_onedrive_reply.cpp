@@ -20,7 +20,8 @@ void expectClean(const SkyDriveEntry& entry) {
     fuzz::expect(entry.id.find('/') == std::string::npos && entry.id.find("..") == std::string::npos,
                  "no id reaches outside its path segment");
     fuzz::expect(isOneFileName(entry.name), "every name is one clean path component");
-    fuzz::expect(!entry.parentId || SkyDriveReplies::isItemId(*entry.parentId), "a parent's id has the service's shape");
+    fuzz::expect(!entry.parentId || SkyDriveReplies::isItemId(*entry.parentId),
+                 "a parent's id has the service's shape");
 }
 
 template <typename Reader>

@@ -42,9 +42,9 @@ public:
         Supervisor& supervisor = scope.supervisor();
         supervisor.lowLevelStorePreferencesData(PlistValue(tokens.accessToken), SkyDriveTokens::kAccessTokenKey);
         supervisor.lowLevelStorePreferencesData(PlistValue(tokens.refreshToken), SkyDriveTokens::kRefreshTokenKey);
-        supervisor.lowLevelStorePreferencesData(
-            PlistValue(Platform::current().clock().date().dateByAddingTimeInterval(static_cast<double>(tokens.expiresIn))),
-            SkyDriveTokens::kExpiryDateKey);
+        supervisor.lowLevelStorePreferencesData(PlistValue(Platform::current().clock().date().dateByAddingTimeInterval(
+                                                    static_cast<double>(tokens.expiresIn))),
+                                                SkyDriveTokens::kExpiryDateKey);
         supervisor.setStorageToSkyDrive();
     }
     std::shared_ptr<StorageHelperProtocol> start() override { return SkyDriveHelper::createSkyDriveHelper(); }
@@ -53,11 +53,10 @@ public:
 };
 
 INSTANTIATE_TEST_SUITE_P(OneDrive, StorageEngineContractTest,
-                         ::testing::Values(EngineKind{"OneDrive",
-                                                      [](test::SupervisorScope& scope) {
-                                                          return std::make_unique<OneDriveEngine>(scope);
-                                                      },
-                                                      test::OneDriveEmulator::isAvailable}),
+                         ::testing::Values(EngineKind{
+                             "OneDrive",
+                             [](test::SupervisorScope& scope) { return std::make_unique<OneDriveEngine>(scope); },
+                             test::OneDriveEmulator::isAvailable}),
                          engineKindName);
 
 class OneDriveEngineTest : public ::testing::Test {
@@ -76,7 +75,9 @@ protected:
         engine_ = SkyDriveHelper::createSkyDriveHelper();
         return engine_;
     }
-    std::string stored(const char* key) { return supervisor().lowLevelGetStringPreferencesDataForKey(key).value_or(""); }
+    std::string stored(const char* key) {
+        return supervisor().lowLevelGetStringPreferencesDataForKey(key).value_or("");
+    }
     test::RequestOutcome request(const std::function<void()>& operation) { return test::request(*engine_, operation); }
     bool succeeds(const std::function<void()>& operation) { return request(operation).succeeded; }
     std::string error() { return engine_->errorMessage().value_or("no error"); }
@@ -160,14 +161,16 @@ TEST_F(OneDriveEngineTest, FailuresAreTriedElevenTimesAThrottlingWaitIsTheServic
     EXPECT_EQ(FileManager::contentsOfFile(TemporaryDirectory::path() + "/" + StorageLayout::historyFileName(date)),
               "the history");
     const auto paths = emulator().paths();
-    EXPECT_EQ(std::count_if(paths.begin(), paths.end(), [](const std::string& path) { return path.ends_with(".idx.pdf"); }),
-              0);
+    EXPECT_EQ(
+        std::count_if(paths.begin(), paths.end(), [](const std::string& path) { return path.ends_with(".idx.pdf"); }),
+        0);
 
     // A throttled request waits the figure of the service's message plus 60 seconds, unless
     // the job is canceled, which ends the wait at once.
     test::CapturedLog log;
     emulator().injectThrottling(30, 1, "/v5.0/");
-    auto throttled = std::async(std::launch::async, [&] { return request([&] { engine_->createDirectoryDated(Date(810000000)); }); });
+    auto throttled = std::async(std::launch::async,
+                                [&] { return request([&] { engine_->createDirectoryDated(Date(810000000)); }); });
     ASSERT_TRUE(emulator().waitForLine("POST /v5.0/"));
     supervisor().handleProgressCanceled();
     const auto canceled = throttled.get();
@@ -244,7 +247,8 @@ TEST_F(OneDriveEngineTest, ARestoreFetchesTheSessionsFilesByTheEntriesOfOneWalkW
     }
 }
 
-TEST_F(OneDriveEngineTest, TheTerminalLoginTradesTheCodeOfItsOwnAddressMakesTheDeviceFolderAndARefusalEndsWithTheServicesWords) {
+TEST_F(OneDriveEngineTest,
+       TheTerminalLoginTradesTheCodeOfItsOwnAddressMakesTheDeviceFolderAndARefusalEndsWithTheServicesWords) {
     SkyDriveTokens::unlink();
     supervisor().setStorageToLocal();
     SkyDriveLogin login;

@@ -65,8 +65,8 @@ void OneDriveEmulator::injectFault(const std::string& name, int count, const std
 }
 
 void OneDriveEmulator::injectThrottling(int seconds, int count, const std::string& pathPrefix) const {
-    process_->control("POST", "fault?name=status_429&count=" + std::to_string(count) +
-                                  "&path=" + textutil::percentEncoded(pathPrefix) + "&seconds=" + std::to_string(seconds));
+    process_->control("POST", "fault?name=status_429&count=" + std::to_string(count) + "&path=" +
+                                  textutil::percentEncoded(pathPrefix) + "&seconds=" + std::to_string(seconds));
 }
 
 std::string OneDriveEmulator::grant(const std::string& authorizationAddress) const {

@@ -62,8 +62,9 @@ std::optional<RestReply> SkyDriveQuery::withRetries(const Attempt& attempt, bool
             const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(*pause).count();
             SH_LOG("Throttling: Retry {}/{} after {} seconds", retry, SkyDriveRetryRule::kMaximumRetries, seconds);
             Supervisor::shared().notifyProgress(
-                std::nullopt, fmt::format("{}Retrying {}/{} in {}s...", *pause > SkyDriveRetryRule::kPause ? "Throttling: " : "",
-                                          retry, SkyDriveRetryRule::kMaximumRetries, seconds));
+                std::nullopt,
+                fmt::format("{}Retrying {}/{} in {}s...", *pause > SkyDriveRetryRule::kPause ? "Throttling: " : "",
+                            retry, SkyDriveRetryRule::kMaximumRetries, seconds));
         }
         if (Supervisor::shared().isCanceled()) return fail("Operation canceled!");
         if (!retrying) {
@@ -90,12 +91,13 @@ std::optional<RestReply> SkyDriveQuery::perform(RestRequest request, bool redire
 std::optional<RestReply> SkyDriveQuery::transfer(const RestRequest& request, TransferDisplay::Direction direction,
                                                  std::int64_t size) {
     errors_.setErrorMessage(std::nullopt);
-    return withRetries([&](std::string& error) {
-        const auto running = client_.start(triedOnce(request));
-        followTransfer(*running, direction, size, error);
-        return running->reply();
-    },
-                       false);
+    return withRetries(
+        [&](std::string& error) {
+            const auto running = client_.start(triedOnce(request));
+            followTransfer(*running, direction, size, error);
+            return running->reply();
+        },
+        false);
 }
 
 }  // namespace stowhaven

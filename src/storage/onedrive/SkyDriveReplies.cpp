@@ -133,7 +133,8 @@ std::optional<int> throttleSeconds(std::string_view body) {
     const std::string_view rest = std::string_view(message).substr(after + 7);
     int seconds = 0;
     const auto [end, failure] = std::from_chars(rest.data(), rest.data() + rest.size(), seconds);
-    if (failure != std::errc() || seconds < 0 || !std::string_view(end, rest.data() + rest.size()).starts_with(" seconds"))
+    if (failure != std::errc() || seconds < 0 ||
+        !std::string_view(end, rest.data() + rest.size()).starts_with(" seconds"))
         return std::nullopt;
     return seconds;
 }

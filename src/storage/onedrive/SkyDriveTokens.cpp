@@ -31,7 +31,8 @@ std::optional<std::string> SkyDriveTokens::header() {
     const auto expiry = Supervisor::shared().lowLevelGetDatePreferencesDataForKey(kExpiryDateKey);
     if (stored(kAccessTokenKey) && (!expiry || *expiry <= now())) {
         SH_LOG("The access token has expired: refreshing it...");
-        if (const auto token = stored(kRefreshTokenKey)) grant("refresh_token", "&refresh_token=" + textutil::percentEncoded(*token));
+        if (const auto token = stored(kRefreshTokenKey))
+            grant("refresh_token", "&refresh_token=" + textutil::percentEncoded(*token));
     }
     const auto token = stored(kAccessTokenKey);
     if (!token) return std::nullopt;
@@ -63,8 +64,8 @@ bool SkyDriveTokens::grant(const std::string& grantType, const std::string& para
     RestRequest request;
     request.url = service_.tokenUrl() + "?client_id=" + textutil::percentEncoded(*service_.clientId) +
                   "&redirect_uri=" + textutil::percentEncoded(service_.redirectUri()) +
-                  "&client_secret=" + textutil::percentEncoded(*service_.clientSecret) +
-                  "&grant_type=" + grantType + parameters;
+                  "&client_secret=" + textutil::percentEncoded(*service_.clientSecret) + "&grant_type=" + grantType +
+                  parameters;
     request.anonymous = true;
     const RestReply reply = client_.perform(request);
     std::string error;

@@ -43,8 +43,7 @@ public:
 private:
     // Called with the lock held.
     bool grant(const std::string& grantType, const std::string& parameters);
-    void storeTokenInfos(const std::string& accessToken, const std::optional<std::string>& refreshToken,
-                         Date expiry);
+    void storeTokenInfos(const std::string& accessToken, const std::optional<std::string>& refreshToken, Date expiry);
 
     SkyDriveService service_;
     // A client of its own: a refresh happens in the middle of another client's request.

@@ -137,11 +137,12 @@ std::optional<SkyDriveEntry> SkyDriveWrapper::uploadFile(const std::string& loca
     if (!isReady()) return std::nullopt;
     if (!FileManager::isRegularFile(localPath)) return query_.fail(localPath + " is no file to send");
     const std::string name = std::filesystem::path(localPath).filename().string() + std::string(kStoredSuffix);
-    RestRequest request = requestOf(
-        "PUT", service_.itemUrl(folderId) + "/files/" + textutil::percentEncoded(name) + "?overwrite=false");
+    RestRequest request =
+        requestOf("PUT", service_.itemUrl(folderId) + "/files/" + textutil::percentEncoded(name) + "?overwrite=false");
     request.file = RestRequest::FileBody{localPath, 0, std::nullopt};
     const auto size = static_cast<std::int64_t>(FileManager::sizeOfItem(localPath));
-    auto stored = read(query_.transfer(request, TransferDisplay::Direction::Upload, size), SkyDriveReplies::uploadedFile);
+    auto stored =
+        read(query_.transfer(request, TransferDisplay::Direction::Upload, size), SkyDriveReplies::uploadedFile);
     if (stored) stored->parentId = folderId;
     return stored;
 }
