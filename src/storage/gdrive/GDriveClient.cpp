@@ -34,7 +34,9 @@ std::string fieldsQuery(const char* fields) { return "fields=" + textutil::perce
 }  // namespace
 
 GDriveClient::GDriveClient(GDriveService service, AbstractStorageWrapper& errors)
-    : service_(std::move(service)), errors_(errors), tokens_(std::make_shared<GDriveTokens>(service_)) {
+    : service_(std::move(service)),
+      errors_(errors),
+      tokens_(std::make_shared<OAuth2Tokens>(GDriveTokens::account(service_))) {
     client_.setAuthorization(tokens_);
     client_.addSecret(service_.clientSecret.value_or(""));
 }

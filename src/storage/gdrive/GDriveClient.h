@@ -22,7 +22,7 @@ class GDriveClient {
 public:
     GDriveClient(GDriveService service, AbstractStorageWrapper& errors);
 
-    GDriveTokens& tokens() { return *tokens_; }
+    OAuth2Tokens& tokens() { return *tokens_; }
     const GDriveService& service() const { return service_; }
 
     // drive.about.get with the fields "user,storageQuota".
@@ -53,7 +53,7 @@ private:
 
     GDriveService service_;
     AbstractStorageWrapper& errors_;
-    std::shared_ptr<GDriveTokens> tokens_;
+    std::shared_ptr<OAuth2Tokens> tokens_;
     // Calls on one REST client must not overlap; transfers run on connections of their own.
     std::mutex mutex_;
     RestClient client_;

@@ -98,7 +98,7 @@ void GDriveHelper::connect() {
 
 std::optional<std::string> GDriveHelper::logInWithCode(const std::string& code, const std::string& verifier) {
     beginRequest();
-    if (!drive().client().tokens().exchangeCode(code, verifier)) {
+    if (!drive().client().tokens().exchangeCode(code, GDriveTokens::codeExchangeForm(verifier))) {
         NotificationCenter::defaultCenter().post("GDRIVE_DISCONNECTED");
         return drive().client().tokens().lastError().value_or("Google Drive refused the login");
     }

@@ -378,8 +378,7 @@ bool GDriveWrapper::moveDeviceBackup(const std::string& from, const std::string&
 }
 
 void GDriveWrapper::disconnect() {
-    unlink();
-    client_.tokens().forget();
+    client_.tokens().revoke();
     initialized_ = false;
     std::lock_guard lock(mutex_);
     rootDirectoryObject_.reset();
