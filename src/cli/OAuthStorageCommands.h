@@ -12,8 +12,8 @@ namespace stowhaven {
 
 // The cloud engines whose login goes through the service's page in a browser, from the
 // command line:
-//   storage login dropbox|box [--code VALUE]
-//   storage logout dropbox|box
+//   storage login dropbox|box|gdrive|onedrive [--code VALUE]
+//   storage logout dropbox|box|gdrive|onedrive
 // Without --code the login prints the address to open, on any machine, and reads back what
 // the service handed the user there (the code, or the whole address it went to); without a
 // terminal to read it on, it ends with status 2 and says to run again with --code.
@@ -35,7 +35,10 @@ private:
     int logIn(const Engine& engine, std::ostream& out, std::ostream& errors);
     int logOut(const Engine& engine, std::ostream& out);
 
-    Engine engines_[2] = {{"dropbox", StorageType::Dropbox}, {"box", StorageType::Box}};
+    Engine engines_[4] = {{"dropbox", StorageType::Dropbox},
+                          {"box", StorageType::Box},
+                          {"gdrive", StorageType::GDrive},
+                          {"onedrive", StorageType::SkyDrive}};
     std::optional<std::string> code_;
 };
 

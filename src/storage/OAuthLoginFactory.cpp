@@ -4,6 +4,8 @@
 
 #include "storage/box/BoxLogin.h"
 #include "storage/dropbox/DropboxLogin.h"
+#include "storage/gdrive/GDriveLogin.h"
+#include "storage/onedrive/SkyDriveLogin.h"
 
 #include <openssl/rand.h>
 
@@ -15,6 +17,10 @@ std::unique_ptr<OAuthLogin> makeOAuthLogin(StorageType type) {
             return std::make_unique<DropboxLogin>();
         case StorageType::Box:
             return std::make_unique<BoxLogin>();
+        case StorageType::GDrive:
+            return std::make_unique<GDriveLogin>();
+        case StorageType::SkyDrive:
+            return std::make_unique<SkyDriveLogin>();
         default:
             return nullptr;
     }

@@ -4,7 +4,9 @@
 #include "storage/box/BoxHelper.h"
 #include "storage/dropbox/DropboxHelper.h"
 #include "storage/ftp/FTPHelper.h"
+#include "storage/gdrive/GDriveHelper.h"
 #include "storage/local/LocalStorageHelper.h"
+#include "storage/onedrive/SkyDriveHelper.h"
 #include "storage/owncloud/OwnCloudHelper.h"
 
 namespace stowhaven {
@@ -20,6 +22,10 @@ std::shared_ptr<StorageHelperProtocol> builtInEngine(StorageType type) {
             return BoxHelper::createBoxHelper();
         case StorageType::FTP:
             return FTPHelper::createFTPHelper();
+        case StorageType::GDrive:
+            return GDriveHelper::createGDriveHelper();
+        case StorageType::SkyDrive:
+            return SkyDriveHelper::createSkyDriveHelper();
         default:
             return OwnCloudHelper::createOwnCloudHelper();
     }
@@ -31,12 +37,12 @@ std::shared_ptr<StorageHelperProtocol> createStorageEngine(StorageType type) {
     switch (type) {
         case StorageType::Addressbook:
         case StorageType::SugarSync:
-        case StorageType::SkyDrive:
-        case StorageType::GDrive:
             // Made by the factory its engine registered, if any.
             return StorageEngines::create(type);
         case StorageType::Dropbox:
         case StorageType::Box:
+        case StorageType::GDrive:
+        case StorageType::SkyDrive:
         case StorageType::FTP:
         case StorageType::OwnCloud:
             // A factory registered in its place (a test's) goes first.

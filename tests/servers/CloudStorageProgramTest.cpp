@@ -8,12 +8,15 @@
 #include "support/BoxEmulator.h"
 #include "support/DemoRestore.h"
 #include "support/DropboxEmulator.h"
+#include "support/GDriveEmulator.h"
+#include "support/OneDriveEmulator.h"
 #include "support/SandboxDevice.h"
 #include "support/TextLines.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <string>
@@ -22,6 +25,19 @@
 namespace stowhaven {
 namespace {
 
+test::ProgramOutcome runWith(const std::string& environment, const test::SandboxDevice& device,
+                             const std::string& arguments) {
+    return device.run(arguments + " </dev/null", environment);
+}
+
+// The address the login printed to open in a browser.
+std::string addressIn(const std::string& output) {
+    for (const std::string& line : test::linesOf(output)) {
+        if (line.starts_with("  http")) return textutil::trimmed(line);
+    }
+    return "";
+}
+
 // A service of the test's own, and what differs between them.
 class CloudUnderTest {
 public:
@@ -29,14 +45,34 @@ public:
     // "dropbox": the engine's name on the command line.
     virtual std::string name() const = 0;
     virtual std::string environment() const = 0;
-    // Where the service sends a browser that agreed at ADDRESS.
-    virtual std::string grant(const std::string& address) const = 0;
+    // The login as a script does it.
+    virtual test::ProgramOutcome logIn(const test::SandboxDevice& device) const = 0;
     // The next COUNT uploads of a file's bytes get the switch.
     virtual void faultUploads(const std::string& fault, int count) const = 0;
+    // The next login is refused.
     virtual void refuseGrants() const = 0;
+    // The settings that hold the account's tokens or password.
+    virtual std::vector<std::string> secretKeys() const = 0;
 };
 
-class DropboxUnderTest final : public CloudUnderTest {
+// A service whose login goes through its page in a browser.
+class BrowserCloudUnderTest : public CloudUnderTest {
+public:
+    // Where the service sends a browser that agreed at ADDRESS.
+    virtual std::string grant(const std::string& address) const = 0;
+
+    // The address printed, opened, and the answer handed back.
+    test::ProgramOutcome logIn(const test::SandboxDevice& device) const override {
+        const auto asked = runWith(environment(), device, "storage login " + name());
+        EXPECT_EQ(asked.status, 2) << asked.output << asked.errors;
+        EXPECT_NE(asked.errors.find("--code"), std::string::npos) << asked.errors;
+        const std::string address = addressIn(asked.output);
+        EXPECT_FALSE(address.empty()) << asked.output;
+        return runWith(environment(), device, "storage login " + name() + " --code '" + grant(address) + "'");
+    }
+};
+
+class DropboxUnderTest final : public BrowserCloudUnderTest {
 public:
     std::string name() const override { return "dropbox"; }
     std::string environment() const override { return service_.environment(); }
@@ -45,12 +81,13 @@ public:
         service_.injectFault(fault, count, "/1/chunked_upload");
     }
     void refuseGrants() const override { service_.injectFault("refuse_grant", 1, "/1/connect_login"); }
+    std::vector<std::string> secretKeys() const override { return {"kDBDropboxSavedCredentials"}; }
 
 private:
     test::DropboxEmulator service_;
 };
 
-class BoxUnderTest final : public CloudUnderTest {
+class BoxUnderTest final : public BrowserCloudUnderTest {
 public:
     std::string name() const override { return "box"; }
     std::string environment() const override { return service_.environment(); }
@@ -59,9 +96,41 @@ public:
         service_.injectFault(fault, count, "/api/2.0/files/content");
     }
     void refuseGrants() const override { service_.injectFault("refuse_grant", 1, "/api/oauth2/authorize"); }
+    std::vector<std::string> secretKeys() const override { return {"box_api_refresh_token"}; }
 
 private:
     test::BoxEmulator service_;
+};
+
+class GDriveUnderTest final : public BrowserCloudUnderTest {
+public:
+    std::string name() const override { return "gdrive"; }
+    std::string environment() const override { return service_.environment(); }
+    std::string grant(const std::string& address) const override { return service_.grant(address); }
+    void faultUploads(const std::string& fault, int count) const override {
+        service_.injectFault(fault, count, "/upload/drive/v3/files");
+    }
+    void refuseGrants() const override { service_.injectFault("refuse_grant", 1, "/o/oauth2"); }
+    std::vector<std::string> secretKeys() const override { return {"Stowhaven_v7_GDRIVE"}; }
+
+private:
+    test::GDriveEmulator service_;
+};
+
+class OneDriveUnderTest final : public BrowserCloudUnderTest {
+public:
+    std::string name() const override { return "onedrive"; }
+    std::string environment() const override { return service_.environment(); }
+    std::string grant(const std::string& address) const override { return service_.grant(address); }
+    // Uploads are PUTs of a folder's files/NAME: the only PUTs with "/files/" in them.
+    void faultUploads(const std::string& fault, int count) const override {
+        service_.injectFault(fault, count, "/v5.0/folder.");
+    }
+    void refuseGrants() const override { service_.injectFault("refuse_grant", 1, "/oauth20_authorize.srf"); }
+    std::vector<std::string> secretKeys() const override { return {"SKYDRIVE_ACCESS_TOKEN", "SKYDRIVE_REFRESH_TOKEN"}; }
+
+private:
+    test::OneDriveEmulator service_;
 };
 
 struct CloudKind {
@@ -73,8 +142,9 @@ void PrintTo(const CloudKind& kind, std::ostream* out) { *out << kind.name; }
 
 std::string cloudKindName(const ::testing::TestParamInfo<CloudKind>& kind) { return kind.param.name; }
 
-// Every long text kept under the settings that hold the services' tokens.
-std::vector<std::string> storedTokens(const test::SandboxDevice& device) {
+// Every text of 16 characters or more kept under the settings that hold the service's tokens
+// or password.
+std::vector<std::string> storedSecrets(const CloudUnderTest& cloud, const test::SandboxDevice& device) {
     const auto settings = nlohmann::json::parse(device.run("settings --json --show-secrets").output);
     std::vector<std::string> tokens;
     const std::function<void(const nlohmann::json&)> collect = [&](const nlohmann::json& value) {
@@ -85,31 +155,14 @@ std::vector<std::string> storedTokens(const test::SandboxDevice& device) {
     };
     for (const auto& entry : settings) {
         const std::string key = entry.value("key", "");
-        if (key == "kDBDropboxSavedCredentials" || key == "box_api_refresh_token") collect(entry["value"]);
+        const auto keys = cloud.secretKeys();
+        if (std::find(keys.begin(), keys.end(), key) != keys.end()) collect(entry["value"]);
     }
     return tokens;
 }
 
-// The address the login printed to open in a browser.
-std::string addressIn(const std::string& output) {
-    for (const std::string& line : test::linesOf(output)) {
-        if (line.starts_with("  http")) return textutil::trimmed(line);
-    }
-    return "";
-}
-
 test::ProgramOutcome run(const CloudUnderTest& cloud, const test::SandboxDevice& device, const std::string& arguments) {
-    return device.run(arguments + " </dev/null", cloud.environment());
-}
-
-// The login as a script does it: the address printed, opened, and the answer handed back.
-test::ProgramOutcome logIn(const CloudUnderTest& cloud, const test::SandboxDevice& device) {
-    const auto asked = run(cloud, device, "storage login " + cloud.name());
-    EXPECT_EQ(asked.status, 2) << asked.output << asked.errors;
-    EXPECT_NE(asked.errors.find("--code"), std::string::npos) << asked.errors;
-    const std::string address = addressIn(asked.output);
-    EXPECT_FALSE(address.empty()) << asked.output;
-    return run(cloud, device, "storage login " + cloud.name() + " --code '" + cloud.grant(address) + "'");
+    return runWith(cloud.environment(), device, arguments);
 }
 
 class CloudStorageProgramTest : public ::testing::TestWithParam<CloudKind> {
@@ -122,7 +175,7 @@ protected:
     test::ProgramOutcome run(const test::SandboxDevice& device, const std::string& arguments) const {
         return stowhaven::run(*cloud_, device, arguments);
     }
-    test::ProgramOutcome logIn(const test::SandboxDevice& device) const { return stowhaven::logIn(*cloud_, device); }
+    test::ProgramOutcome logIn(const test::SandboxDevice& device) const { return cloud_->logIn(device); }
 
     std::unique_ptr<CloudUnderTest> cloud_;
 };
@@ -137,7 +190,7 @@ TEST_P(CloudStorageProgramTest, ABackupGoesToTheServiceAndComesBackOntoAFreshDev
     ASSERT_EQ(backup.status, 0) << backup.output << backup.errors;
     const auto history = run(original, "history");
     EXPECT_NE(history.output.find("To the cloud"), std::string::npos) << history.output << history.errors;
-    const auto tokens = storedTokens(original);
+    const auto tokens = storedSecrets(*cloud_, original);
     EXPECT_FALSE(tokens.empty()) << "the login kept its tokens";
     const std::string settings = run(original, "settings --json").output;
     for (const std::string& token : tokens) EXPECT_EQ(settings.find(token), std::string::npos) << "masked: " << token;
@@ -183,7 +236,7 @@ TEST(DropboxStorageProgramTest, AnotherDevicesBackupIsTakenOverByACopy) {
     const DropboxUnderTest dropbox;
     const test::SandboxDevice device("minimal");
     ASSERT_TRUE(device.turnOn({"AutoScanPkgEnabled"}));
-    ASSERT_EQ(logIn(dropbox, device).status, 0);
+    ASSERT_EQ(dropbox.logIn(device).status, 0);
     ASSERT_EQ(run(dropbox, device, "backup --yes --title 'Of the old phone'").status, 0);
     const auto listed = nlohmann::json::parse(run(dropbox, device, "devices --json").output);
     ASSERT_EQ(listed.size(), 1u);
@@ -201,7 +254,9 @@ TEST(DropboxStorageProgramTest, AnotherDevicesBackupIsTakenOverByACopy) {
 
 INSTANTIATE_TEST_SUITE_P(Services, CloudStorageProgramTest,
                          ::testing::Values(CloudKind{"dropbox", [] { return std::make_unique<DropboxUnderTest>(); }},
-                                           CloudKind{"box", [] { return std::make_unique<BoxUnderTest>(); }}),
+                                           CloudKind{"box", [] { return std::make_unique<BoxUnderTest>(); }},
+                                           CloudKind{"gdrive", [] { return std::make_unique<GDriveUnderTest>(); }},
+                                           CloudKind{"onedrive", [] { return std::make_unique<OneDriveUnderTest>(); }}),
                          cloudKindName);
 
 }  // namespace
