@@ -1,0 +1,217 @@
+// The SugarSync engine's work on sessions: folders and file entries made in this device's
+// folder by reference, and files found by name among the listed entries.
+
+#include "core/BackupSession.h"
+#include "platform/FileManager.h"
+#include "platform/FileModes.h"
+#include "platform/FileNames.h"
+#include "platform/Log.h"
+#include "platform/TemporaryDirectory.h"
+#include "storage/StorageLayout.h"
+#include "storage/sugarsync/SugarSyncHelper.h"
+#include "storage/sugarsync/SugarSyncWrapper.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace stowhaven {
+
+namespace {
+
+// What every uploaded file is stored as.
+constexpr const char* kMediaType = "application/x-compressed";
+
+}  // namespace
+
+// A file entry that got no content stays out of every listing: a failed upload leaves
+// nothing that reads as a file.
+bool SugarSyncHelper::store(const std::string& localPath, const std::string& name, const std::string& folderRef) {
+    const auto fileRef = sugarSync().createFile(name, kMediaType, folderRef);
+    return fileRef && sugarSync().putDataPath(localPath, *fileRef);
+}
+
+void SugarSyncHelper::uploadBackupHistory(const std::string& historyText, Date date) {
+    beginRequest();
+    SH_LOG("Backup data size: {:.2f}Kb", static_cast<double>(historyText.size()) / 1024);
+    const std::string name = StorageLayout::historyFileName(date);
+    std::optional<std::string> main;
+    {
+        std::lock_guard lock(mutex_);
+        main = mainFolderRef_;
+    }
+    const auto files = existingFiles();
+    if (!main) {
+        failWith("SugarSync isn't ready: the device's folder is unknown");
+        return performFailureSelector();
+    }
+    if (std::find(files.begin(), files.end(), name) != files.end()) {
+        failWith("A session of that date is stored already: <" + name + ">");
+        return performFailureSelector();
+    }
+    const std::string path = TemporaryDirectory::path() + "/" + name;
+    std::string error;
+    bool succeeded = FileManager::writeFile(path, historyText, &error, FileModes::kPrivateFile);
+    if (!succeeded) failWith(error);
+    succeeded = succeeded && store(path, name, *main);
+    FileManager::removeItem(path);
+    if (succeeded) addExistingFile(name);
+    finish(succeeded);
+}
+
+void SugarSyncHelper::uploadFile(const std::string& path, Date date, const std::optional<std::string>& directory) {
+    beginRequest();
+    const std::string folderName = directory.value_or(StorageLayout::stamp(date));
+    const auto folder = findFolderRefForName(folderName);
+    if (!folder) {
+        failWith("Can't find directory <" + folderName + ">");
+        return performFailureSelector();
+    }
+    finish(store(path, std::filesystem::path(path).filename().string(), *folder));
+}
+
+void SugarSyncHelper::createDirectoryDated(Date date) {
+    beginRequest();
+    const std::string stamp = StorageLayout::stamp(date);
+    std::optional<std::string> main;
+    {
+        std::lock_guard lock(mutex_);
+        main = mainFolderRef_;
+    }
+    const auto ref = main ? sugarSync().createFolder(stamp, *main) : std::nullopt;
+    if (!main) failWith("SugarSync isn't ready: the device's folder is unknown");
+    if (ref) addEntry(SugarSyncEntry{true, stamp, stamp, *ref, ""});
+    finish(ref.has_value());
+}
+
+void SugarSyncHelper::createDirectory(const std::string& directory, Date date) {
+    beginRequest();
+    const std::string stamp = StorageLayout::stamp(date);
+    const auto session = findFolderRefForName(stamp);
+    if (!session) {
+        failWith("Can't find directory <" + stamp + ">");
+        return performFailureSelector();
+    }
+    const auto ref = sugarSync().createFolder(directory, *session);
+    if (ref) addEntry(SugarSyncEntry{true, directory, directory, *ref, ""});
+    finish(ref.has_value());
+}
+
+// The session's folder, found in this device's folder (listed again when it isn't known),
+// and its items with those of its folders.
+void SugarSyncHelper::preloadFileRefUsingDate(Date date) {
+    const std::string stamp = StorageLayout::stamp(date);
+    {
+        std::lock_guard lock(mutex_);
+        preloadedStamp_ = stamp;
+        preloadedEntries_.clear();
+    }
+    auto session = findFolderRefForName(stamp);
+    if (!session && listDeviceFolder()) session = findFolderRefForName(stamp);
+    if (!session) {
+        SH_LOG("Couldn't find backup data FOLDER with name <{}>", stamp);
+        return;
+    }
+    const auto items = sugarSync().getFolderContent(session);
+    if (!items) return;
+    std::vector<SugarSyncEntry> preloaded = *items;
+    for (const SugarSyncEntry& item : *items) {
+        if (!item.isFolder) continue;
+        if (const auto inner = sugarSync().getFolderContent(item.ref)) {
+            preloaded.insert(preloaded.end(), inner->begin(), inner->end());
+        }
+    }
+    std::lock_guard lock(mutex_);
+    preloadedEntries_ = std::move(preloaded);
+}
+
+// Only the name counts, looked up among the items of the session of that date.
+void SugarSyncHelper::loadFile(const std::string& name, Date date, const std::optional<std::string>&) {
+    beginRequest();
+    const std::string fileName = std::filesystem::path(name).filename().string();
+    bool preloaded = false;
+    {
+        std::lock_guard lock(mutex_);
+        preloaded = preloadedStamp_ == StorageLayout::stamp(date);
+    }
+    if (!preloaded) preloadFileRefUsingDate(date);
+    const auto fileData = findFileRefForName(fileName, true);
+    if (!fileData) {
+        failWith("Couldn't find backup data FILE with name <" + fileName + ">");
+        return performFailureSelector();
+    }
+    beginRequest();
+    const auto path = fetch(*fileData, fileName);
+    if (!path) return performFailureSelector();
+    // The hooks stay for the next file of the same request.
+    callSuccessSelectorKeepingIt(*path);
+}
+
+// The history file goes first: a session folder left behind by a failure is no session.
+void SugarSyncHelper::deleteBackupSession(const std::shared_ptr<BackupSession>& session) {
+    beginRequest();
+    if (!session || !session->sessionDate()) {
+        failWith("No session to delete");
+        return performFailureSelector();
+    }
+    const std::string stamp = StorageLayout::stamp(*session->sessionDate());
+    const std::string name = StorageLayout::historyFileName(*session->sessionDate());
+    const auto fileRef = findFileRefForName(name, false);
+    if (!fileRef) {
+        failWith("Couldn't find backup data FILE with name <" + name + ">");
+        return performFailureSelector();
+    }
+    if (!sugarSync().deleteRef(*fileRef, false)) return performFailureSelector();
+    removeExistingFile(name);
+    if (const auto folderRef = findFolderRefForName(stamp)) sugarSync().deleteRef(*folderRef, true);
+    {
+        std::lock_guard lock(mutex_);
+        if (internalExistingFiles_) {
+            std::erase_if(*internalExistingFiles_,
+                          [&](const SugarSyncEntry& entry) { return entry.name == stamp || entry.name == name; });
+        }
+        if (preloadedStamp_ == stamp) {
+            preloadedStamp_.reset();
+            preloadedEntries_.clear();
+        }
+    }
+    beginRequest();
+    performSuccessSelector();
+}
+
+void SugarSyncHelper::deleteBackupForDeviceId(const std::string& deviceName) {
+    beginRequest();
+    const auto ref = deviceRef(deviceName);
+    if (!ref) {
+        failWith("Couldn't find data for <" + deviceName + ">");
+        return performFailureSelector();
+    }
+    finish(sugarSync().deleteRef(*ref, true));
+}
+
+void SugarSyncHelper::moveFromPath(const std::string& from, const std::string& to) {
+    beginRequest();
+    if (!isOneFileName(to)) {
+        failWith("<" + to + "> names no device folder");
+        return performFailureSelector();
+    }
+    const auto ref = deviceRef(from);
+    if (!ref) {
+        failWith("Couldn't find data for <" + from + ">");
+        return performFailureSelector();
+    }
+    if (!sugarSync().renameRef(*ref, to)) return performFailureSelector();
+    {
+        std::lock_guard lock(mutex_);
+        if (internalAvailableDeviceBackups_) {
+            for (SugarSyncEntry& entry : *internalAvailableDeviceBackups_) {
+                if (entry.ref == *ref) entry.name = to;
+            }
+        }
+    }
+    std::vector<std::string> devices = availableDeviceBackups();
+    std::replace(devices.begin(), devices.end(), from, to);
+    setAvailableDeviceBackups(std::move(devices));
+    performSuccessSelector();
+}
+
+}  // namespace stowhaven
