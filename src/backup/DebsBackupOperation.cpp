@@ -152,8 +152,9 @@ void DebsBackupOperation::repackMissingDebs(const std::string& archives) {
         if (package->packageName() && package->version()) installedVersions[*package->packageName()] = *package->version();
     }
     for (const std::string& line : textutil::split(backupSession()->rawData().value_or(""), '\n')) {
+        if (Supervisor::shared().isCanceled()) return;
         const std::vector<std::string> fields = textutil::split(line, '\t');
-        if (fields.size() < 2 || Supervisor::shared().isCanceled()) continue;
+        if (fields.size() < 2) continue;
         const std::string identifier = textutil::trimmed(fields[1]);
         const auto version = installedVersions.find(identifier);
         if (version == installedVersions.end() ||

@@ -11,7 +11,9 @@ namespace stowhaven {
 // program's own (TMP/debs) and stored unsplit, without an index, in the folder "DEBS", so
 // that a restore needs no repository. Files are named as apt-get names them, in lower case
 // with ":" as "_"; only the device's architecture is kept. What apt-get said of each
-// package is collected in the error text, which no one takes for a failure.
+// package is collected in the error text, which no one takes for a failure. A package whose
+// installed version no repository served is rebuilt from the device (PackageRepack) when
+// the setting "RepackMissingDebsEnabled" is on, and named in that text and the backup's report.
 class DebsBackupOperation final : public DataBackupOperation {
 public:
     static constexpr const char* kArchitectureSuffix = "iphoneos-arm.deb";
