@@ -3,7 +3,9 @@
 #include "cli/CatalogueLoad.h"
 #include "cli/JobRequest.h"
 #include "cli/ProgressBar.h"
+#include "core/AlertPresenter.h"
 #include "core/Supervisor.h"
+#include "platform/Log.h"
 #include "platform/Terminal.h"
 #include "platform/dispatch/GlobalQueue.h"
 #include "platform/dispatch/MainQueue.h"
@@ -57,6 +59,17 @@ private:
     ProgressBar bar_;
 };
 
+// The engine reports each file it can't fetch as an alert; verification looks for files
+// that may well be missing (the part after the last one), and the report says what a
+// missing file means, so the engine's words go to the log.
+class AlertsToLog final : public AlertPresenter {
+public:
+    void present(const Alert& alert, Answered onAnswer) override {
+        SH_LOG("{}: {}", alert.title, alert.message);
+        if (onAnswer) onAnswer({});
+    }
+};
+
 }  // namespace
 
 void VerifyCommand::add(CLI::App& app) {
@@ -82,6 +95,7 @@ int VerifyCommand::run(std::ostream& out, std::ostream& errors) const {
         fmt::print(errors, "stowhaven: {} keeps no archives to verify\n", engineName);
         return kUsageError;
     }
+    AlertPresenter::setShared(std::make_shared<AlertsToLog>());
     // The engine is asked from a background thread, as every job asks it, while the main
     // queue serves its retries and the signals.
     std::atomic<int> status = -1;
