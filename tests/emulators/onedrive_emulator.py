@@ -60,7 +60,8 @@ Prints "LISTENING <port>" once it listens, then "<METHOD> <path>" as each reques
 service arrives (before its body is read). Tests steer it through /_emulator/...:
   POST /_emulator/fault?name=N&count=C[&path=PREFIX][&seconds=S]  the next C requests it can
        affect (whose path starts with PREFIX, when given) get fault N; count 0 clears it.
-       status_429 answers the service's throttling status 420, saying to retry after S seconds.
+       status_429 answers the service's throttling status 420, saying to retry after S seconds;
+       foreign_redirect sends a file's content to plain http on a host that isn't this one.
   POST /_emulator/token                a token pair, as after a login.
   POST /_emulator/expire_access_token  every access token issued so far expires now.
   POST /_emulator/folder?path=/A/B     makes the folders that are missing; answers the id.
@@ -90,7 +91,8 @@ DEEP_LEVELS = 10000
 HOSTILE_BYTES = b"hostile\n"
 
 SWITCHES = {"expire_token", "status_429", "status_503", "drop_mid_body", "malformed_json", "refuse_grant",
-            "invalid_grant", "hostile_listing", "huge_json", "deep_json"}
+            "invalid_grant", "hostile_listing", "huge_json", "deep_json", "foreign_redirect"}
+FOREIGN_DOWNLOADS = "http://downloads.example.net/d/"
 
 
 class OAuthError(Exception):
@@ -320,6 +322,8 @@ class Emulator:
         if not item_id.startswith("file.hostile."):
             self.account.item(item_id, "file")
         location = self.source(request, item_id)
+        if self.faults.take("foreign_redirect", request.route_path):
+            location = FOREIGN_DOWNLOADS + location.rpartition("/d/")[2]
         if request.query.get("suppress_redirects") == "true":
             return json_reply(200, {"location": location})
         return Reply(302, headers=[("Location", location)])

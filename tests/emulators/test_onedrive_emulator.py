@@ -144,6 +144,12 @@ class OneDriveEmulatorTest(EmulatorTestCase):
         names = [entry["name"] for entry in json.loads(self.call("GET", "/v5.0/me/skydrive/files")[2])["data"]]
         self.assertNotIn("cut.pdf", names)
 
+        status, _, body = self.call("PUT", "/v5.0/me/skydrive/files/whole.pdf", b"whole")
+        self.fault("foreign_redirect", path="/v5.0/")
+        status, reply, _ = self.call("GET", f"/v5.0/{json.loads(body)['id']}/content")
+        self.assertEqual(302, status)
+        self.assertTrue(reply.getheader("Location").startswith("http://downloads.example.net/d/"))
+
         self.fault("hostile_listing", path="/v5.0/")
         names = [entry["name"] for entry in json.loads(self.call("GET", "/v5.0/me/skydrive/files")[2])["data"]]
         self.assertTrue({"..", "a/b", "$(touch pwned)"} <= set(names))

@@ -1,7 +1,8 @@
 // The OneDrive engine on the OneDrive emulator: the storage contract, then what is OneDrive's
 // own: access tokens refreshed by their expiry and after a 401, the retry rule (eleven tries,
-// a throttling reply's wait, a cancel ending it), hostile and broken replies, files stored
-// under their names with ".pdf" added, a restore's walk, and the terminal login.
+// a throttling reply's wait, a cancel ending it), hostile and broken replies and downloads
+// sent elsewhere, files stored under their names with ".pdf" added, a restore's walk, and
+// the terminal login.
 
 #include "servers/StorageEngineContract.h"
 
@@ -202,6 +203,13 @@ TEST_F(OneDriveEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNothi
         EXPECT_NE(contents, "hostile\n") << path;
     }
     emulator().injectFault("hostile_listing", 0);
+
+    // A file's content sent to plain http on another host is not fetched.
+    FileManager::removeItem(TemporaryDirectory::path() + "/" + StorageLayout::historyFileName(date));
+    emulator().injectFault("foreign_redirect", 1, "/v5.0/");
+    start()->loadMostRecentBackupSession();
+    EXPECT_EQ(engine_->errorMessage(), "OneDrive sent the download to an address that isn't secure");
+    EXPECT_FALSE(FileManager::fileExists(TemporaryDirectory::path() + "/" + StorageLayout::historyFileName(date)));
 
     const struct {
         const char* fault;
