@@ -187,6 +187,7 @@ TEST_F(GDriveEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNothing
         EXPECT_TRUE(engine_->errorMessage().value_or("").starts_with(reply.message))
             << reply.fault << ": " << engine_->errorMessage().value_or("no error");
     }
+    EXPECT_EQ(engine_->freeSpace(), 9.223372036854776e+18) << "after a failure no backup is kept from trying";
 }
 
 // An older version named the device's folder after the device's identifier: it takes the
