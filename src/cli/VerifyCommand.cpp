@@ -6,6 +6,7 @@
 #include "core/AlertPresenter.h"
 #include "core/Supervisor.h"
 #include "platform/Log.h"
+#include "platform/PrintableOutput.h"
 #include "platform/Terminal.h"
 #include "platform/dispatch/GlobalQueue.h"
 #include "platform/dispatch/MainQueue.h"
@@ -43,20 +44,33 @@ std::optional<std::vector<std::string>> chosen(const std::vector<std::string>& l
     return std::vector<std::string>{name};
 }
 
-// The progress of the item in hand on standard error, redrawn in place on a terminal.
+// The progress of the item in hand on standard error: on a terminal one line redrawn in
+// place, blanked before each line of the report so that the two never share a line.
 class VerifyProgress {
 public:
     explicit VerifyProgress(std::ostream& errors)
-        : bar_(errors, Terminal::isStandardErrorATerminal(), Terminal::standardErrorWidth()) {}
+        : errors_(errors), inPlace_(Terminal::isStandardErrorATerminal()), width_(Terminal::standardErrorWidth()) {}
 
     void show(const std::string& stamp, const std::string& item, std::optional<double> fraction) {
-        bar_.setText(fmt::format("Verifying {} {}", stamp, item));
-        if (fraction) bar_.setFraction(*fraction);
+        if (!bar_) bar_.emplace(errors_, inPlace_, width_);
+        bar_->setText(fmt::format("Verifying {} {}", stamp, item));
+        if (fraction) bar_->setFraction(*fraction);
     }
-    void finish() { bar_.finish(); }
+    void clear() {
+        if (!bar_) return;
+        bar_.reset();
+        if (!inPlace_) return;
+        PrintableOutput::returnToLineStart(errors_);
+        errors_ << std::string(width_ > 0 ? width_ - 1 : 0, ' ');
+        PrintableOutput::returnToLineStart(errors_);
+        errors_ << std::flush;
+    }
 
 private:
-    ProgressBar bar_;
+    std::ostream& errors_;
+    bool inPlace_;
+    std::size_t width_;
+    std::optional<ProgressBar> bar_;
 };
 
 // The engine reports each file it can't fetch as an alert; verification looks for files
@@ -113,8 +127,8 @@ int VerifyCommand::run(std::ostream& out, std::ostream& errors) const {
             return;
         }
         const auto fetched = HistoryFiles::fetch(*engine, *sessions);
-        VerifyReport report(out, asJson_);
         VerifyProgress progress(errors);
+        VerifyReport report(out, asJson_, [&progress] { progress.clear(); });
         for (const std::string& name : *sessions) {
             const auto date = StorageLayout::dateOfHistoryFile(name);
             if (auto* preloading = answersTo<FileRefPreloading>(engine); preloading && date) {
@@ -126,7 +140,6 @@ int VerifyCommand::run(std::ostream& out, std::ostream& errors) const {
             });
             check.run(name, local != fetched.end() ? std::optional(local->second) : std::nullopt, presets->key);
         }
-        progress.finish();
         report.summary(sessions->size());
         status = report.allSound() ? 0 : 1;
     });

@@ -18,6 +18,7 @@ void VerifyReport::fault(const std::string& stamp, const std::string& item, cons
 void VerifyReport::write(const std::string& stamp, const std::string& item, const std::optional<std::string>& fault,
                          const std::string& detail) {
     ++checked_;
+    if (beforeLine_) beforeLine_();
     if (asJson_) {
         nlohmann::json line = {{"session", stamp}, {"item", item}, {"ok", !fault}};
         if (fault) line["fault"] = *fault;
@@ -35,6 +36,7 @@ void VerifyReport::write(const std::string& stamp, const std::string& item, cons
 }
 
 void VerifyReport::summary(std::size_t sessions) {
+    if (beforeLine_) beforeLine_();
     if (asJson_) {
         const nlohmann::json line = {
             {"summary", {{"sessions", sessions}, {"checked", checked_}, {"faults", faults_}, {"ok", faults_ == 0}}}};

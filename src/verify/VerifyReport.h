@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -12,7 +13,9 @@ namespace stowhaven {
 // object per line, the summary last. Nothing is kept but the counts.
 class VerifyReport {
 public:
-    VerifyReport(std::ostream& out, bool asJson) : out_(out), asJson_(asJson) {}
+    // BEFORELINE runs before each line is written: the progress shown on the terminal goes.
+    VerifyReport(std::ostream& out, bool asJson, std::function<void()> beforeLine = nullptr)
+        : out_(out), asJson_(asJson), beforeLine_(std::move(beforeLine)) {}
 
     // ITEM of the session of STAMP is sound (DETAIL says what was seen, may be empty), or
     // has FAULT.
@@ -28,6 +31,7 @@ private:
 
     std::ostream& out_;
     bool asJson_;
+    std::function<void()> beforeLine_;
     std::size_t checked_ = 0;
     std::size_t faults_ = 0;
 };
