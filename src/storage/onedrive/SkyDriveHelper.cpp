@@ -6,6 +6,7 @@
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "platform/TemporaryDirectory.h"
+#include "platform/dispatch/MainQueue.h"
 #include "platform/dispatch/NotificationCenter.h"
 #include "storage/StorageEngines.h"
 #include "storage/StorageLayout.h"
@@ -182,7 +183,11 @@ void SkyDriveHelper::refreshFreeSpace() { skyDrive().retrieveQuota(); }
 void SkyDriveHelper::loadAvailableDeviceBackups() {
     beginRequest();
     SH_LOG("Reloading available device backups...");
-    finish(loadDeviceFolders());
+    const bool loaded = loadDeviceFolders();
+    if (loaded)
+        MainQueue::shared().async(
+            [] { NotificationCenter::defaultCenter().post("ALL_DEVICE_DATA_AVAILABLE_FROM_ICLOUD"); });
+    finish(loaded);
 }
 
 void SkyDriveHelper::loadDefaultBackupDetails() {
