@@ -14,6 +14,7 @@
 #include "storage/StorageLayout.h"
 #include "verify/HistoryFiles.h"
 #include "verify/SessionCheck.h"
+#include "verify/ToolsRunning.h"
 #include "verify/VerifyReport.h"
 
 #include <fmt/format.h>
@@ -128,7 +129,7 @@ int VerifyCommand::run(std::ostream& out, std::ostream& errors) const {
         }
         const auto fetched = HistoryFiles::fetch(*engine, *sessions);
         VerifyProgress progress(errors);
-        VerifyReport report(out, asJson_, [&progress] { progress.clear(); });
+        VerifyReport report(out, asJson_, {[&progress] { progress.clear(); }, deviceToolsRun});
         for (const std::string& name : *sessions) {
             const auto date = StorageLayout::dateOfHistoryFile(name);
             if (auto* preloading = answersTo<FileRefPreloading>(engine); preloading && date) {

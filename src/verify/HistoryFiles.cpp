@@ -67,8 +67,13 @@ std::vector<std::string> HistoryFiles::listed(StorageHelperProtocol& engine) {
     // Lists the device's history files and fetches the newest, which the fetch takes again.
     engine.loadMostRecentBackupSession();
     std::vector<std::string> names = engine.existingFiles();
+    // Names come from the storage's listing: only those that are a stamp's history file name
+    // go on, or into a path.
+    std::erase_if(names, [](const std::string& name) {
+        const auto date = StorageLayout::dateOfHistoryFile(name);
+        return !date || StorageLayout::historyFileName(*date) != name;
+    });
     for (const std::string& name : names) FileManager::removeItem(TemporaryDirectory::path() + "/" + name);
-    std::erase_if(names, [](const std::string& name) { return !StorageLayout::dateOfHistoryFile(name); });
     std::sort(names.begin(), names.end());
     names.erase(std::unique(names.begin(), names.end()), names.end());
     return names;

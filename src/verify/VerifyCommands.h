@@ -16,6 +16,8 @@ public:
     // information, then unpacks its whole file tree into nothing, which a file cut short
     // anywhere fails.
     static std::string checkDeb(const std::string& deb, const std::string& mark);
+    // Writes MARK, whenever a command can run at all.
+    static std::string markRun(const std::string& mark);
 };
 
 }  // namespace stowhaven

@@ -11,14 +11,17 @@ void VerifyReport::sound(const std::string& stamp, const std::string& item, cons
 }
 
 void VerifyReport::fault(const std::string& stamp, const std::string& item, const std::string& fault) {
+    if (!leaving_ && hooks_.faultsMeanSomething && !hooks_.faultsMeanSomething()) leaving_ = true;
+    if (leaving_) return;
     ++faults_;
     write(stamp, item, fault, {});
 }
 
 void VerifyReport::write(const std::string& stamp, const std::string& item, const std::optional<std::string>& fault,
                          const std::string& detail) {
+    if (leaving_) return;
     ++checked_;
-    if (beforeLine_) beforeLine_();
+    if (hooks_.beforeLine) hooks_.beforeLine();
     if (asJson_) {
         nlohmann::json line = {{"session", stamp}, {"item", item}, {"ok", !fault}};
         if (fault) line["fault"] = *fault;
@@ -36,7 +39,8 @@ void VerifyReport::write(const std::string& stamp, const std::string& item, cons
 }
 
 void VerifyReport::summary(std::size_t sessions) {
-    if (beforeLine_) beforeLine_();
+    if (leaving_) return;
+    if (hooks_.beforeLine) hooks_.beforeLine();
     if (asJson_) {
         const nlohmann::json line = {
             {"summary", {{"sessions", sessions}, {"checked", checked_}, {"faults", faults_}, {"ok", faults_ == 0}}}};

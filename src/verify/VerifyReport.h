@@ -13,9 +13,17 @@ namespace stowhaven {
 // object per line, the summary last. Nothing is kept but the counts.
 class VerifyReport {
 public:
-    // BEFORELINE runs before each line is written: the progress shown on the terminal goes.
-    VerifyReport(std::ostream& out, bool asJson, std::function<void()> beforeLine = nullptr)
-        : out_(out), asJson_(asJson), beforeLine_(std::move(beforeLine)) {}
+    struct Hooks {
+        // Runs before each line is written: the progress shown on the terminal goes.
+        std::function<void()> beforeLine;
+        // Asked before a fault is written: once the program is leaving (Ctrl-C), the tools
+        // it stopped fail every check, which says nothing of the session; from then on
+        // nothing more is written.
+        std::function<bool()> faultsMeanSomething;
+    };
+
+    VerifyReport(std::ostream& out, bool asJson, Hooks hooks = {})
+        : out_(out), asJson_(asJson), hooks_(std::move(hooks)) {}
 
     // ITEM of the session of STAMP is sound (DETAIL says what was seen, may be empty), or
     // has FAULT.
@@ -31,7 +39,8 @@ private:
 
     std::ostream& out_;
     bool asJson_;
-    std::function<void()> beforeLine_;
+    Hooks hooks_;
+    bool leaving_ = false;
     std::size_t checked_ = 0;
     std::size_t faults_ = 0;
 };
