@@ -12,11 +12,6 @@ constexpr std::string_view kStoredSuffix = ".pdf";
 
 }  // namespace
 
-bool SkyDriveEntryCache::isLoaded() const {
-    std::lock_guard lock(mutex_);
-    return loaded_;
-}
-
 void SkyDriveEntryCache::replaceChildren(const std::string& folderId, std::vector<SkyDriveEntry> entries) {
     std::lock_guard lock(mutex_);
     std::erase_if(entries_, [&](const SkyDriveEntry& entry) { return entry.parentId == folderId; });
@@ -24,7 +19,6 @@ void SkyDriveEntryCache::replaceChildren(const std::string& folderId, std::vecto
         entry.parentId = folderId;
         entries_.push_back(std::move(entry));
     }
-    loaded_ = true;
 }
 
 void SkyDriveEntryCache::add(SkyDriveEntry entry) {
@@ -41,16 +35,6 @@ void SkyDriveEntryCache::remove(const std::string& id) {
 void SkyDriveEntryCache::clear() {
     std::lock_guard lock(mutex_);
     entries_.clear();
-    loaded_ = false;
-}
-
-std::vector<SkyDriveEntry> SkyDriveEntryCache::childrenOf(const std::string& folderId) const {
-    std::lock_guard lock(mutex_);
-    std::vector<SkyDriveEntry> children;
-    for (const SkyDriveEntry& entry : entries_) {
-        if (entry.parentId == folderId) children.push_back(entry);
-    }
-    return children;
 }
 
 std::optional<SkyDriveEntry> SkyDriveEntryCache::folder(const std::string& name, const std::string& parentId) const {

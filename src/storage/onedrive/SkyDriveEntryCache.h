@@ -14,15 +14,13 @@ namespace stowhaven {
 // Every walk and change holds the cache's lock.
 class SkyDriveEntryCache {
 public:
-    // A listing has filled it since it was made or cleared.
-    bool isLoaded() const;
     // The entries of one folder's listing, in place of those known of that folder before.
     void replaceChildren(const std::string& folderId, std::vector<SkyDriveEntry> entries);
     // An entry made or renamed, in place of the one of the same id.
     void add(SkyDriveEntry entry);
+    // An entry, with the entries known of what it held.
     void remove(const std::string& id);
     void clear();
-    std::vector<SkyDriveEntry> childrenOf(const std::string& folderId) const;
 
     // The folder of exactly that name in the folder.
     std::optional<SkyDriveEntry> folder(const std::string& name, const std::string& parentId) const;
@@ -34,7 +32,6 @@ public:
 
 private:
     mutable std::mutex mutex_;
-    bool loaded_ = false;
     std::vector<SkyDriveEntry> entries_;
 };
 

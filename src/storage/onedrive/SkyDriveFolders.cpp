@@ -26,7 +26,6 @@ bool SkyDriveWrapper::retrieveRootFolder() {
     const auto device = main ? deviceFolder(main->id) : std::nullopt;
     if (!device) return false;
     std::lock_guard lock(mutex_);
-    rootFolderData_ = top;
     mainDirectoryData_ = main;
     rootDirectoryData_ = device;
     return true;

@@ -170,7 +170,6 @@ bool SkyDriveWrapper::downloadFileData(const std::string& id, const std::string&
 void SkyDriveWrapper::disconnect() {
     tokens_->removeAllTokens();
     std::lock_guard lock(mutex_);
-    rootFolderData_.reset();
     mainDirectoryData_.reset();
     rootDirectoryData_.reset();
 }

@@ -76,7 +76,6 @@ private:
     std::atomic<double> freeSpace_{0};
     mutable std::mutex mutex_;
     std::string accountName_;
-    std::optional<SkyDriveEntry> rootFolderData_;
     std::optional<SkyDriveEntry> mainDirectoryData_;
     std::optional<SkyDriveEntry> rootDirectoryData_;
 };
