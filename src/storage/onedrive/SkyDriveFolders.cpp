@@ -12,11 +12,9 @@ namespace stowhaven {
 // The folders in hand stay usable until the new ones are known: a flush of the cache may run
 // beside a job.
 bool SkyDriveWrapper::retrieveRootFolder() {
-    const auto top = [&] {
-        RestRequest request;
-        request.url = service_.topFolderUrl();
-        return read(call(std::move(request)), SkyDriveReplies::entry);
-    }();
+    RestRequest topFolder;
+    topFolder.url = service_.topFolderUrl();
+    const auto top = read(call(topFolder), SkyDriveReplies::entry);
     if (!top || !top->isFolder) {
         SH_LOG("Couldn't read the top folder!");
         if (top) query_.fail("The reply holds no folder");

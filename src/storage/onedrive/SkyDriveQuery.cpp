@@ -16,12 +16,6 @@ namespace {
 
 constexpr auto kCancelPoll = std::chrono::milliseconds(20);
 
-// The rule's tries are the only ones: the client sends each request once.
-RestRequest triedOnce(RestRequest request) {
-    request.attempts = 1;
-    return request;
-}
-
 bool isRedirect(const RestReply& reply) {
     return reply.code == CURLE_OK && (reply.status == 301 || reply.status == 302 || reply.status == 303 ||
                                       reply.status == 307 || reply.status == 308);
@@ -29,6 +23,7 @@ bool isRedirect(const RestReply& reply) {
 
 }  // namespace
 
+// The rule's tries are the only ones: the client sends each request once.
 SkyDriveQuery::SkyDriveQuery(std::shared_ptr<SkyDriveTokens> tokens, AbstractStorageWrapper& errors)
     : tokens_(std::move(tokens)), errors_(errors), client_(RetryPolicy{1, std::chrono::seconds(0)}) {
     client_.setAuthorization(tokens_);
@@ -77,9 +72,8 @@ std::optional<RestReply> SkyDriveQuery::withRetries(const Attempt& attempt, bool
     }
 }
 
-std::optional<RestReply> SkyDriveQuery::perform(RestRequest request, bool redirectIsAnswer) {
+std::optional<RestReply> SkyDriveQuery::perform(const RestRequest& request, bool redirectIsAnswer) {
     errors_.setErrorMessage(std::nullopt);
-    request = triedOnce(std::move(request));
     return withRetries(
         [&](std::string&) {
             std::lock_guard lock(mutex_);
@@ -93,7 +87,7 @@ std::optional<RestReply> SkyDriveQuery::transfer(const RestRequest& request, Tra
     errors_.setErrorMessage(std::nullopt);
     return withRetries(
         [&](std::string& error) {
-            const auto running = client_.start(triedOnce(request));
+            const auto running = client_.start(request);
             followTransfer(*running, direction, size, error);
             return running->reply();
         },

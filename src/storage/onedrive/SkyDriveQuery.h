@@ -22,7 +22,7 @@ public:
 
     // A short call whose reply is read as text; with REDIRECTISANSWER a redirect is a success
     // too (the address of a file's bytes).
-    std::optional<RestReply> perform(RestRequest request, bool redirectIsAnswer = false);
+    std::optional<RestReply> perform(const RestRequest& request, bool redirectIsAnswer = false);
     // An upload or a download on a connection of its own, followed with the banner.
     std::optional<RestReply> transfer(const RestRequest& request, TransferDisplay::Direction direction,
                                       std::int64_t size);

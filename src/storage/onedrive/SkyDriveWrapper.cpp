@@ -76,9 +76,9 @@ bool SkyDriveWrapper::isReady() {
     return true;
 }
 
-std::optional<RestReply> SkyDriveWrapper::call(RestRequest request) {
+std::optional<RestReply> SkyDriveWrapper::call(const RestRequest& request) {
     if (!isReady()) return std::nullopt;
-    return query_.perform(std::move(request));
+    return query_.perform(request);
 }
 
 template <typename Reader>

@@ -65,7 +65,7 @@ private:
     std::optional<SkyDriveEntry> deviceFolder(const std::string& mainId);
     // The app's credentials and an access token are there; else the error says which isn't.
     bool isReady();
-    std::optional<RestReply> call(RestRequest request);
+    std::optional<RestReply> call(const RestRequest& request);
     template <typename Reader>
     auto read(const std::optional<RestReply>& reply, Reader reader)
         -> decltype(reader(std::string_view(), std::declval<std::string&>()));
