@@ -94,6 +94,12 @@ std::optional<RestReply> SugarSyncClient::call(RestRequest request, Read read, T
         return std::nullopt;
     }
     request.attempts = 1;
+    // A request that goes through after a retry leaves no error behind.
+    bool retried = false;
+    const auto succeeded = [&](RestReply reply) {
+        if (retried) errors_.setErrorMessage(std::nullopt);
+        return reply;
+    };
     for (;;) {
         std::string error;
         RestReply reply = perform(request, transfer, error);
@@ -103,10 +109,10 @@ std::optional<RestReply> SugarSyncClient::call(RestRequest request, Read read, T
                        "is in Location header.! URL: {}",
                        request.url);
             }
-            if (reply.body.empty() || request.downloadTo) return reply;
+            if (reply.body.empty() || request.downloadTo) return succeeded(std::move(reply));
             if (read(reply.body, error)) {
                 retries_.readReply();
-                return reply;
+                return succeeded(std::move(reply));
             }
         } else {
             const auto refusal = refusalTexts().find(reply.status);
@@ -115,6 +121,7 @@ std::optional<RestReply> SugarSyncClient::call(RestRequest request, Read read, T
         }
         fail(error);
         if (!retries_.failed(error, reply)) return std::nullopt;
+        retried = true;
     }
 }
 

@@ -237,7 +237,8 @@ std::optional<std::string> SugarSyncHelper::findFileRefForName(const std::string
     std::lock_guard lock(mutex_);
     const auto search = [&](const std::vector<SugarSyncEntry>& entries) -> std::optional<std::string> {
         for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
-            if (!entry->isFolder && entry->name == name) return forData ? entry->fileData : entry->ref;
+            const std::string& wanted = forData ? entry->fileData : entry->ref;
+            if (!entry->isFolder && entry->name == name && !wanted.empty()) return wanted;
         }
         return std::nullopt;
     };

@@ -87,11 +87,14 @@ private:
     // The newest folder of this device's entries with that name.
     std::optional<std::string> findFolderRefForName(const std::string& name);
     // A file present on the server with that name, among the preloaded session's items,
-    // then this device's entries: its content's address (FORDATA), or its reference.
+    // then this device's entries: its content's address (FORDATA), or its reference. A file
+    // stored in this run is known by its reference only, until the next listing.
     std::optional<std::string> findFileRefForName(const std::string& name, bool forData);
     std::optional<std::string> deviceRef(const std::string& deviceName);
-    // A file entry made in the folder and the local file stored as its content.
-    bool store(const std::string& localPath, const std::string& name, const std::string& folderRef);
+    // A file entry made in the folder and the local file stored as its content; the entry's
+    // reference.
+    std::optional<std::string> store(const std::string& localPath, const std::string& name,
+                                     const std::string& folderRef);
     // The content fetched into the temporary folder under NAME, which must be one clean name.
     std::optional<std::string> fetch(const std::string& fileData, const std::string& name);
     void addEntry(SugarSyncEntry entry);

@@ -25,9 +25,11 @@ constexpr const char* kMediaType = "application/x-compressed";
 
 // A file entry that got no content stays out of every listing: a failed upload leaves
 // nothing that reads as a file.
-bool SugarSyncHelper::store(const std::string& localPath, const std::string& name, const std::string& folderRef) {
+std::optional<std::string> SugarSyncHelper::store(const std::string& localPath, const std::string& name,
+                                                  const std::string& folderRef) {
     const auto fileRef = sugarSync().createFile(name, kMediaType, folderRef);
-    return fileRef && sugarSync().putDataPath(localPath, *fileRef);
+    if (!fileRef || !sugarSync().putDataPath(localPath, *fileRef)) return std::nullopt;
+    return fileRef;
 }
 
 void SugarSyncHelper::uploadBackupHistory(const std::string& historyText, Date date) {
@@ -52,10 +54,13 @@ void SugarSyncHelper::uploadBackupHistory(const std::string& historyText, Date d
     std::string error;
     bool succeeded = FileManager::writeFile(path, historyText, &error, FileModes::kPrivateFile);
     if (!succeeded) failWith(error);
-    succeeded = succeeded && store(path, name, *main);
+    const auto fileRef = succeeded ? store(path, name, *main) : std::nullopt;
     FileManager::removeItem(path);
-    if (succeeded) addExistingFile(name);
-    finish(succeeded);
+    if (fileRef) {
+        addEntry(SugarSyncEntry{false, name, name, *fileRef, ""});
+        addExistingFile(name);
+    }
+    finish(fileRef.has_value());
 }
 
 void SugarSyncHelper::uploadFile(const std::string& path, Date date, const std::optional<std::string>& directory) {
@@ -66,7 +71,7 @@ void SugarSyncHelper::uploadFile(const std::string& path, Date date, const std::
         failWith("Can't find directory <" + folderName + ">");
         return performFailureSelector();
     }
-    finish(store(path, std::filesystem::path(path).filename().string(), *folder));
+    finish(store(path, std::filesystem::path(path).filename().string(), *folder).has_value());
 }
 
 void SugarSyncHelper::createDirectoryDated(Date date) {
