@@ -12,12 +12,9 @@ namespace stowhaven {
 // The folders in hand stay usable until the new ones are known: a flush of the cache may run
 // beside a job.
 bool SkyDriveWrapper::retrieveRootFolder() {
-    RestRequest topFolder;
-    topFolder.url = service_.topFolderUrl();
-    const auto top = read(call(topFolder), SkyDriveReplies::entry);
-    if (!top || !top->isFolder) {
+    const auto top = topFolder();
+    if (!top) {
         SH_LOG("Couldn't read the top folder!");
-        if (top) query_.fail("The reply holds no folder");
         return false;
     }
     const auto main = findOrMakeFolder(top->id, std::string(StorageLayout::kBaseDirectoryName));

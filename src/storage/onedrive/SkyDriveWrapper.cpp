@@ -107,6 +107,12 @@ bool SkyDriveWrapper::retrieveQuota() {
     return true;
 }
 
+std::optional<SkyDriveEntry> SkyDriveWrapper::topFolder() {
+    const auto top = read(call(requestOf("GET", service_.topFolderUrl())), SkyDriveReplies::entry);
+    if (top && !top->isFolder) return query_.fail("The reply holds no folder");
+    return top;
+}
+
 std::optional<std::vector<SkyDriveEntry>> SkyDriveWrapper::loadFileListFrom(const std::string& folderId) {
     auto listing = read(call(requestOf("GET", service_.childrenUrl(folderId))), SkyDriveReplies::listing);
     if (!listing) return std::nullopt;

@@ -61,6 +61,8 @@ public:
     static std::string localName(const std::string& remoteName);
 
 private:
+    // The account's top folder.
+    std::optional<SkyDriveEntry> topFolder();
     std::optional<SkyDriveEntry> findOrMakeFolder(const std::string& parentId, const std::string& name);
     std::optional<SkyDriveEntry> deviceFolder(const std::string& mainId);
     // The app's credentials and an access token are there; else the error says which isn't.
