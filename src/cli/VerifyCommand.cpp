@@ -99,15 +99,46 @@ void VerifyCommand::add(CLI::App& app) {
     command_->add_flag("--json", asJson_, "One JSON object a line, the summary last");
 }
 
+int VerifyCommand::verifySessions(const std::shared_ptr<StorageHelperProtocol>& engine,
+                                  const std::optional<std::string>& key, std::ostream& out,
+                                  std::ostream& errors) const {
+    const std::string engineName = Supervisor::shared().storageEngineName();
+    const auto sessions = chosen(HistoryFiles::listed(*engine), session_, all_);
+    if (!sessions) {
+        fmt::print(errors, "stowhaven: no session {} on {} (see stowhaven history)\n", session_.value_or(""),
+                   engineName);
+        return kUsageError;
+    }
+    if (sessions->empty()) {
+        fmt::print(errors, "stowhaven: there is no session to verify on {}\n", engineName);
+        return 1;
+    }
+    const auto fetched = HistoryFiles::fetch(*engine, *sessions);
+    VerifyProgress progress(errors);
+    VerifyReport report(out, asJson_, {[&progress] { progress.clear(); }, deviceToolsRun});
+    for (const std::string& name : *sessions) {
+        const auto date = StorageLayout::dateOfHistoryFile(name);
+        if (auto* preloading = answersTo<FileRefPreloading>(engine); preloading && date) {
+            preloading->preloadFileRefUsingDate(*date);
+        }
+        const auto local = fetched.find(name);
+        SessionCheck check(*engine, report, [&](const std::string& item, std::optional<double> fraction) {
+            progress.show(date ? StorageLayout::stamp(*date) : name, item, fraction);
+        });
+        check.run(name, local != fetched.end() ? std::optional(local->second) : std::nullopt, key);
+    }
+    report.summary(sessions->size());
+    return report.allSound() ? 0 : 1;
+}
+
 int VerifyCommand::run(std::ostream& out, std::ostream& errors) const {
     const auto presets = JobRequest{{}, keyFile_}.presets(errors);
     if (!presets) return kUsageError;
     Supervisor& supervisor = Supervisor::shared();
     startStorageEngine();
     const auto engine = supervisor.currentStorageEngine();
-    const std::string engineName = supervisor.storageEngineName();
     if (!engine || supervisor.isStorageAddressbook()) {
-        fmt::print(errors, "stowhaven: {} keeps no archives to verify\n", engineName);
+        fmt::print(errors, "stowhaven: {} keeps no archives to verify\n", supervisor.storageEngineName());
         return kUsageError;
     }
     AlertPresenter::setShared(std::make_shared<AlertsToLog>());
@@ -115,34 +146,8 @@ int VerifyCommand::run(std::ostream& out, std::ostream& errors) const {
     // queue serves its retries and the signals.
     std::atomic<int> status = -1;
     GlobalQueue::get(GlobalQueue::Priority::Default).async([&] {
-        const auto sessions = chosen(HistoryFiles::listed(*engine), session_, all_);
-        if (!sessions) {
-            fmt::print(errors, "stowhaven: no session {} on {} (see stowhaven history)\n", session_.value_or(""),
-                       engineName);
-            status = kUsageError;
-            return;
-        }
-        if (sessions->empty()) {
-            fmt::print(errors, "stowhaven: there is no session to verify on {}\n", engineName);
-            status = 1;
-            return;
-        }
-        const auto fetched = HistoryFiles::fetch(*engine, *sessions);
-        VerifyProgress progress(errors);
-        VerifyReport report(out, asJson_, {[&progress] { progress.clear(); }, deviceToolsRun});
-        for (const std::string& name : *sessions) {
-            const auto date = StorageLayout::dateOfHistoryFile(name);
-            if (auto* preloading = answersTo<FileRefPreloading>(engine); preloading && date) {
-                preloading->preloadFileRefUsingDate(*date);
-            }
-            const auto local = fetched.find(name);
-            SessionCheck check(*engine, report, [&](const std::string& item, std::optional<double> fraction) {
-                progress.show(date ? StorageLayout::stamp(*date) : name, item, fraction);
-            });
-            check.run(name, local != fetched.end() ? std::optional(local->second) : std::nullopt, presets->key);
-        }
-        report.summary(sessions->size());
-        status = report.allSound() ? 0 : 1;
+        // Set once the work's own state is gone: the main thread goes on as soon as it is.
+        status = verifySessions(engine, presets->key, out, errors);
     });
     MainQueue::shared().runUntil([&status] { return status.load() >= 0; }, kLongestVerification);
     supervisor.removeTemporaryFiles();

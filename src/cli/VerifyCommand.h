@@ -2,11 +2,14 @@
 
 #include <CLI/CLI.hpp>
 
+#include <memory>
 #include <optional>
 #include <ostream>
 #include <string>
 
 namespace stowhaven {
+
+class StorageHelperProtocol;
 
 // "stowhaven verify [--session STAMP | --all] [--key-file FILE] [--json]": reads sessions
 // from the current storage, whatever the engine, and tells item by item whether a restore
@@ -22,6 +25,10 @@ public:
     int run(std::ostream& out, std::ostream& errors) const;
 
 private:
+    // The chosen sessions checked one by one into the report; the exit status.
+    int verifySessions(const std::shared_ptr<StorageHelperProtocol>& engine, const std::optional<std::string>& key,
+                       std::ostream& out, std::ostream& errors) const;
+
     CLI::App* command_ = nullptr;
     std::optional<std::string> session_;
     bool all_ = false;

@@ -118,6 +118,10 @@ TEST_F(VerifyProgramTest, SoundSessionsPlainAndEncipheredAreOkItemByItemAndStayA
     }
     EXPECT_TRUE(keyChecked) << json.output;
     EXPECT_EQ(nlohmann::json::parse(objects.back()).at("summary").at("faults"), 0) << objects.back();
+
+    const auto unknown = original_->run("verify --session 1999-01-01_00~00~00");
+    EXPECT_EQ(unknown.status, 2) << unknown.output << unknown.errors;
+    EXPECT_NE(unknown.errors.find("no session 1999-01-01_00~00~00"), std::string::npos) << unknown.errors;
 }
 
 // One damage of a copy of the stored sessions, made with plain file operations on the
