@@ -10,6 +10,7 @@
 #include "storage/StorageEngineFactory.h"
 #include "storage/StorageEngines.h"
 #include "storage/addressbook/ABAddressBookHelper.h"
+#include "storage/sugarsync/SugarSyncLogin.h"
 
 #include <fmt/format.h>
 #include <fmt/ostream.h>
@@ -56,73 +57,80 @@ namespace {
 
 // The address book is no engine of the storage contract: its helper opens the book, and
 // without access the storage can't stay on it.
-EngineUse useAddressBook(Supervisor& supervisor) {
+bool useAddressBook(Supervisor& supervisor) {
     if (!ABAddressBookHelper::reopened()->isValid()) {
         if (supervisor.isStorageAddressbook()) supervisor.setStorageToLocal();
-        return EngineUse::Refused;
+        return false;
     }
     supervisor.setStorageToAddressbook();
-    return EngineUse::Current;
+    return true;
 }
 
 }  // namespace
 
-EngineUse useStorageEngine(StorageType type) {
+bool useStorageEngine(StorageType type) {
     Supervisor& supervisor = Supervisor::shared();
     if (type == StorageType::Addressbook) {
-        const EngineUse use = useAddressBook(supervisor);
-        if (use == EngineUse::Current) supervisor.persistStorageType();
-        return use;
+        const bool used = useAddressBook(supervisor);
+        if (used) supervisor.persistStorageType();
+        return used;
     }
     const StorageType before = supervisor.currentStorageType();
     supervisor.setCurrentStorageType(type);
     const auto engine = createStorageEngine(type);
-    if (!engine) {
-        supervisor.setCurrentStorageType(before);
-        return EngineUse::NotBuilt;
-    }
     // An engine that can't work (an FTP server without a login, say) gave way as it started.
     if (supervisor.currentStorageType() != type) {
         AlertPresenter::shared()->showAlert(Strings::localized("WARNING"), engine->errorMessage().value_or(""),
                                             {Strings::localized("OK_BUTTON")}, {});
         supervisor.setCurrentStorageType(before);
-        return EngineUse::Refused;
+        return false;
     }
     supervisor.persistStorageType();
-    return EngineUse::Current;
+    return true;
 }
 
 namespace {
 
-bool tookEngine(StorageType type, const std::string& name, std::ostream& out) {
-    switch (useStorageEngine(type)) {
-        case EngineUse::Current:
-            return true;
-        case EngineUse::NotBuilt:
-            fmt::print(out, "The {} engine is not available in this build.\n", name);
-            return false;
-        case EngineUse::Refused:
-            return false;
-    }
+// Makes an engine current when it is linked to an account already; otherwise the storage
+// before stays current, until a login has been made.
+bool tookLinkedEngine(StorageType type) {
+    Supervisor& supervisor = Supervisor::shared();
+    const StorageType before = supervisor.currentStorageType();
+    if (!useStorageEngine(type)) return false;
+    auto* engine = dynamic_cast<ConnectionOrientedStorageHelperProtocol*>(StorageEngines::engine(type).get());
+    if (engine && engine->isLoggedIn()) return true;
+    supervisor.setCurrentStorageType(before);
+    supervisor.persistStorageType();
     return false;
+}
+
+bool takeCloudEngine(OAuthLogin& login, StorageType type, TerminalPrompt& prompt, std::ostream& out) {
+    if (tookLinkedEngine(type)) return true;
+    const auto readAnswer = [&prompt] { return prompt.readText(kBrowserLoginQuestion); };
+    return logInThroughBrowser(login, std::nullopt, readAnswer, out, out) == BrowserLoginOutcome::LoggedIn;
+}
+
+bool takeSugarSync(TerminalPrompt& prompt, std::ostream& out) {
+    if (tookLinkedEngine(StorageType::SugarSync)) return true;
+    const auto user = prompt.readText("SugarSync login: ");
+    const auto password = user ? prompt.readText("Password: ", true) : std::nullopt;
+    if (!password) return false;
+    SugarSyncLogin login;
+    if (const auto error = login.logIn(*user, *password)) {
+        fmt::print(out, "{}\n", *error);
+        return false;
+    }
+    fmt::print(out, "Logged in as {}.\n", login.accountName());
+    return true;
 }
 
 }  // namespace
 
-bool takeCloudEngine(StorageType type, TerminalPrompt& prompt, std::ostream& out) {
-    const auto login = makeOAuthLogin(type);
-    if (!login) return false;
-    Supervisor& supervisor = Supervisor::shared();
-    const StorageType before = supervisor.currentStorageType();
-    if (useStorageEngine(type) == EngineUse::Current) {
-        auto* engine = dynamic_cast<ConnectionOrientedStorageHelperProtocol*>(StorageEngines::engine(type).get());
-        if (engine && engine->isLoggedIn()) return true;
-        // Not current until the login has been made.
-        supervisor.setCurrentStorageType(before);
-        supervisor.persistStorageType();
-    }
-    const auto readAnswer = [&prompt] { return prompt.readText(kBrowserLoginQuestion); };
-    return logInThroughBrowser(*login, std::nullopt, readAnswer, out, out) == BrowserLoginOutcome::LoggedIn;
+bool takeEngine(StorageType type, TerminalPrompt& prompt, std::ostream& out) {
+    if (const ServerEngine* server = serverEngineOfType(type)) return chooseServerHost(*server, prompt, out);
+    if (type == StorageType::SugarSync) return takeSugarSync(prompt, out);
+    if (const auto login = makeOAuthLogin(type)) return takeCloudEngine(*login, type, prompt, out);
+    return useStorageEngine(type);
 }
 
 bool chooseStorageEngine(TerminalPrompt& prompt, std::ostream& out) {
@@ -130,16 +138,7 @@ bool chooseStorageEngine(TerminalPrompt& prompt, std::ostream& out) {
     for (const EngineName& engine : kEngineNames) names.emplace_back(engine.name);
     const auto chosen = prompt.choose("Storage engine", names);
     if (!chosen) return false;
-    const StorageType type = kEngineNames[*chosen].type;
-    const ServerEngine* server = serverEngineOfType(type);
-    bool taken = false;
-    if (server) {
-        taken = chooseServerHost(*server, prompt, out);
-    } else if (makeOAuthLogin(type)) {
-        taken = takeCloudEngine(type, prompt, out);
-    } else {
-        taken = tookEngine(type, names[*chosen], out);
-    }
+    const bool taken = takeEngine(kEngineNames[*chosen].type, prompt, out);
     if (taken) fmt::print(out, "Storage is now {}.\n", Supervisor::shared().storageEngineName());
     return taken;
 }

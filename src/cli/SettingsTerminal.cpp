@@ -2,7 +2,6 @@
 
 #include "cli/BackupCalendarTerminal.h"
 #include "cli/EngineChoice.h"
-#include "cli/ServerHostChoice.h"
 #include "cli/SwitchListTerminal.h"
 #include "cli/TerminalFlow.h"
 #include "cli/TextWrap.h"
@@ -21,7 +20,6 @@ namespace stowhaven {
 namespace {
 
 std::string engineRowText(const SettingsViewController::EngineRowState& state) {
-    if (!state.row->built) return fmt::format("{} - not in this build yet", state.row->title);
     return state.highlighted ? fmt::format("{} (in use)", state.row->title) : state.row->title;
 }
 
@@ -36,17 +34,8 @@ void showEngineRows(TerminalFlow& flow, SettingsViewController& settings) {
         if (!chosen) return;
         const EngineRow& row = *rows[*chosen].row;
         switch (settings.tapEngineRow(*chosen)) {
-            case SettingsViewController::TapResult::NotBuilt:
-                fmt::print(
-                    flow.out(), "{}\n",
-                    wrapped(fmt::format("{} is not in this build yet: nothing changed.", row.title), flow.width()));
-                break;
             case SettingsViewController::TapResult::LoginNeeded:
-                if (const ServerEngine* server = serverEngineOfType(row.type)) {
-                    chooseServerHost(*server, *flow.prompt(), flow.out());
-                } else {
-                    takeCloudEngine(row.type, *flow.prompt(), flow.out());
-                }
+                takeEngine(row.type, *flow.prompt(), flow.out());
                 break;
             case SettingsViewController::TapResult::Refused:
                 fmt::print(flow.out(), "{}\n",

@@ -21,16 +21,10 @@ int use(const std::string& name, std::ostream& out, std::ostream& errors) {
                    storageEngineNames());
         return 2;
     }
-    switch (useStorageEngine(*type)) {
-        case EngineUse::Current:
-            break;
-        case EngineUse::NotBuilt:
-            fmt::print(errors, "stowhaven: the {} engine is not available in this build\n", name);
-            return 2;
-        case EngineUse::Refused:
-            fmt::print(errors, "stowhaven: the {} engine can't be used here; storage stays {}\n", name,
-                       Supervisor::shared().storageEngineName());
-            return 1;
+    if (!useStorageEngine(*type)) {
+        fmt::print(errors, "stowhaven: the {} engine can't be used here; storage stays {}\n", name,
+                   Supervisor::shared().storageEngineName());
+        return 1;
     }
     // An engine that can't work falls back to another as it starts; the user learns which.
     const Supervisor& supervisor = Supervisor::shared();
@@ -59,8 +53,8 @@ int showAddressBook(const Supervisor& supervisor, std::ostream& out, std::ostrea
 }
 
 void printStorage(const Supervisor& supervisor, std::ostream& out) {
-    fmt::print(out, "Storage: {} (type {})\n", supervisor.storageEngineName(),
-               static_cast<std::int64_t>(supervisor.currentStorageType()));
+    fmt::print(out, "Storage: {} (type {})\nEngines in this build: {}\n", supervisor.storageEngineName(),
+               static_cast<std::int64_t>(supervisor.currentStorageType()), storageEngineNames());
 }
 
 // The engine that a job would work with: one that can't start has given way to local storage.

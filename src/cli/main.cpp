@@ -14,6 +14,7 @@
 #include "cli/ShareCommands.h"
 #include "cli/StatusCommand.h"
 #include "cli/StorageCommand.h"
+#include "cli/SugarSyncStorageCommands.h"
 #include "cli/TerminalAlerts.h"
 #include "cli/TerminalFlow.h"
 #include "cli/VerifyCommand.h"
@@ -147,6 +148,8 @@ int main(int argc, char** argv) {
     serverStorage.add(*storage);
     OAuthStorageCommands cloudStorage;
     cloudStorage.add(serverStorage.loginGroup(), serverStorage.logoutGroup());
+    SugarSyncStorageCommands sugarSyncStorage;
+    sugarSyncStorage.add(serverStorage.loginGroup(), serverStorage.logoutGroup());
 
     ShareCommands share;
     share.add(app);
@@ -231,6 +234,8 @@ int main(int argc, char** argv) {
             status = serverStorage.run(std::cout, std::cerr);
         } else if (cloudStorage.parsed()) {
             status = cloudStorage.run(std::cout, std::cerr);
+        } else if (sugarSyncStorage.parsed()) {
+            status = sugarSyncStorage.run(std::cout, std::cerr);
         } else if (storage->parsed()) {
             status = StorageCommand::run(storageEngine, std::cout, std::cerr);
         }

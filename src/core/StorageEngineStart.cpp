@@ -33,16 +33,12 @@ std::optional<std::string> StorageEngineStart::start() {
     if (supervisor.isStorageAddressbook()) return std::nullopt;
     const StorageType type = supervisor.currentStorageType();
     const std::string name = supervisor.storageEngineName();
-    if (const auto engine = createStorageEngine(type)) {
-        waitForInitialization(engine);
-        if (supervisor.currentStorageType() == type) return std::nullopt;
-        // The engine couldn't start and gave way to local storage.
-        fallBackToLocalStorage();
-        return Strings::format("STORAGE_FALLBACK_MESSAGE", name, engine->errorMessage().value_or(""));
-    }
-    SH_LOG("No {} engine in this build", name);
+    const auto engine = createStorageEngine(type);
+    waitForInitialization(engine);
+    if (supervisor.currentStorageType() == type) return std::nullopt;
+    // The engine couldn't start and gave way to local storage.
     fallBackToLocalStorage();
-    return Strings::format("STORAGE_NOT_AVAILABLE_MESSAGE", name);
+    return Strings::format("STORAGE_FALLBACK_MESSAGE", name, engine->errorMessage().value_or(""));
 }
 
 void StorageEngineStart::fallBackToLocalStorage() {

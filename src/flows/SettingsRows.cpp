@@ -7,15 +7,15 @@ namespace stowhaven {
 namespace {
 
 constexpr std::array<EngineRow, 9> kEngineRows = {{
-    {StorageType::Box, "Box™", true},
-    {StorageType::Dropbox, "Dropbox™", true},
-    {StorageType::FTP, "FTP", true},
-    {StorageType::GDrive, "Google Drive™", true},
-    {StorageType::OwnCloud, "ownCloud™", true},
-    {StorageType::SkyDrive, "OneDrive™", true},
-    {StorageType::SugarSync, "SugarSync™", false},
-    {StorageType::Local, "Local storage", true},
-    {StorageType::Addressbook, "Address book", true},
+    {StorageType::Box, "Box™"},
+    {StorageType::Dropbox, "Dropbox™"},
+    {StorageType::FTP, "FTP"},
+    {StorageType::GDrive, "Google Drive™"},
+    {StorageType::OwnCloud, "ownCloud™"},
+    {StorageType::SkyDrive, "OneDrive™"},
+    {StorageType::SugarSync, "SugarSync™"},
+    {StorageType::Local, "Local storage"},
+    {StorageType::Addressbook, "Address book"},
 }};
 
 std::vector<SwitchSection> makeSections() {

@@ -12,8 +12,6 @@ namespace stowhaven {
 struct EngineRow {
     StorageType type;
     const char* title;
-    // This build has the engine; a row without it only says so.
-    bool built;
 };
 
 // The nine engines in the screen's fixed order: Box, Dropbox, FTP, Google Drive, ownCloud,

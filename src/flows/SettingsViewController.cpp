@@ -64,7 +64,7 @@ std::vector<SettingsViewController::EngineRowState> SettingsViewController::engi
     const StorageType current = Supervisor::shared().currentStorageType();
     std::vector<EngineRowState> rows;
     for (const EngineRow& row : stowhaven::engineRows()) {
-        rows.push_back({&row, row.built && row.type == current && isLoggedIn(row.type)});
+        rows.push_back({&row, row.type == current && isLoggedIn(row.type)});
     }
     return rows;
 }
@@ -73,10 +73,6 @@ SettingsViewController::TapResult SettingsViewController::tapEngineRow(std::size
     const auto rows = stowhaven::engineRows();
     if (index >= rows.size()) return TapResult::Done;
     const EngineRow& row = rows[index];
-    if (!row.built) {
-        SH_LOG("{} is not in this build", row.title);
-        return TapResult::NotBuilt;
-    }
     switch (row.type) {
         case StorageType::Local:
             return tapLocalStorage();

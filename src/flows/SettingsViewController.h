@@ -27,7 +27,6 @@ public:
         Done,         // the rows show the change
         Asked,        // a question went up; its answer does the rest
         LoginNeeded,  // the engine wants a server and a login first
-        NotBuilt,     // this build has no such engine: nothing changed
         Refused,      // the engine can't be used here, and said why
     };
 

@@ -8,6 +8,7 @@
 #include "storage/local/LocalStorageHelper.h"
 #include "storage/onedrive/SkyDriveHelper.h"
 #include "storage/owncloud/OwnCloudHelper.h"
+#include "storage/sugarsync/SugarSyncHelper.h"
 
 namespace stowhaven {
 
@@ -26,6 +27,8 @@ std::shared_ptr<StorageHelperProtocol> builtInEngine(StorageType type) {
             return GDriveHelper::createGDriveHelper();
         case StorageType::SkyDrive:
             return SkyDriveHelper::createSkyDriveHelper();
+        case StorageType::SugarSync:
+            return SugarSyncHelper::createSugarSyncHelper();
         default:
             return OwnCloudHelper::createOwnCloudHelper();
     }
@@ -36,13 +39,13 @@ std::shared_ptr<StorageHelperProtocol> builtInEngine(StorageType type) {
 std::shared_ptr<StorageHelperProtocol> createStorageEngine(StorageType type) {
     switch (type) {
         case StorageType::Addressbook:
-        case StorageType::SugarSync:
-            // Made by the factory its engine registered, if any.
+            // The address book is no engine of the storage contract: a test's factory, if any.
             return StorageEngines::create(type);
         case StorageType::Dropbox:
         case StorageType::Box:
         case StorageType::GDrive:
         case StorageType::SkyDrive:
+        case StorageType::SugarSync:
         case StorageType::FTP:
         case StorageType::OwnCloud:
             // A factory registered in its place (a test's) goes first.

@@ -82,7 +82,10 @@ TEST_F(StatusAndHistoryProgramTest, TheHistoryListsEverySessionNewestFirst) {
 TEST_F(StatusAndHistoryProgramTest, TheStorageCommandShowsTheEngineAndChangesItOnlyToOneThatExists) {
     const auto shown = device_.run("storage");
     ASSERT_EQ(shown.status, 0) << shown.errors;
-    EXPECT_NE(shown.output.find("Storage: local storage (type 5)"), std::string::npos) << shown.output;
+    EXPECT_NE(shown.output.find("Storage: local storage (type 5)\nEngines in this build: addressbook, dropbox, "
+                                "sugarsync, onedrive, box, local, ftp, gdrive, owncloud\n"),
+              std::string::npos)
+        << shown.output;
     EXPECT_NE(shown.output.find("Free space: "), std::string::npos);
     EXPECT_NE(shown.output.find("Folder: " + device_.path(kStorageFolder)), std::string::npos);
 
@@ -91,19 +94,19 @@ TEST_F(StatusAndHistoryProgramTest, TheStorageCommandShowsTheEngineAndChangesItO
     ASSERT_EQ(used.status, 0) << used.errors;
     EXPECT_EQ(used.output, "Storage is now local storage (type 5).\n");
     EXPECT_EQ(device_.run("storage use floppy").status, 2);
-    const auto missing = device_.run("storage use sugarsync");
-    EXPECT_EQ(missing.status, 2);
-    EXPECT_NE(missing.errors.find("not available"), std::string::npos) << missing.errors;
+    const auto unlinked = device_.run("storage use sugarsync");
+    EXPECT_EQ(unlinked.status, 1) << "no login to take it with";
+    EXPECT_NE(unlinked.errors.find("storage stays local storage"), std::string::npos) << unlinked.errors;
     EXPECT_EQ(device_.run("settings CurrentStorageType").output, "5\n");
 }
 
-// A stored engine that can't start (this build has no SugarSync engine) gives way to local
+// A stored engine that can't start (SugarSync with no account linked) gives way to local
 // storage for the run, as a backup does, and the user is told; the stored choice stays.
 TEST_F(StatusAndHistoryProgramTest, WithAStoredEngineThatCantStartTheCommandsWorkOnLocalStorage) {
     store(700000000, "First");
     store(700086400, "Second");
     ASSERT_EQ(device_.run("settings CurrentStorageType 2").status, 0);
-    const std::string warning = "SugarSync™ storage is not available in this build";
+    const std::string warning = "SugarSync™ storage can't be used now (No SugarSync account is linked)";
     const auto told = [&](const test::ProgramOutcome& outcome) {
         return outcome.errors.find(warning) != std::string::npos;
     };

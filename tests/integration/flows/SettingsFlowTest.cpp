@@ -73,9 +73,8 @@ TEST_F(SettingsFlowTest, TheCurrentLocalRowAsksBeforeErasingAndAnotherRowOnlySwi
     ASSERT_TRUE(FileManager::createDirectory(sessionFolder, true));
     ASSERT_TRUE(FileManager::writeFile(usersFile, "mine"));
 
-    EXPECT_EQ(settings_->tapEngineRow(kSugarSyncRow), Tap::NotBuilt);
-    EXPECT_TRUE(scope_.supervisor().isStorageLocal());
-    EXPECT_EQ(StorageEngines::engine(StorageType::SugarSync), nullptr);
+    EXPECT_EQ(settings_->tapEngineRow(kSugarSyncRow), Tap::LoginNeeded);
+    EXPECT_TRUE(scope_.supervisor().isStorageLocal()) << "an engine without a login isn't taken";
 
     scope_.supervisor().setStorageToAddressbook();
     EXPECT_EQ(settings_->tapEngineRow(kLocalRow), Tap::Done);
