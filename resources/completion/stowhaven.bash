@@ -2,7 +2,7 @@
 _stowhaven() {
     local current=${COMP_WORDS[COMP_CWORD]}
     local previous=${COMP_WORDS[COMP_CWORD-1]}
-    local commands="packages settings items inspect share status history devices select storage open backup restore"
+    local commands="packages settings items inspect share status history devices select storage open backup restore verify"
     local command="" word
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         case " $commands " in *" $word "*) command=$word; break ;; esac
@@ -20,11 +20,12 @@ _stowhaven() {
         devices) options="dates rename delete adopt --json --yes" ;;
         select) options="packages sources applications stock-apps preferences springboard folders folder albums --photos --videos --json --restore --all --none --invert --fw-compatible --only --add --remove --save-default" ;;
         inspect) options="--json" ;;
-        storage) options="use login hosts forget logout ftp owncloud dropbox box --code --port --user --root --active --password-file --json" ;;
+        storage) options="use login hosts forget logout ftp owncloud dropbox box gdrive onedrive sugarsync --code --port --user --root --active --password-file --json" ;;
         share) options="text mail vcard clipboard pdf --to --output" ;;
         open) options="--yes stowhaven://autobackup" ;;
         backup) options="--yes --title --description --key-file" ;;
         restore) options="--yes --fw-compatible-only --session --key-file --log" ;;
+        verify) options="--session --all --key-file --json" ;;
     esac
     COMPREPLY=($(compgen -W "$options" -- "$current"))
 }
