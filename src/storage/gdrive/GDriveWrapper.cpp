@@ -281,7 +281,7 @@ bool GDriveWrapper::loadDirectoryCache(const std::string& stamp) {
     if (!session || !session->isFolder()) return fail("Can't find <" + stamp + ">");
     const auto children = client_.list(GDriveQuery::childrenOf(session->id));
     if (!children) {
-        SH_LOG("Error <{}> while listing <{}/{}> directory!", errorMessage().value_or("(null)"), session->name, "");
+        SH_LOG("Error <{}> while listing <{}> directory!", errorMessage().value_or("(null)"), stamp);
         return false;
     }
     std::map<std::string, GDriveFile> files;
