@@ -7,6 +7,7 @@
 #include "core/CydiaFileManager.h"
 #include "core/FileSizes.h"
 #include "core/ProcessFlags.h"
+#include "core/SessionDebName.h"
 #include "core/Supervisor.h"
 #include "core/Text.h"
 #include "platform/FileManager.h"
@@ -149,7 +150,8 @@ void DebsBackupOperation::collectDownloadedDebs(const std::string& archives) {
 void DebsBackupOperation::repackMissingDebs(const std::string& archives) {
     std::map<std::string, std::string> installedVersions;
     for (const auto& package : CydiaFileManager::shared().currentPackages()) {
-        if (package->packageName() && package->version()) installedVersions[*package->packageName()] = *package->version();
+        if (package->packageName() && package->version())
+            installedVersions[*package->packageName()] = *package->version();
     }
     for (const std::string& line : textutil::split(backupSession()->rawData().value_or(""), '\n')) {
         if (Supervisor::shared().isCanceled()) return;
@@ -158,7 +160,7 @@ void DebsBackupOperation::repackMissingDebs(const std::string& archives) {
         const std::string identifier = textutil::trimmed(fields[1]);
         const auto version = installedVersions.find(identifier);
         if (version == installedVersions.end() ||
-            FileManager::isRegularFile(archives + "/" + PackageRepack::debFileName(identifier, version->second))) {
+            FileManager::isRegularFile(archives + "/" + sessionDebName(identifier, version->second))) {
             continue;
         }
         Supervisor::shared().notifyProgress(std::nullopt, fmt::format("Repacking <{}>...", fields[0]));

@@ -2,6 +2,7 @@
 
 #include "backup/PackageRepackRecord.h"
 #include "backup/PackageRepackTree.h"
+#include "core/SessionDebName.h"
 #include "core/Supervisor.h"
 #include "core/Text.h"
 #include "platform/FileManager.h"
@@ -26,15 +27,11 @@ PackageRepack::Outcome refused(std::string reason) {
 std::string lastLineOf(const std::optional<std::string>& text) {
     const std::string trimmed = textutil::trimmed(text.value_or(""));
     const std::size_t lineStart = trimmed.rfind('\n');
-    return trimmed.empty() ? "dpkg-deb made no file" : trimmed.substr(lineStart == std::string::npos ? 0 : lineStart + 1);
+    return trimmed.empty() ? "dpkg-deb made no file"
+                           : trimmed.substr(lineStart == std::string::npos ? 0 : lineStart + 1);
 }
 
 }  // namespace
-
-std::string PackageRepack::debFileName(const std::string& packageName, const std::string& version) {
-    return fmt::format("{}_{}_{}.deb", textutil::lowered(packageName), textutil::lowered(textutil::percentEncoded(version)),
-                       kArchitecture);
-}
 
 std::string PackageRepack::packCommand(const std::string& tree, const std::string& deb, const std::string& log) {
     return fmt::format("dpkg-deb -b {} {} 1> {} 2>&1", ShellQuote::quoted(tree), ShellQuote::quoted(deb),
@@ -57,7 +54,7 @@ PackageRepack::Outcome PackageRepack::repack(const std::string& identifier, cons
         outcome = refused(*built.refusal);
     } else {
         Supervisor& supervisor = Supervisor::shared();
-        const std::string deb = folder + "/" + debFileName(identifier, record->version);
+        const std::string deb = folder + "/" + sessionDebName(identifier, record->version);
         const std::string log = supervisor.getTemporaryFileName(false);
         supervisor.systemExecute(packCommand(tree, deb, log));
         // dpkg-deb's word is the file it leaves.

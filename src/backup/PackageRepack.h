@@ -24,9 +24,6 @@ public:
     // Repacks IDENTIFIER into FOLDER, building its tree in WORKFOLDER (removed after).
     static Outcome repack(const std::string& identifier, const std::string& folder, const std::string& workFolder);
 
-    // "name_1%3a2.0_iphoneos-arm.deb" for "Name" "1:2.0": the name a restore looks for.
-    static std::string debFileName(const std::string& packageName, const std::string& version);
-
     // dpkg-deb -b "TREE" "DEB" 1> "LOG" 2>&1: owners and modes as the tree has them.
     static std::string packCommand(const std::string& tree, const std::string& deb, const std::string& log);
 

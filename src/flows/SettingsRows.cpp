@@ -31,6 +31,7 @@ std::vector<SwitchSection> makeSections() {
           {Switch, "Automatic backup", "AutobackupEnabled"}}},
         {"PACKAGES AS DEB FILES",
          {{Switch, "Backup package as DEB", "BackupDebsEnabled"},
+          {Switch, "Repack missing packages", "RepackMissingDebsEnabled"},
           {Switch, "Restore package from DEB", "RestoreFromDebsEnabled"}}},
         {"BACKUP/RESTORE NETWORK USAGE", {{Switch, "Only on Wifi", "CloudStorageOnWifiOnly"}}},
         {"BACKUP/RESTORE POWER RESTRICTION",

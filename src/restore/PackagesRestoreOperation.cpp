@@ -4,6 +4,7 @@
 #include "core/CydiaFileManager.h"
 #include "core/PackageScan.h"
 #include "core/ProcessFlags.h"
+#include "core/SessionDebName.h"
 #include "core/Supervisor.h"
 #include "core/Text.h"
 #include "platform/DeviceRoot.h"
@@ -41,15 +42,10 @@ void deleteDpkgLock() {
 }
 
 // The name the backup stored the package's file under.
-std::string debFileName(const CydiaFile& package) {
-    return fmt::format("{}_{}_iphoneos-arm.deb", textutil::lowered(textutil::orNull(package.packageName())),
-                       textutil::lowered(textutil::percentEncoded(textutil::orNull(package.version()))));
-}
-
 // The session's package that the fetched file is of.
 std::shared_ptr<CydiaFile> packageOfDeb(const std::string& fileName) {
     for (const auto& package : CydiaFileManager::shared().oldPackages()) {
-        if (debFileName(*package) == fileName) return package;
+        if (sessionDebName(*package) == fileName) return package;
     }
     return nullptr;
 }
@@ -182,8 +178,8 @@ bool PackagesRestoreOperation::fetchNextDeb() {
         return true;
     }
     bool answered = false;
-    fetchSessionFile(*engine(), debFileName(*package), *sessionDate(), kDebsDirectory, &answered);
-    if (!answered) SH_LOG("The storage never answered for <{}>!", debFileName(*package));
+    fetchSessionFile(*engine(), sessionDebName(*package), *sessionDate(), kDebsDirectory, &answered);
+    if (!answered) SH_LOG("The storage never answered for <{}>!", sessionDebName(*package));
     return answered;
 }
 

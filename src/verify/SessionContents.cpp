@@ -3,6 +3,7 @@
 #include "backup/ApplicationsDataOperation.h"
 #include "core/BackupSession.h"
 #include "core/CydiaFile.h"
+#include "core/SessionDebName.h"
 #include "core/Text.h"
 #include "items/Application.h"
 #include "items/ArchivableFolder.h"
@@ -17,12 +18,6 @@ namespace {
 
 constexpr const char* kDebsDirectory = "DEBS";
 
-// The name the package's capture stores its file under, and the restore fetches it by.
-std::string debFileName(const CydiaFile& package) {
-    return fmt::format("{}_{}_iphoneos-arm.deb", textutil::lowered(textutil::orNull(package.packageName())),
-                       textutil::lowered(textutil::percentEncoded(textutil::orNull(package.version()))));
-}
-
 void addPackages(const BackupSession& session, SessionContents& contents) {
     for (const std::string& line : textutil::split(session.rawData().value_or(""), '\n')) {
         const CydiaFile package(line);
@@ -31,7 +26,7 @@ void addPackages(const BackupSession& session, SessionContents& contents) {
             contents.unnamedPackages.push_back(*package.packageName());
             continue;
         }
-        contents.debs.push_back({"package " + *package.packageName(), debFileName(package), kDebsDirectory});
+        contents.debs.push_back({"package " + *package.packageName(), sessionDebName(package), kDebsDirectory});
     }
 }
 

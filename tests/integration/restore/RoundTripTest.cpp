@@ -67,6 +67,8 @@ protected:
         FileManager::writeFile(original_->path("/Library/Themes/Handmade.theme/Info.plist"), "<plist/>");
         ASSERT_TRUE(original_->turnOn({"AutoScanPkgEnabled", "AutoScanStockAppsEnabled", "AutoScanAppStoreAppsEnabled",
                                        "AutoScanOtherOptionsEnabled", "BackupDebsEnabled", "EncryptBackupEnabled"}));
+        // The capture as the repositories serve it; the repack has tests of its own.
+        ASSERT_EQ(original_->run("settings RepackMissingDebsEnabled false").status, 0);
         const auto backup =
             original_->run("backup --yes --title 'Before the wipe' --key-file " + ShellQuote::path(keyFile()));
         EXPECT_EQ(backup.status, 0) << backup.errors;
