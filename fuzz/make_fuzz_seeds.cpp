@@ -27,6 +27,9 @@ int main(int argc, char** argv) {
         writeMultistatusSeeds(folder);
         writeDropboxSeeds(folder);
         writeBoxSeeds(folder);
+        writeGDriveSeeds(folder);
+        writeOneDriveSeeds(folder);
+        writeSugarSyncSeeds(folder);
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "%s: %s\n", argv[0], failure.what());
         return 1;

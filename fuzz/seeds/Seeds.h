@@ -44,5 +44,8 @@ void writeRestoreLogSeeds(const std::filesystem::path& folder);
 void writeMultistatusSeeds(const std::filesystem::path& folder);
 void writeDropboxSeeds(const std::filesystem::path& folder);
 void writeBoxSeeds(const std::filesystem::path& folder);
+void writeGDriveSeeds(const std::filesystem::path& folder);
+void writeOneDriveSeeds(const std::filesystem::path& folder);
+void writeSugarSyncSeeds(const std::filesystem::path& folder);
 
 }  // namespace stowhaven::fuzz
