@@ -15,6 +15,8 @@ namespace {
 
 // The most of an error page shown to the user.
 constexpr std::size_t kLongestErrorBody = 300;
+// "2016-01-02T03:04:05.678901234-08:00" and a little more: no longer text is matched at all.
+constexpr std::size_t kLongestDateTime = 48;
 
 bool rootIs(const pugi::xml_document& document, const char* name, std::string& error) {
     if (std::string_view(document.document_element().name()) == name) return true;
@@ -57,6 +59,7 @@ std::string textOfPage(std::string_view body) {
 }  // namespace
 
 std::optional<Date> dateTime(std::string_view text) {
+    if (text.size() > kLongestDateTime) return std::nullopt;
     static const std::regex kPattern(
         R"((\d{4})-(\d{2})-(\d{2})[T ](\d{2}):(\d{2}):(\d{2})(?:\.(\d{1,9}))?(Z|([+-])(\d{2}):?(\d{2})))");
     std::match_results<std::string_view::const_iterator> match;
