@@ -1,29 +1,15 @@
 #include "cli/OAuthStorageCommands.h"
 
 #include "cli/BrowserLogin.h"
+#include "cli/LoginInput.h"
 #include "core/Supervisor.h"
 #include "platform/Terminal.h"
-#include "platform/TerminalInput.h"
 #include "storage/OAuthLogin.h"
 
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 
 namespace stowhaven {
-
-namespace {
-
-// What the user is to hand back, read on the terminal; nothing when the input ended.
-std::optional<std::string> askForAnswer(std::ostream& out) {
-    out << kBrowserLoginQuestion;
-    out.flush();
-    TerminalInput input;
-    InputLine line = input.readLine(false);
-    if (line.kind != InputLine::Kind::Line) return std::nullopt;
-    return line.text;
-}
-
-}  // namespace
 
 void OAuthStorageCommands::add(CLI::App& login, CLI::App& logout) {
     for (Engine& engine : engines_) {
@@ -56,7 +42,7 @@ int OAuthStorageCommands::logIn(const Engine& engine, std::ostream& out, std::os
         return 1;
     }
     std::function<std::optional<std::string>()> readAnswer;
-    if (Terminal::isStandardInputATerminal()) readAnswer = [&out] { return askForAnswer(out); };
+    if (Terminal::isStandardInputATerminal()) readAnswer = [&out] { return askOnTerminal(kBrowserLoginQuestion, out); };
     switch (logInThroughBrowser(*login, code_, readAnswer, out, errors)) {
         case BrowserLoginOutcome::LoggedIn:
             fmt::print(out, "Storage is now {}.\n", Supervisor::shared().storageEngineName());

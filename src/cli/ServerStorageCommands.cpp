@@ -1,6 +1,6 @@
 #include "cli/ServerStorageCommands.h"
 
-#include "cli/PasswordInput.h"
+#include "cli/LoginInput.h"
 #include "core/Supervisor.h"
 #include "platform/AsciiCase.h"
 #include "storage/ServerHosts.h"

@@ -1,28 +1,14 @@
 #include "cli/SugarSyncStorageCommands.h"
 
-#include "cli/PasswordInput.h"
+#include "cli/LoginInput.h"
 #include "core/Supervisor.h"
 #include "platform/Terminal.h"
-#include "platform/TerminalInput.h"
 #include "storage/sugarsync/SugarSyncLogin.h"
 
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 
 namespace stowhaven {
-
-namespace {
-
-std::optional<std::string> askForUser(std::ostream& out) {
-    out << "SugarSync login: ";
-    out.flush();
-    TerminalInput input;
-    InputLine line = input.readLine(false);
-    if (line.kind != InputLine::Kind::Line) return std::nullopt;
-    return line.text;
-}
-
-}  // namespace
 
 void SugarSyncStorageCommands::add(CLI::App& login, CLI::App& logout) {
     login_ =
@@ -46,7 +32,7 @@ int SugarSyncStorageCommands::logIn(std::ostream& out, std::ostream& errors) {
                        "--user NAME\"\n");
             return 2;
         }
-        user_ = askForUser(out);
+        user_ = askOnTerminal("SugarSync login: ", out);
         if (!user_) return 1;
     }
     const auto password = readPassword(passwordFile_, fmt::format("Password for {}: ", *user_), errors);

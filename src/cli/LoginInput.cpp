@@ -1,4 +1,4 @@
-#include "cli/PasswordInput.h"
+#include "cli/LoginInput.h"
 
 #include "cli/KeyFile.h"
 #include "platform/Environment.h"
@@ -9,6 +9,15 @@
 #include <fmt/ostream.h>
 
 namespace stowhaven {
+
+std::optional<std::string> askOnTerminal(const std::string& question, std::ostream& out) {
+    out << question;
+    out.flush();
+    TerminalInput input;
+    InputLine line = input.readLine(false);
+    if (line.kind != InputLine::Kind::Line) return std::nullopt;
+    return line.text;
+}
 
 std::optional<std::string> readPassword(const std::optional<std::string>& passwordFile, const std::string& question,
                                         std::ostream& errors) {
