@@ -32,17 +32,27 @@ constexpr int kUsageError = 2;
 // No verification takes this long; one that does is left to end with the program.
 constexpr std::chrono::hours kLongestVerification{24};
 
-// The history files to verify among those listed (oldest first): the one of STAMP, all of
-// them, or the newest; nothing for a stamp that isn't there.
+// Whether two ISO 8601 times in UTC ("2024-05-01T08:00:00.250Z") name the same second: a
+// history file's name keeps the session's time to the second.
+bool isSameSecond(const std::string& left, const std::string& right) {
+    constexpr std::size_t kToTheSecond = 19;
+    return left.size() > kToTheSecond && right.size() > kToTheSecond && left.ends_with('Z') && right.ends_with('Z') &&
+           left.compare(0, kToTheSecond, right, 0, kToTheSecond) == 0;
+}
+
+// The history files to verify among those listed (oldest first): the one named by SESSION
+// (its stamp, or its date as the history lists it), all of them, or the newest; nothing for
+// a session that isn't there.
 std::optional<std::vector<std::string>> chosen(const std::vector<std::string>& listed,
-                                               const std::optional<std::string>& stamp, bool all) {
+                                               const std::optional<std::string>& session, bool all) {
     if (all) return listed;
-    if (!stamp) return listed.empty() ? listed : std::vector<std::string>{listed.back()};
-    const auto date = StorageLayout::dateOfStamp(*stamp);
-    if (!date) return std::nullopt;
-    const std::string name = StorageLayout::historyFileName(*date);
-    if (std::find(listed.begin(), listed.end(), name) == listed.end()) return std::nullopt;
-    return std::vector<std::string>{name};
+    if (!session) return listed.empty() ? listed : std::vector<std::string>{listed.back()};
+    const auto named = std::find_if(listed.begin(), listed.end(), [&session](const std::string& name) {
+        const auto date = StorageLayout::dateOfHistoryFile(name);
+        return date && (StorageLayout::stamp(*date) == *session || isSameSecond(date->iso8601(), *session));
+    });
+    if (named == listed.end()) return std::nullopt;
+    return std::vector<std::string>{*named};
 }
 
 // The progress of the item in hand on standard error: on a terminal one line redrawn in
@@ -90,7 +100,8 @@ public:
 void VerifyCommand::add(CLI::App& app) {
     command_ = app.add_subcommand(
         "verify", "Check that the newest session (or another, or all) on the current storage would restore whole");
-    auto* session = command_->add_option("--session", session_, "The session's stamp, as the history lists it");
+    auto* session = command_->add_option(
+        "--session", session_, "The session's stamp (2024-05-01_10~00~00) or its date as the history lists it");
     auto* all = command_->add_flag("--all", all_, "Every session of this device on the storage");
     session->excludes(all);
     command_->add_option("--key-file", keyFile_,

@@ -22,8 +22,8 @@ constexpr std::uint64_t kLargestIndex = 64 * 1024;
 std::string partName(const std::string& kind, std::size_t position) { return fmt::format("{}-{:03}", kind, position); }
 
 // The part names the index lists; a fault when it can't be had or read.
-std::optional<std::vector<std::string>> indexedParts(StorageHelperProtocol& engine, Date date,
-                                                     const std::string& kind, std::string& fault) {
+std::optional<std::vector<std::string>> indexedParts(StorageHelperProtocol& engine, Date date, const std::string& kind,
+                                                     std::string& fault) {
     const std::string name = kind + ".idx";
     const auto index = fetchSessionFile(engine, name, date, std::nullopt);
     if (!index || !FileManager::isRegularFile(*index)) {

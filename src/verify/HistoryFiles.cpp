@@ -27,9 +27,7 @@ class HistoryFileCollector final : public SessionHistoryReceiver {
 public:
     explicit HistoryFileCollector(const std::vector<std::string>& names) : wanted_(names.begin(), names.end()) {}
 
-    bool hasBackupSessionDatedOn(Date date) override {
-        return !wanted_.contains(StorageLayout::historyFileName(date));
-    }
+    bool hasBackupSessionDatedOn(Date date) override { return !wanted_.contains(StorageLayout::historyFileName(date)); }
     void takeHistoryFile(const std::string& path) override {
         const std::string name = std::filesystem::path(path).filename().string();
         if (wanted_.contains(name)) {
@@ -99,7 +97,8 @@ HistoryFiles::Decoded HistoryFiles::decode(const std::string& path, const std::s
     auto session = root->object<BackupSession>();
     if (!session) return std::string("holds no session");
     const auto date = StorageLayout::dateOfHistoryFile(name);
-    if (!session->sessionDate() || !date || StorageLayout::stamp(*session->sessionDate()) != StorageLayout::stamp(*date)) {
+    if (!session->sessionDate() || !date ||
+        StorageLayout::stamp(*session->sessionDate()) != StorageLayout::stamp(*date)) {
         return std::string("holds a session of another date than its name");
     }
     return session;

@@ -48,10 +48,10 @@ void checkKinds(const Context& context, const std::vector<std::string>& kinds) {
     for (const std::string& kind : kinds) {
         const std::string item = textutil::firstLetterUppered(kind) + " data";
         context.progress(item, std::nullopt);
-        const auto outcome = CategoryCheck::run(context.engine, context.date, kind,
-                                                [&](std::size_t done, std::size_t parts) {
-                                                    context.progress(item, static_cast<double>(done) / static_cast<double>(parts));
-                                                });
+        const auto outcome =
+            CategoryCheck::run(context.engine, context.date, kind, [&](std::size_t done, std::size_t parts) {
+                context.progress(item, static_cast<double>(done) / static_cast<double>(parts));
+            });
         if (outcome.fault) {
             context.report.fault(context.stamp, item, *outcome.fault);
         } else {

@@ -15,8 +15,6 @@ std::string VerifyCommands::checkDeb(const std::string& deb, const std::string& 
                        ShellQuote::quoted(deb), ShellQuote::quoted(mark));
 }
 
-std::string VerifyCommands::markRun(const std::string& mark) {
-    return fmt::format(": > {}", ShellQuote::quoted(mark));
-}
+std::string VerifyCommands::markRun(const std::string& mark) { return fmt::format(": > {}", ShellQuote::quoted(mark)); }
 
 }  // namespace stowhaven

@@ -28,9 +28,9 @@ TEST(VerifyFtpStorageTest, ASessionOnTheServerIsSoundAndAPartCutShortThereIsName
     const test::TestFolder folder;
     const std::string password = folder / "password";
     FileManager::writeFile(password, server.account().password + "\n");
-    const auto login = device.run("storage login ftp " + server.account().host + " --port " +
-                                  std::to_string(server.account().port) + " --user " + server.account().login +
-                                  " --password-file " + ShellQuote::path(password));
+    const auto login =
+        device.run("storage login ftp " + server.account().host + " --port " + std::to_string(server.account().port) +
+                   " --user " + server.account().login + " --password-file " + ShellQuote::path(password));
     ASSERT_EQ(login.status, 0) << login.output << login.errors;
     const auto backup = device.run("backup --yes");
     ASSERT_EQ(backup.status, 0) << backup.errors;

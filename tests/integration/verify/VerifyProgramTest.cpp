@@ -9,8 +9,8 @@
 #include "support/TestFolder.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <unistd.h>
+#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <functional>
@@ -95,9 +95,8 @@ TEST_F(VerifyProgramTest, SoundSessionsPlainAndEncipheredAreOkItemByItemAndStayA
     }
     EXPECT_NE(lines.back().find("2 session(s)"), std::string::npos) << lines.back();
     EXPECT_NE(lines.back().find("all sound"), std::string::npos) << lines.back();
-    for (const char* item : {"  history  OK (\"Plain\")", "Enciphered\")",
-                             "  key  OK (the key given)", "  Notes data  OK", "  Calendar data  OK",
-                             "  application ", "  folder ", "  package "}) {
+    for (const char* item : {"  history  OK (\"Plain\")", "Enciphered\")", "  key  OK (the key given)",
+                             "  Notes data  OK", "  Calendar data  OK", "  application ", "  folder ", "  package "}) {
         EXPECT_TRUE(hasLine(verify.output, item)) << item << " in\n" << verify.output;
     }
     EXPECT_EQ(test::snapshot(original_->path(kStorageFolder)), storedBefore) << "verify writes nothing on storage";
@@ -170,44 +169,45 @@ TEST_P(DamagedSessionVerifyTest, NamesTheFaultAndGoesOnWithTheRest) {
 
 INSTANTIATE_TEST_SUITE_P(
     Damages, DamagedSessionVerifyTest,
-    ::testing::Values(
-        Damage{"PartMissing", [](const auto& folders) { fs::remove(folders[0] + "/NOTES/NOTES-000"); }, "",
-               "  Notes data  FAULT: its part <NOTES-000> is missing"},
-        Damage{"PartCutShort", [](const auto& folders) { cutInHalf(folders[0] + "/CALENDAR/CALENDAR-000"); }, "",
-               "  Calendar data  FAULT: its joined parts: doesn't list cleanly as a tar archive"},
-        Damage{"IndexNamesAPartThatIsGone", [](const auto& folders) { appendLine(folders[0] + "/NOTES.idx", "NOTES-001"); },
-               "", "  Notes data  FAULT: its part <NOTES-001> is missing"},
-        Damage{"IndexLeavesOutAStoredPart",
-               [](const auto& folders) {
-                   fs::copy_file(folders[0] + "/NOTES/NOTES-000", folders[0] + "/NOTES/NOTES-001");
-               },
-               "", "  Notes data  FAULT: its index leaves out the stored part <NOTES-001>"},
-        Damage{"IndexNamesACommand",
-               [](const auto& folders) {
-                   FileManager::writeFile(folders[0] + "/NOTES.idx", "NOTES-000\n$(touch pwned)\n");
-               },
-               "", "  Notes data  FAULT: its index names <$(touch pwned)> where <NOTES-001> belongs"},
-        Damage{"WrongKey", [](const auto&) {}, "STOWHAVEN_KEY=another ",
-               "  key  FAULT: the key given is not the session's"},
-        Damage{"ArchiveEncipheredUnderAnotherPassPhrase",
-               [](const auto& folders) {
-                   const std::string notes = folders[1] + "/NOTES/NOTES-000";
-                   const std::string plain = ShellQuote::path(notes + ".plain");
-                   test::runCommand("head -c 4096 /dev/urandom > " + plain +
-                                    " && openssl enc -e -a -salt -aes-256-cbc -pbkdf2 -k another -in " + plain +
-                                    " -out " + ShellQuote::path(notes) + " && rm " + plain);
-               },
-               "", "  Notes data  FAULT: its joined parts: doesn't decipher"},
-        Damage{"HistoryDamaged",
-               [](const auto& folders) {
-                   const std::string history = folders[0] + ".stowhvn";
-                   std::string text = FileManager::contentsOfFile(history).value_or("");
-                   text.replace(text.size() / 2, 8, "!!!!!!!!");
-                   FileManager::writeFile(history, text);
-               },
-               "", "  history  FAULT: <"},
-        Damage{"DebCutShort", [](const auto& folders) { cutInHalf(firstDeb(folders[0])); }, "",
-               "is not a valid package archive"}),
+    ::testing::Values(Damage{"PartMissing", [](const auto& folders) { fs::remove(folders[0] + "/NOTES/NOTES-000"); },
+                             "", "  Notes data  FAULT: its part <NOTES-000> is missing"},
+                      Damage{"PartCutShort",
+                             [](const auto& folders) { cutInHalf(folders[0] + "/CALENDAR/CALENDAR-000"); }, "",
+                             "  Calendar data  FAULT: its joined parts: doesn't list cleanly as a tar archive"},
+                      Damage{"IndexNamesAPartThatIsGone",
+                             [](const auto& folders) { appendLine(folders[0] + "/NOTES.idx", "NOTES-001"); }, "",
+                             "  Notes data  FAULT: its part <NOTES-001> is missing"},
+                      Damage{"IndexLeavesOutAStoredPart",
+                             [](const auto& folders) {
+                                 fs::copy_file(folders[0] + "/NOTES/NOTES-000", folders[0] + "/NOTES/NOTES-001");
+                             },
+                             "", "  Notes data  FAULT: its index leaves out the stored part <NOTES-001>"},
+                      Damage{"IndexNamesACommand",
+                             [](const auto& folders) {
+                                 FileManager::writeFile(folders[0] + "/NOTES.idx", "NOTES-000\n$(touch pwned)\n");
+                             },
+                             "", "  Notes data  FAULT: its index names <$(touch pwned)> where <NOTES-001> belongs"},
+                      Damage{"WrongKey", [](const auto&) {}, "STOWHAVEN_KEY=another ",
+                             "  key  FAULT: the key given is not the session's"},
+                      Damage{"ArchiveEncipheredUnderAnotherPassPhrase",
+                             [](const auto& folders) {
+                                 const std::string notes = folders[1] + "/NOTES/NOTES-000";
+                                 const std::string plain = ShellQuote::path(notes + ".plain");
+                                 test::runCommand("head -c 4096 /dev/urandom > " + plain +
+                                                  " && openssl enc -e -a -salt -aes-256-cbc -pbkdf2 -k another -in " +
+                                                  plain + " -out " + ShellQuote::path(notes) + " && rm " + plain);
+                             },
+                             "", "  Notes data  FAULT: its joined parts: doesn't decipher"},
+                      Damage{"HistoryDamaged",
+                             [](const auto& folders) {
+                                 const std::string history = folders[0] + ".stowhvn";
+                                 std::string text = FileManager::contentsOfFile(history).value_or("");
+                                 text.replace(text.size() / 2, 8, "!!!!!!!!");
+                                 FileManager::writeFile(history, text);
+                             },
+                             "", "  history  FAULT: <"},
+                      Damage{"DebCutShort", [](const auto& folders) { cutInHalf(firstDeb(folders[0])); }, "",
+                             "is not a valid package archive"}),
     [](const ::testing::TestParamInfo<Damage>& param) { return param.param.name; });
 
 }  // namespace
