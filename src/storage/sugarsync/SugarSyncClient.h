@@ -23,7 +23,6 @@ public:
     SugarSyncClient(SugarSyncService service, AbstractStorageWrapper& errors);
 
     SugarSyncSession& session() { return *session_; }
-    SugarSyncRetries& retries() { return retries_; }
     const SugarSyncService& service() const { return service_; }
 
     std::optional<SugarSyncUser> user();

@@ -102,7 +102,6 @@ std::optional<SugarSyncUser> user(std::string_view body, std::string& error) {
     if (!SugarSyncXml::parse(body, document, error) || !rootIs(document, "user", error)) return std::nullopt;
     const auto root = document.document_element();
     SugarSyncUser reply;
-    reply.username = SugarSyncXml::childText(root, "username");
     reply.magicBriefcase = SugarSyncXml::childText(root, "magicBriefcase");
     const auto quota = root.child("quota");
     const auto limit = number(SugarSyncXml::childText(quota, "limit"));

@@ -20,7 +20,6 @@ struct SugarSyncAuthorization {
 
 // The user record: the quota as the service gives it, and the Magic Briefcase's reference.
 struct SugarSyncUser {
-    std::string username;
     double limit = 0;
     double usage = 0;
     std::string magicBriefcase;
