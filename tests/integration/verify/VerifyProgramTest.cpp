@@ -118,6 +118,13 @@ TEST_F(VerifyProgramTest, SoundSessionsPlainAndEncipheredAreOkItemByItemAndStayA
     EXPECT_TRUE(keyChecked) << json.output;
     EXPECT_EQ(nlohmann::json::parse(objects.back()).at("summary").at("faults"), 0) << objects.back();
 
+    // A session named by its date as the history lists it.
+    const auto listed = nlohmann::json::parse(original_->run("history --json").output);
+    const auto plain = original_->run("verify --session " + listed.back().at("date").get<std::string>());
+    EXPECT_EQ(plain.status, 0) << plain.output << plain.errors;
+    EXPECT_TRUE(hasLine(plain.output, "history  OK (\"Plain\")")) << plain.output;
+    EXPECT_TRUE(hasLine(plain.output, "1 session(s)")) << plain.output;
+
     const auto unknown = original_->run("verify --session 1999-01-01_00~00~00");
     EXPECT_EQ(unknown.status, 2) << unknown.output << unknown.errors;
     EXPECT_NE(unknown.errors.find("no session 1999-01-01_00~00~00"), std::string::npos) << unknown.errors;
