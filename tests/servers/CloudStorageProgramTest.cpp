@@ -1,6 +1,9 @@
 // The program with a cloud service as its storage, each through its emulator: the login
-// through the service's page, a backup of everything, the history, a restore onto a fresh
-// device, a refused grant, and a connection that drops during an upload.
+// (through the service's page, or with the account's own name and password), a backup of
+// everything, the history, a restore onto a fresh device, a refused login, and a connection
+// that drops during an upload.
+XX
+// restore onto a fresh device, a refused grant, and a connection that drops during an upload.
 
 #include "core/Text.h"
 #include "platform/FileManager.h"
@@ -11,6 +14,7 @@
 #include "support/GDriveEmulator.h"
 #include "support/OneDriveEmulator.h"
 #include "support/SandboxDevice.h"
+#include "support/SugarSyncEmulator.h"
 #include "support/TextLines.h"
 
 #include <gtest/gtest.h>
@@ -131,6 +135,29 @@ public:
 
 private:
     test::OneDriveEmulator service_;
+};
+
+// SugarSync logs in with the account's own name and password.
+class SugarSyncUnderTest final : public CloudUnderTest {
+public:
+    std::string name() const override { return "sugarsync"; }
+    std::string environment() const override { return service_.environment(); }
+    test::ProgramOutcome logIn(const test::SandboxDevice& device) const override {
+        const auto asked = runWith(environment(), device, "storage login sugarsync");
+        EXPECT_EQ(asked.status, 2) << asked.output << asked.errors;
+        EXPECT_NE(asked.errors.find("--user"), std::string::npos) << asked.errors;
+        return runWith(environment() + "STOWHAVEN_PASSWORD=" + ShellQuote::quoted(service_.password()) + " ", device,
+                       "storage login sugarsync --user " + ShellQuote::quoted(service_.user()));
+    }
+    void faultUploads(const std::string& fault, int count) const override {
+        service_.injectFault(fault, count, "/file/");
+    }
+    // A login is tried eleven times before it fails.
+    void refuseGrants() const override { service_.refuseLogins(11); }
+    std::vector<std::string> secretKeys() const override { return {"SUGARSYNC_PASSWORD"}; }
+
+private:
+    test::SugarSyncEmulator service_;
 };
 
 struct CloudKind {
@@ -256,7 +283,9 @@ INSTANTIATE_TEST_SUITE_P(Services, CloudStorageProgramTest,
                          ::testing::Values(CloudKind{"dropbox", [] { return std::make_unique<DropboxUnderTest>(); }},
                                            CloudKind{"box", [] { return std::make_unique<BoxUnderTest>(); }},
                                            CloudKind{"gdrive", [] { return std::make_unique<GDriveUnderTest>(); }},
-                                           CloudKind{"onedrive", [] { return std::make_unique<OneDriveUnderTest>(); }}),
+                                           CloudKind{"onedrive", [] { return std::make_unique<OneDriveUnderTest>(); }},
+                                           CloudKind{"sugarsync",
+                                                     [] { return std::make_unique<SugarSyncUnderTest>(); }}),
                          cloudKindName);
 
 }  // namespace
