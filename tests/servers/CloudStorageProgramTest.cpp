@@ -2,8 +2,6 @@
 // (through the service's page, or with the account's own name and password), a backup of
 // everything, the history, a restore onto a fresh device, a refused login, and a connection
 // that drops during an upload.
-XX
-// restore onto a fresh device, a refused grant, and a connection that drops during an upload.
 
 #include "core/Text.h"
 #include "platform/FileManager.h"
