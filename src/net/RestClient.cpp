@@ -21,9 +21,39 @@ bool isRetriedStatus(long status) {
     return status == 429 || status == 500 || status == 502 || status == 503 || status == 504;
 }
 
-// A connection refused, dropped or silent; a reply too large or a file that can't be
-// written would fail again.
-bool isRetriedConnectionFault(CURLcode code) {
+}  // namespace
+
+RestRequest RestRequest::of(std::string method, std::string url) {
+    RestRequest request;
+    request.method = std::move(method);
+    request.url = std::move(url);
+    return request;
+}
+
+RestRequest RestRequest::ofJson(std::string method, std::string url, std::string json, const char* contentType) {
+    RestRequest request = of(std::move(method), std::move(url));
+    request.headers = {std::string("Content-Type: ") + contentType};
+    request.text = std::move(json);
+    return request;
+}
+
+std::optional<std::string> RestReply::header(std::string_view name) const {
+    for (const auto& [key, value] : headers) {
+        if (equalsIgnoringAsciiCase(key, name)) return value;
+    }
+    return std::nullopt;
+}
+
+std::optional<std::chrono::seconds> RestReply::retryAfter() const {
+    const auto value = header("Retry-After");
+    if (!value) return std::nullopt;
+    long seconds = 0;
+    const auto [end, failure] = std::from_chars(value->data(), value->data() + value->size(), seconds);
+    if (failure != std::errc() || end != value->data() + value->size() || seconds < 0) return std::nullopt;
+    return std::chrono::seconds(seconds);
+}
+
+bool RestReply::isDroppedConnection() const {
     switch (code) {
         case CURLE_COULDNT_CONNECT:
         case CURLE_SEND_ERROR:
@@ -37,34 +67,15 @@ bool isRetriedConnectionFault(CURLcode code) {
     }
 }
 
-std::optional<std::chrono::seconds> retryAfter(const RestReply& reply) {
-    const auto value = reply.header("Retry-After");
-    if (!value) return std::nullopt;
-    long seconds = 0;
-    const auto [end, error] = std::from_chars(value->data(), value->data() + value->size(), seconds);
-    if (error != std::errc() || end != value->data() + value->size() || seconds < 0) return std::nullopt;
-    return std::chrono::seconds(seconds);
-}
-
-// False when the wait was ended by a cancel.
-bool waitUnlessCanceled(std::chrono::milliseconds wait, const TransferProgress* progress) {
+bool RestClient::waitUnlessCanceled(std::chrono::milliseconds wait, const std::function<bool()>& isCanceled) {
     const auto end = std::chrono::steady_clock::now() + wait;
     while (std::chrono::steady_clock::now() < end) {
-        if (progress != nullptr && progress->abortRequested) return false;
+        if (isCanceled()) return false;
         std::this_thread::sleep_for(std::min<std::chrono::milliseconds>(
             kCancelPoll,
             std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now())));
     }
-    return progress == nullptr || !progress->abortRequested;
-}
-
-}  // namespace
-
-std::optional<std::string> RestReply::header(std::string_view name) const {
-    for (const auto& [key, value] : headers) {
-        if (equalsIgnoringAsciiCase(key, name)) return value;
-    }
-    return std::nullopt;
+    return !isCanceled();
 }
 
 struct RestClient::Shared {
@@ -156,14 +167,15 @@ RestReply RestClient::Shared::perform(CurlHandle& handle, const RestRequest& req
                 continue;
             }
         }
-        const bool retried =
-            reply.code == CURLE_OK ? isRetriedStatus(reply.status) : isRetriedConnectionFault(reply.code);
+        const bool retried = reply.code == CURLE_OK ? isRetriedStatus(reply.status) : reply.isDroppedConnection();
         if (!retried || attempt >= attempts) return reply;
         std::chrono::milliseconds wait = backoff;
-        if (const auto asked = retryAfter(reply)) wait = *asked;
+        if (const auto asked = reply.retryAfter()) wait = *asked;
         wait = std::min<std::chrono::milliseconds>(wait, policy.longestWait);
         backoff = std::min<std::chrono::milliseconds>(backoff * 2, policy.longestWait);
-        if (!waitUnlessCanceled(wait, progress)) return reply;
+        if (!RestClient::waitUnlessCanceled(wait,
+                                            [progress] { return progress != nullptr && progress->abortRequested; }))
+            return reply;
     }
 }
 

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -58,6 +59,12 @@ struct RestRequest {
     std::optional<int> attempts;
     // Sent without the Authorization header (a token request).
     bool anonymous = false;
+
+    // METHOD to URL, without a body.
+    static RestRequest of(std::string method, std::string url);
+    // METHOD to URL with the JSON text as its body, announced as CONTENTTYPE.
+    static RestRequest ofJson(std::string method, std::string url, std::string json,
+                              const char* contentType = "application/json");
 };
 
 struct RestReply {
@@ -74,6 +81,12 @@ struct RestReply {
     bool isSuccess() const { return code == CURLE_OK && status >= 200 && status < 300; }
     // The first header of that name, regardless of case.
     std::optional<std::string> header(std::string_view name) const;
+    // The wait that a Retry-After of whole seconds asks for; none without one or for any other
+    // form of it.
+    std::optional<std::chrono::seconds> retryAfter() const;
+    // A connection refused, dropped or silent, which a new try may get past; a reply too large
+    // or a file that can't be written would fail again.
+    bool isDroppedConnection() const;
 };
 
 // Where the Authorization header of a service's requests comes from.
@@ -117,6 +130,10 @@ public:
         virtual const RestReply& reply() const = 0;
     };
     std::unique_ptr<RunningRequest> start(RestRequest request);
+
+    // Waits WAIT unless ISCANCELED turns true first, asked every few milliseconds; false when
+    // a cancel ended the wait.
+    static bool waitUnlessCanceled(std::chrono::milliseconds wait, const std::function<bool()>& isCanceled);
 
 private:
     struct Shared;

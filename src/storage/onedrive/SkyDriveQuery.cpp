@@ -8,13 +8,9 @@
 
 #include <fmt/format.h>
 
-#include <thread>
-
 namespace stowhaven {
 
 namespace {
-
-constexpr auto kCancelPoll = std::chrono::milliseconds(20);
 
 bool isRedirect(const RestReply& reply) {
     return reply.code == CURLE_OK && (reply.status == 301 || reply.status == 302 || reply.status == 303 ||
@@ -33,17 +29,6 @@ std::nullopt_t SkyDriveQuery::fail(const std::string& message) {
     SH_LOG("Failed. Error <{}>", message);
     errors_.setErrorMessage(message);
     return std::nullopt;
-}
-
-bool SkyDriveQuery::waitUnlessCanceled(std::chrono::milliseconds wait) {
-    const Supervisor& supervisor = Supervisor::shared();
-    const auto end = std::chrono::steady_clock::now() + wait;
-    while (!supervisor.isCanceled()) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
-        if (left.count() <= 0) return true;
-        std::this_thread::sleep_for(std::min(kCancelPoll, left));
-    }
-    return false;
 }
 
 std::optional<RestReply> SkyDriveQuery::withRetries(const Attempt& attempt, bool redirectIsAnswer) {
@@ -68,7 +53,8 @@ std::optional<RestReply> SkyDriveQuery::withRetries(const Attempt& attempt, bool
             if (tokenError) return fail(*tokenError);
             return fail(reply.status != 0 || error.empty() ? SkyDriveReplies::errorText(reply) : error);
         }
-        if (!waitUnlessCanceled(*pause)) return fail("Operation canceled!");
+        if (!RestClient::waitUnlessCanceled(*pause, [] { return Supervisor::shared().isCanceled(); }))
+            return fail("Operation canceled!");
     }
 }
 

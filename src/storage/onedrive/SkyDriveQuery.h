@@ -33,8 +33,6 @@ private:
     // One try: the reply, and the transfer's own error where there is no whole reply.
     using Attempt = std::function<RestReply(std::string& error)>;
     std::optional<RestReply> withRetries(const Attempt& attempt, bool redirectIsAnswer);
-    // False when a cancel of the job ended the wait.
-    static bool waitUnlessCanceled(std::chrono::milliseconds wait);
 
     std::shared_ptr<SkyDriveTokens> tokens_;
     AbstractStorageWrapper& errors_;

@@ -19,18 +19,9 @@ constexpr const char* kDescription = "Stowhaven data";
 // Bytes to megabytes, for the log.
 constexpr double kMegabytesPerByte = 9.5367431640625e-07;
 
-RestRequest requestOf(std::string method, std::string url) {
-    RestRequest request;
-    request.method = std::move(method);
-    request.url = std::move(url);
-    return request;
-}
-
 RestRequest jsonRequestOf(std::string method, std::string url, const std::string& name) {
-    RestRequest request = requestOf(std::move(method), std::move(url));
-    request.headers = {"Content-Type: application/json"};
-    request.text = nlohmann::json{{"name", name}, {"description", kDescription}}.dump();
-    return request;
+    return RestRequest::ofJson(std::move(method), std::move(url),
+                               nlohmann::json{{"name", name}, {"description", kDescription}}.dump());
 }
 
 }  // namespace
@@ -92,7 +83,7 @@ auto SkyDriveWrapper::read(const std::optional<RestReply>& reply, Reader reader)
 }
 
 bool SkyDriveWrapper::retrieveAccountName() {
-    const auto name = read(call(requestOf("GET", service_.meUrl())), SkyDriveReplies::userName);
+    const auto name = read(call(RestRequest::of("GET", service_.meUrl())), SkyDriveReplies::userName);
     if (!name) return false;
     std::lock_guard lock(mutex_);
     accountName_ = *name;
@@ -100,7 +91,7 @@ bool SkyDriveWrapper::retrieveAccountName() {
 }
 
 bool SkyDriveWrapper::retrieveQuota() {
-    const auto available = read(call(requestOf("GET", service_.quotaUrl())), SkyDriveReplies::available);
+    const auto available = read(call(RestRequest::of("GET", service_.quotaUrl())), SkyDriveReplies::available);
     if (!available) return false;
     freeSpace_ = *available;
     SH_LOG("FreeSpace: {:.3f}Mb", *available * kMegabytesPerByte);
@@ -108,13 +99,13 @@ bool SkyDriveWrapper::retrieveQuota() {
 }
 
 std::optional<SkyDriveEntry> SkyDriveWrapper::topFolder() {
-    const auto top = read(call(requestOf("GET", service_.topFolderUrl())), SkyDriveReplies::entry);
+    const auto top = read(call(RestRequest::of("GET", service_.topFolderUrl())), SkyDriveReplies::entry);
     if (top && !top->isFolder) return query_.fail("The reply holds no folder");
     return top;
 }
 
 std::optional<std::vector<SkyDriveEntry>> SkyDriveWrapper::loadFileListFrom(const std::string& folderId) {
-    auto listing = read(call(requestOf("GET", service_.childrenUrl(folderId))), SkyDriveReplies::listing);
+    auto listing = read(call(RestRequest::of("GET", service_.childrenUrl(folderId))), SkyDriveReplies::listing);
     if (!listing) return std::nullopt;
     if (listing->refused > 0) SH_LOG("{} item(s) of folder {} refused", listing->refused, folderId);
     for (SkyDriveEntry& entry : listing->entries) entry.parentId = folderId;
@@ -133,7 +124,7 @@ bool SkyDriveWrapper::rename(const std::string& id, const std::string& name) {
 }
 
 bool SkyDriveWrapper::deleteFileData(const std::string& id) {
-    if (!call(requestOf("DELETE", service_.itemUrl(id)))) return false;
+    if (!call(RestRequest::of("DELETE", service_.itemUrl(id)))) return false;
     std::lock_guard lock(mutex_);
     if (rootDirectoryData_ && equalsIgnoringAsciiCase(rootDirectoryData_->id, id)) rootDirectoryData_.reset();
     return true;
@@ -143,8 +134,8 @@ std::optional<SkyDriveEntry> SkyDriveWrapper::uploadFile(const std::string& loca
     if (!isReady()) return std::nullopt;
     if (!FileManager::isRegularFile(localPath)) return query_.fail(localPath + " is no file to send");
     const std::string name = std::filesystem::path(localPath).filename().string() + std::string(kStoredSuffix);
-    RestRequest request =
-        requestOf("PUT", service_.itemUrl(folderId) + "/files/" + textutil::percentEncoded(name) + "?overwrite=false");
+    RestRequest request = RestRequest::of(
+        "PUT", service_.itemUrl(folderId) + "/files/" + textutil::percentEncoded(name) + "?overwrite=false");
     request.file = RestRequest::FileBody{localPath, 0, std::nullopt};
     const auto size = static_cast<std::int64_t>(FileManager::sizeOfItem(localPath));
     auto stored =
@@ -156,7 +147,7 @@ std::optional<SkyDriveEntry> SkyDriveWrapper::uploadFile(const std::string& loca
 // The content's address answers a redirect to where the bytes are, fetched without the token.
 bool SkyDriveWrapper::downloadFileData(const std::string& id, const std::string& localPath) {
     if (!isReady()) return false;
-    const auto reply = query_.perform(requestOf("GET", service_.itemUrl(id) + "/content"), true);
+    const auto reply = query_.perform(RestRequest::of("GET", service_.itemUrl(id) + "/content"), true);
     if (!reply) return false;
     const auto location = reply->header("Location");
     if (reply->isSuccess() || !location) {
@@ -167,7 +158,7 @@ bool SkyDriveWrapper::downloadFileData(const std::string& id, const std::string&
         query_.fail("OneDrive sent the download to an address that isn't secure");
         return false;
     }
-    RestRequest request = requestOf("GET", *location);
+    RestRequest request = RestRequest::of("GET", *location);
     request.downloadTo = localPath;
     request.anonymous = true;
     return query_.transfer(request, TransferDisplay::Direction::Download, 0).has_value();
