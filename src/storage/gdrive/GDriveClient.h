@@ -1,13 +1,11 @@
 #pragma once
 
-#include "net/RestClient.h"
 #include "storage/AbstractStorageWrapper.h"
+#include "storage/OAuth2ServiceClient.h"
 #include "storage/gdrive/GDriveReplies.h"
 #include "storage/gdrive/GDriveService.h"
 #include "storage/gdrive/GDriveTokens.h"
 
-#include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,13 +14,12 @@ namespace stowhaven {
 
 // The Drive v3 requests that the engine makes, everything addressed by id. Each blocks until
 // it is done; on failure it leaves the service's message as the engine's error (ERRORS) and
-// answers none or false. Expired access tokens are refreshed and the request sent again, and
-// 429 and 5xx replies retried after their Retry-After, by the REST client.
+// answers none or false.
 class GDriveClient {
 public:
     GDriveClient(GDriveService service, AbstractStorageWrapper& errors);
 
-    OAuth2Tokens& tokens() { return *tokens_; }
+    OAuth2Tokens& tokens() { return rest_.tokens(); }
     const GDriveService& service() const { return service_; }
 
     // drive.about.get with the fields "user,storageQuota".
@@ -41,22 +38,11 @@ public:
     bool rename(const std::string& id, const std::string& name);
 
 private:
-    // A successful reply, or none with the engine's error set from it.
-    std::optional<RestReply> call(const RestRequest& request);
-    bool failWith(const RestReply& reply);
-    bool fail(const std::string& message);
-    template <typename Reader>
-    auto read(const RestReply& reply, Reader reader)
-        -> decltype(reader(std::string_view(), std::declval<std::string&>()));
     // The upload session's address, which must be on the upload host.
     std::optional<std::string> uploadSession(const std::string& name, const std::string& parentId, std::int64_t size);
 
     GDriveService service_;
-    AbstractStorageWrapper& errors_;
-    std::shared_ptr<OAuth2Tokens> tokens_;
-    // Calls on one REST client must not overlap; transfers run on connections of their own.
-    std::mutex mutex_;
-    RestClient client_;
+    OAuth2ServiceClient rest_;
 };
 
 }  // namespace stowhaven
