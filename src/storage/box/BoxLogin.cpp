@@ -31,7 +31,7 @@ std::optional<std::string> BoxLogin::authorizationAddress(std::string& error) {
         error = "No random state for the login";
         return std::nullopt;
     }
-    return service.authorizeUrl() + "?response_type=code&client_id=" + textutil::percentEncoded(*service.clientId) +
+    return service.authorizeUrl() + "?response_type=code&client_id=" + textutil::percentEncoded(*service.app.clientId) +
            "&redirect_uri=" + textutil::percentEncoded(kRedirectAddress) + "&state=" + *state;
 }
 

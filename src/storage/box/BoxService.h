@@ -1,6 +1,7 @@
 #pragma once
 
 #include "net/ServiceBase.h"
+#include "storage/OAuth2App.h"
 
 #include <optional>
 #include <string>
@@ -13,8 +14,7 @@ struct BoxService {
     ServiceBase api;
     ServiceBase upload;
     ServiceBase authorization;
-    std::optional<std::string> clientId;
-    std::optional<std::string> clientSecret;
+    OAuth2App app;
 
     static BoxService fromEnvironment();
 

@@ -5,8 +5,8 @@ namespace stowhaven {
 OAuth2Account BoxTokens::account(const BoxService& service) {
     return OAuth2Account{"Box",
                          service.tokenUrl(),
-                         service.clientId.value_or(""),
-                         service.clientSecret.value_or(""),
+                         service.app.clientId.value_or(""),
+                         service.app.clientSecret.value_or(""),
                          service.problem(),
                          kRefreshTokenKey,
                          kInvalidRefreshToken};

@@ -31,7 +31,7 @@ std::optional<std::string> GDriveLogin::authorizationAddress(std::string& error)
         return std::nullopt;
     }
     Supervisor::shared().lowLevelStorePreferencesData(PlistValue(proof->verifier), kLoginVerifierKey);
-    return service.authorizeUrl() + "?client_id=" + textutil::percentEncoded(*service.clientId) +
+    return service.authorizeUrl() + "?client_id=" + textutil::percentEncoded(*service.app.clientId) +
            "&redirect_uri=" + textutil::percentEncoded(GDriveTokens::kRedirectAddress) +
            "&response_type=code&scope=" + textutil::percentEncoded(kScope) + "&state=" + *state +
            "&code_challenge=" + proof->challenge + "&code_challenge_method=S256";

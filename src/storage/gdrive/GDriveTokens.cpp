@@ -7,8 +7,8 @@ namespace stowhaven {
 OAuth2Account GDriveTokens::account(const GDriveService& service) {
     return OAuth2Account{"Google Drive",
                          service.tokenUrl(),
-                         service.clientId.value_or(""),
-                         service.clientSecret.value_or(""),
+                         service.app.clientId.value_or(""),
+                         service.app.clientSecret.value_or(""),
                          service.problem(),
                          kRefreshTokenKey,
                          ""};

@@ -28,8 +28,8 @@ std::optional<std::string> SkyDriveLogin::authorizationAddress(std::string& erro
         return std::nullopt;
     }
     // The page is opened in an ordinary browser, on any machine: its full-page form.
-    return service.authorizeUrl() + "?client_id=" + textutil::percentEncoded(*service.clientId) + "&scope=" + kScopes +
-           "&redirect_uri=" + textutil::percentEncoded(service.redirectUri()) +
+    return service.authorizeUrl() + "?client_id=" + textutil::percentEncoded(*service.app.clientId) +
+           "&scope=" + kScopes + "&redirect_uri=" + textutil::percentEncoded(service.redirectUri()) +
            "&response_type=code&display=page&locale=en&state=" + *state;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "net/ServiceBase.h"
+#include "storage/OAuth2App.h"
 
 #include <optional>
 #include <string>
@@ -14,8 +15,7 @@ namespace stowhaven {
 struct SkyDriveService {
     ServiceBase api;
     ServiceBase login;
-    std::optional<std::string> clientId;
-    std::optional<std::string> clientSecret;
+    OAuth2App app;
 
     static SkyDriveService fromEnvironment();
 

@@ -21,7 +21,7 @@ Date now() { return Platform::current().clock().date(); }
 }  // namespace
 
 SkyDriveTokens::SkyDriveTokens(SkyDriveService service) : service_(std::move(service)) {
-    client_.addSecret(service_.clientSecret.value_or(""));
+    client_.addSecret(service_.app.clientSecret.value_or(""));
 }
 
 bool SkyDriveTokens::hasAccessToken() const { return stored(kAccessTokenKey).has_value(); }
@@ -62,10 +62,10 @@ bool SkyDriveTokens::grant(const std::string& grantType, const std::string& para
         return false;
     }
     RestRequest request;
-    request.url = service_.tokenUrl() + "?client_id=" + textutil::percentEncoded(*service_.clientId) +
+    request.url = service_.tokenUrl() + "?client_id=" + textutil::percentEncoded(*service_.app.clientId) +
                   "&redirect_uri=" + textutil::percentEncoded(service_.redirectUri()) +
-                  "&client_secret=" + textutil::percentEncoded(*service_.clientSecret) + "&grant_type=" + grantType +
-                  parameters;
+                  "&client_secret=" + textutil::percentEncoded(*service_.app.clientSecret) +
+                  "&grant_type=" + grantType + parameters;
     request.anonymous = true;
     const RestReply reply = client_.perform(request);
     std::string error;

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "net/ServiceBase.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace stowhaven {
+
+// The app's client id and secret with an OAuth 2 service, which only the environment gives
+// (none is compiled in), and the variables that give them, for the message that asks for one.
+struct OAuth2App {
+    std::optional<std::string> clientId;
+    std::optional<std::string> clientSecret;
+    const char* clientIdVariable = "";
+    const char* clientSecretVariable = "";
+
+    static OAuth2App fromEnvironment(const char* clientIdVariable, const char* clientSecretVariable);
+    // Which of the two the app lacks with SERVICENAME, in words; none when it has both.
+    std::optional<std::string> missingCredential(const std::string& serviceName) const;
+};
+
+// A host of a service as ServiceBase resolves it from VARIABLE, with the reason logged when
+// the variable's value can't be used.
+ServiceBase resolvedServiceHost(const char* variable, std::string_view published);
+
+}  // namespace stowhaven
