@@ -1,11 +1,9 @@
 #include "storage/box/BoxHelper.h"
 
 #include "core/Supervisor.h"
-#include "core/Text.h"
 #include "platform/FileNames.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
-#include "platform/TemporaryDirectory.h"
 #include "platform/dispatch/NotificationCenter.h"
 #include "storage/StorageEngines.h"
 #include "storage/box/BoxWrapper.h"
@@ -27,37 +25,16 @@ std::shared_ptr<BoxHelper> BoxHelper::createBoxHelper() {
 
 void BoxHelper::unlink() { BoxWrapper::unlink(); }
 
-BoxHelper::BoxHelper() : AbstractStorageHelper(std::make_unique<BoxWrapper>()) {}
+BoxHelper::BoxHelper() : CloudStorageHelper(std::make_unique<BoxWrapper>(), StorageType::Box) {}
 
 BoxWrapper& BoxHelper::box() const { return static_cast<BoxWrapper&>(*wrapper()); }
 
 bool BoxHelper::isInitialized() { return box().isInitializationCompleted(); }
 
-void BoxHelper::beginRequest() { box().setErrorMessage(std::nullopt); }
-
-void BoxHelper::finish(bool succeeded, const HookObject& object) {
-    if (succeeded) {
-        performSuccessSelector(object);
-    } else {
-        performFailureSelector();
-    }
-}
-
-bool BoxHelper::failWith(const std::string& message) {
-    SH_LOG("{}", message);
-    box().setErrorMessage(message);
-    return false;
-}
-
 bool BoxHelper::start() {
     beginRequest();
-    if (const auto problem = box().client().service().problem()) return failWith(*problem);
-    if (!Platform::current().reachability().isConnectedToNetwork()) return failWith("No network!");
-    if (!box().client().tokens().hasRefreshToken()) {
-        SH_LOG("User may not be signed in!");
-        return failWith("No Box account is linked");
-    }
-    return box().initializeBaseFolders() && loadListings(true);
+    return canStart(box().client().service().problem(), box().client().tokens().hasRefreshToken(), "Box") &&
+           box().initializeBaseFolders() && loadListings(true);
 }
 
 // The history files oldest first: their stamps sort as text in date order. The lists in hand
@@ -76,31 +53,12 @@ bool BoxHelper::loadListings(bool forgettingDamagedFiles) {
     return true;
 }
 
-void BoxHelper::fallBackToLocalStorage() {
-    SH_LOG("errorMessage:{}", errorMessage().value_or("(null)"));
-    Supervisor& supervisor = Supervisor::shared();
-    if (supervisor.isStorageBox()) supervisor.setStorageToLocal();
-}
-
-void BoxHelper::connect() {
-    if (!start()) {
-        fallBackToLocalStorage();
-        return;
-    }
-    Supervisor::shared().setStorageToBox();
-}
-
-// Only a login tells the screens, which then read the storage anew; a start doesn't.
 std::optional<std::string> BoxHelper::logInWithCode(const std::string& code) {
     beginRequest();
-    if (!box().client().tokens().exchangeCode(code)) {
-        NotificationCenter::defaultCenter().post("BOX_LOGIN_FAIL");
-        return box().client().tokens().lastError().value_or("Box refused the login");
-    }
-    connect();
-    const auto error = errorMessage();
-    NotificationCenter::defaultCenter().post(error ? "BOX_LOGIN_FAIL" : "BOX_LOGIN_SUCCESS");
-    return error;
+    OAuth2Tokens& tokens = box().client().tokens();
+    const bool exchanged = tokens.exchangeCode(code);
+    return connectAfterLogIn(exchanged, tokens.lastError(),
+                             {"BOX_LOGIN_FAIL", "BOX_LOGIN_SUCCESS", "Box refused the login"});
 }
 
 void BoxHelper::disconnect() {
@@ -115,10 +73,6 @@ void BoxHelper::disconnect() {
 bool BoxHelper::isLoggedIn() { return Platform::current().reachability().isConnectedToNetwork() && box().isLoggedIn(); }
 
 std::string BoxHelper::accountName() { return box().userName(); }
-
-void BoxHelper::flushCache() {
-    if (!start()) fallBackToLocalStorage();
-}
 
 void BoxHelper::resetAll() { unlink(); }
 
@@ -149,16 +103,7 @@ void BoxHelper::loadBackupDetailsForDevice(const std::string& deviceName) {
 
 void BoxHelper::loadMostRecentBackupSession() {
     beginRequest();
-    if (!loadListings(false)) return;
-    const std::vector<std::string> files = existingFiles();
-    SH_LOG("{} existingFiles: {}", files.size(), textutil::joined(files, ", "));
-    if (files.empty()) {
-        SH_LOG("No existing data files!");
-        return;
-    }
-    const std::string& newest = files.back();
-    if (!fetchHistoryFile(newest)) return;
-    SH_LOG("Latest backup data in <{}>", newest);
+    if (loadListings(false)) fetchNewestHistoryFile();
 }
 
 bool BoxHelper::fetchHistoryFile(const std::string& name) {
@@ -168,22 +113,8 @@ bool BoxHelper::fetchHistoryFile(const std::string& name) {
 }
 
 std::optional<std::string> BoxHelper::fetch(const std::string& id, const std::string& name) {
-    if (!isOneFileName(name)) {
-        failWith("<" + name + "> names no file");
-        return std::nullopt;
-    }
-    const std::string path = TemporaryDirectory::path() + "/" + name;
-    if (!box().downloadFileData(id, path)) return std::nullopt;
+    const auto path = temporaryPathOf(name);
+    if (!path || !box().downloadFileData(id, *path)) return std::nullopt;
     return path;
 }
-
-void BoxHelper::retrieveRestOfBackupHistory() {
-    // The walk posts "BACKUP_HISTORY_LOADED" itself; without one it is posted all the same.
-    if (!fBackupHistoryLoaded_.exchange(true) && !existingFiles().empty()) {
-        AbstractStorageHelper::retrieveRestOfBackupHistory();
-        return;
-    }
-    NotificationCenter::defaultCenter().post("BACKUP_HISTORY_LOADED");
-}
-
 }  // namespace stowhaven

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "storage/AbstractStorageHelper.h"
+#include "storage/CloudStorageHelper.h"
 #include "storage/StorageHelperProtocol.h"
 
-#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -18,13 +17,9 @@ class BoxWrapper;
 // id: the engine keeps a map from name to id for the session it is writing (its history
 // upload starts one), and before a restore fetches the ids of the session's files in one
 // walk. When Box is current it starts at once: the account, the base folders and the
-// listings; without a linked account, or when Box can't be reached, it leaves its error and
-// gives way to local storage for this run. No request is retried here: the REST client
-// retries what the service asks to be retried.
-class BoxHelper final : public AbstractStorageHelper,
-                        public ConnectionOrientedStorageHelperProtocol,
-                        public FileRefPreloading,
-                        public BackgroundInitialization {
+// listings. No request is retried here: the REST client retries what the service asks to be
+// retried.
+class BoxHelper final : public CloudStorageHelper, public FileRefPreloading, public BackgroundInitialization {
 public:
     // Makes the engine, which becomes the one of Box, dropping any before it; it starts at
     // once when Box is the current engine.
@@ -36,8 +31,6 @@ public:
 
     bool isInitialized() override;
 
-    // Starts as when made, and Box becomes current; without success it gives way.
-    void connect() override;
     // Forgets the account's tokens and gives way to local storage.
     void disconnect() override;
     bool isLoggedIn() override;
@@ -47,12 +40,10 @@ public:
     // nothing on success, otherwise the service's message.
     std::optional<std::string> logInWithCode(const std::string& code);
 
-    void flushCache() override;
     void resetAll() override;
     void loadAvailableDeviceBackups() override;
     void loadBackupDetailsForDevice(const std::string& deviceName) override;
     void loadMostRecentBackupSession() override;
-    void retrieveRestOfBackupHistory() override;
     void loadFile(const std::string& name, Date date, const std::optional<std::string>& subDirectory) override;
     void createDirectoryDated(Date date) override;
     void createDirectory(const std::string& directory, Date date) override;
@@ -73,25 +64,18 @@ public:
 
 protected:
     bool fetchHistoryFile(const std::string& name) override;
+    bool start() override;
 
 private:
     BoxWrapper& box() const;
-    // The account and base folders proved, the listings read.
-    bool start();
     // The device folders and this device's history files; a flush also forgets the files
     // dropped as damaged.
     bool loadListings(bool forgettingDamagedFiles);
-    void fallBackToLocalStorage();
-    // A request begins with no error; it ends by its outcome.
-    void beginRequest();
-    void finish(bool succeeded, const HookObject& object = {});
-    bool failWith(const std::string& message);
     // A file fetched into the temporary folder under NAME, which must be one clean name.
     std::optional<std::string> fetch(const std::string& id, const std::string& name);
     // The id of a session's folder, or of a data folder in it, from this run's map.
     std::optional<std::string> internalFolder(const std::string& name);
 
-    std::atomic<bool> fBackupHistoryLoaded_{false};
     std::mutex internalFoldersMutex_;
     std::map<std::string, std::string> internalFolders_;
     // The stamp of the session whose ids were fetched last.

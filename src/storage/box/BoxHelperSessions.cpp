@@ -1,12 +1,8 @@
 // The Box engine's work on sessions: writing one through this run's map of folder ids, and
 // reading, fetching and deleting by the ids that listings give.
 
-#include "core/BackupSession.h"
-#include "platform/FileManager.h"
-#include "platform/FileModes.h"
 #include "platform/FileNames.h"
 #include "platform/Log.h"
-#include "platform/TemporaryDirectory.h"
 #include "storage/StorageLayout.h"
 #include "storage/box/BoxHelper.h"
 #include "storage/box/BoxWrapper.h"
@@ -31,16 +27,8 @@ void BoxHelper::uploadBackupHistory(const std::string& historyText, Date date) {
         std::lock_guard lock(internalFoldersMutex_);
         internalFolders_.clear();
     }
-    SH_LOG("Backup data size: {:.2f}Kb", static_cast<double>(historyText.size()) / 1024);
-    const std::string name = StorageLayout::historyFileName(date);
-    const std::string path = TemporaryDirectory::path() + "/" + name;
-    std::string error;
-    bool succeeded = FileManager::writeFile(path, historyText, &error, FileModes::kPrivateFile);
-    if (!succeeded) failWith(error);
-    succeeded = succeeded && box().uploadFile(path, std::nullopt);
-    FileManager::removeItem(path);
-    if (succeeded) addExistingFile(name);
-    finish(succeeded);
+    finish(storeHistoryFile(historyText, date,
+                            [this](const std::string& path) { return box().uploadFile(path, std::nullopt); }));
 }
 
 void BoxHelper::createDirectoryDated(Date date) {
@@ -118,11 +106,9 @@ void BoxHelper::preloadFileRefUsingDate(Date date) {
 // The history file goes first: a session folder left behind by a failure is no session.
 void BoxHelper::deleteBackupSession(const std::shared_ptr<BackupSession>& session) {
     beginRequest();
-    if (!session || !session->sessionDate()) {
-        failWith("No session to delete");
-        return performFailureSelector();
-    }
-    const Date date = *session->sessionDate();
+    const auto sessionDate = dateOfSessionToDelete(session);
+    if (!sessionDate) return;
+    const Date date = *sessionDate;
     const std::string name = StorageLayout::historyFileName(date);
     const auto fileId = box().idWithName(name, false);
     if (!fileId) failWith("Couldn't find backup data FILE with name <" + name + ">");

@@ -1,8 +1,6 @@
 #include "storage/gdrive/GDriveHelper.h"
 
 #include "core/Supervisor.h"
-#include "core/Text.h"
-#include "platform/FileNames.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "platform/TemporaryDirectory.h"
@@ -32,45 +30,17 @@ std::shared_ptr<GDriveHelper> GDriveHelper::createGDriveHelper() {
 
 void GDriveHelper::unlink() { GDriveWrapper::unlink(); }
 
-GDriveHelper::GDriveHelper() : AbstractStorageHelper(std::make_unique<GDriveWrapper>()) {}
+GDriveHelper::GDriveHelper() : CloudStorageHelper(std::make_unique<GDriveWrapper>(), StorageType::GDrive) {}
 
 GDriveWrapper& GDriveHelper::drive() const { return static_cast<GDriveWrapper&>(*wrapper()); }
 
 bool GDriveHelper::isInitialized() { return drive().isInitialized(); }
 
-void GDriveHelper::beginRequest() { drive().setErrorMessage(std::nullopt); }
-
-void GDriveHelper::finish(bool succeeded, const HookObject& object) {
-    if (succeeded) {
-        performSuccessSelector(object);
-    } else {
-        performFailureSelector();
-    }
-}
-
-bool GDriveHelper::failWith(const std::string& message) {
-    SH_LOG("{}", message);
-    drive().setErrorMessage(message);
-    return false;
-}
-
-std::optional<std::string> GDriveHelper::temporaryPathOf(const std::string& name) {
-    if (!isOneFileName(name)) {
-        failWith("<" + name + "> names no file");
-        return std::nullopt;
-    }
-    return TemporaryDirectory::path() + "/" + name;
-}
-
 bool GDriveHelper::start() {
     beginRequest();
-    if (const auto problem = drive().client().service().problem()) return failWith(*problem);
-    if (!Platform::current().reachability().isConnectedToNetwork()) return failWith("No network!");
-    if (!GDriveTokens::storedRefreshToken()) {
-        SH_LOG("User may not be signed in!");
-        return failWith("No Google Drive account is linked");
-    }
-    return drive().flushCache() && loadListings();
+    return canStart(drive().client().service().problem(), GDriveTokens::storedRefreshToken().has_value(),
+                    "Google Drive") &&
+           drive().flushCache() && loadListings();
 }
 
 bool GDriveHelper::loadListings() {
@@ -82,30 +52,12 @@ bool GDriveHelper::loadListings() {
     return true;
 }
 
-void GDriveHelper::fallBackToLocalStorage() {
-    SH_LOG("errorMessage:{}", errorMessage().value_or("(null)"));
-    Supervisor& supervisor = Supervisor::shared();
-    if (supervisor.isStorageGDrive()) supervisor.setStorageToLocal();
-}
-
-void GDriveHelper::connect() {
-    if (!start()) {
-        fallBackToLocalStorage();
-        return;
-    }
-    Supervisor::shared().setStorageToGDrive();
-}
-
 std::optional<std::string> GDriveHelper::logInWithCode(const std::string& code, const std::string& verifier) {
     beginRequest();
-    if (!drive().client().tokens().exchangeCode(code, GDriveTokens::codeExchangeForm(verifier))) {
-        NotificationCenter::defaultCenter().post("GDRIVE_DISCONNECTED");
-        return drive().client().tokens().lastError().value_or("Google Drive refused the login");
-    }
-    connect();
-    const auto error = errorMessage();
-    NotificationCenter::defaultCenter().post(error ? "GDRIVE_DISCONNECTED" : "GDRIVE_CONNECTED");
-    return error;
+    OAuth2Tokens& tokens = drive().client().tokens();
+    const bool exchanged = tokens.exchangeCode(code, GDriveTokens::codeExchangeForm(verifier));
+    return connectAfterLogIn(exchanged, tokens.lastError(),
+                             {"GDRIVE_DISCONNECTED", "GDRIVE_CONNECTED", "Google Drive refused the login"});
 }
 
 void GDriveHelper::disconnect() {
@@ -121,10 +73,6 @@ bool GDriveHelper::isLoggedIn() {
 }
 
 std::string GDriveHelper::accountName() { return drive().username(); }
-
-void GDriveHelper::flushCache() {
-    if (!start()) fallBackToLocalStorage();
-}
 
 void GDriveHelper::resetAll() {
     flushCache();
@@ -174,14 +122,4 @@ bool GDriveHelper::fetchHistoryFile(const std::string& name) {
     const auto path = temporaryPathOf(name);
     return path && drive().getFile(name, std::nullopt, *path);
 }
-
-void GDriveHelper::retrieveRestOfBackupHistory() {
-    // The walk posts "BACKUP_HISTORY_LOADED" itself; without one it is posted all the same.
-    if (!fBackupHistoryLoaded_.exchange(true) && !existingFiles().empty()) {
-        AbstractStorageHelper::retrieveRestOfBackupHistory();
-        return;
-    }
-    NotificationCenter::defaultCenter().post("BACKUP_HISTORY_LOADED");
-}
-
 }  // namespace stowhaven

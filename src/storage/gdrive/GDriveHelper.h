@@ -1,9 +1,8 @@
 #pragma once
 
-#include "storage/AbstractStorageHelper.h"
+#include "storage/CloudStorageHelper.h"
 #include "storage/StorageHelperProtocol.h"
 
-#include <atomic>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,14 +13,10 @@ class GDriveWrapper;
 
 // Keeps sessions in the user's Google Drive, through GDriveWrapper, which resolves every name
 // through maps of file records. When Google Drive is current it starts at once: the quota,
-// the product folder and this device's folder, its listing; without a linked account, or when
-// Drive can't be reached, it leaves its error and gives way to local storage for this run.
-// Every request blocks until Drive has answered and ends by its hook. No request is retried
-// here: the REST client retries what the service asks to be retried.
-class GDriveHelper final : public AbstractStorageHelper,
-                           public ConnectionOrientedStorageHelperProtocol,
-                           public FileRefPreloading,
-                           public BackgroundInitialization {
+// the product folder and this device's folder, its listing. Every request blocks until Drive
+// has answered. No request is retried here: the REST client retries what the service asks to
+// be retried.
+class GDriveHelper final : public CloudStorageHelper, public FileRefPreloading, public BackgroundInitialization {
 public:
     // Makes the engine, which becomes the one of Google Drive, dropping any before it; it
     // starts at once when Google Drive is the current engine.
@@ -33,8 +28,6 @@ public:
 
     bool isInitialized() override;
 
-    // Starts as when made, and Google Drive becomes current; without success it gives way.
-    void connect() override;
     // Forgets the account's tokens and gives way to local storage.
     void disconnect() override;
     bool isLoggedIn() override;
@@ -44,12 +37,10 @@ public:
     // account's tokens, then starts; nothing on success, otherwise the service's message.
     std::optional<std::string> logInWithCode(const std::string& code, const std::string& verifier);
 
-    void flushCache() override;
     void resetAll() override;
     void loadAvailableDeviceBackups() override;
     void loadBackupDetailsForDevice(const std::string& deviceName) override;
     void loadMostRecentBackupSession() override;
-    void retrieveRestOfBackupHistory() override;
     void loadFile(const std::string& name, Date date, const std::optional<std::string>& subDirectory) override;
     void createDirectoryDated(Date date) override;
     void createDirectory(const std::string& directory, Date date) override;
@@ -72,21 +63,11 @@ public:
 
 protected:
     bool fetchHistoryFile(const std::string& name) override;
+    bool start() override;
 
 private:
     GDriveWrapper& drive() const;
-    // The account and its folders proved, the listings read.
-    bool start();
     bool loadListings();
-    void fallBackToLocalStorage();
-    // A request begins with no error; it ends by its outcome.
-    void beginRequest();
-    void finish(bool succeeded, const HookObject& object = {});
-    bool failWith(const std::string& message);
-    // The temporary folder's file for NAME, which must be one clean name.
-    std::optional<std::string> temporaryPathOf(const std::string& name);
-
-    std::atomic<bool> fBackupHistoryLoaded_{false};
 };
 
 }  // namespace stowhaven

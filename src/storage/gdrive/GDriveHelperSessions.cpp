@@ -1,12 +1,8 @@
 // The Google Drive engine's work on sessions: writing one through this run's folders by
 // name, and reading, fetching and deleting by the records that listings give.
 
-#include "core/BackupSession.h"
-#include "platform/FileManager.h"
-#include "platform/FileModes.h"
 #include "platform/FileNames.h"
 #include "platform/Log.h"
-#include "platform/TemporaryDirectory.h"
 #include "storage/StorageLayout.h"
 #include "storage/gdrive/GDriveHelper.h"
 #include "storage/gdrive/GDriveWrapper.h"
@@ -17,16 +13,8 @@ namespace stowhaven {
 
 void GDriveHelper::uploadBackupHistory(const std::string& historyText, Date date) {
     beginRequest();
-    SH_LOG("Backup data size: {:.2f}Kb", static_cast<double>(historyText.size()) / 1024);
-    const std::string name = StorageLayout::historyFileName(date);
-    const std::string path = TemporaryDirectory::path() + "/" + name;
-    std::string error;
-    bool succeeded = FileManager::writeFile(path, historyText, &error, FileModes::kPrivateFile);
-    if (!succeeded) failWith(error);
-    succeeded = succeeded && drive().uploadFromPath(path, std::nullopt);
-    FileManager::removeItem(path);
-    if (succeeded) addExistingFile(name);
-    finish(succeeded);
+    finish(storeHistoryFile(historyText, date,
+                            [this](const std::string& path) { return drive().uploadFromPath(path, std::nullopt); }));
 }
 
 void GDriveHelper::createDirectoryDated(Date date) {
@@ -69,11 +57,9 @@ void GDriveHelper::preloadFileRefUsingDate(Date date) {
 
 void GDriveHelper::deleteBackupSession(const std::shared_ptr<BackupSession>& session) {
     beginRequest();
-    if (!session || !session->sessionDate()) {
-        failWith("No session to delete");
-        return performFailureSelector();
-    }
-    const Date date = *session->sessionDate();
+    const auto sessionDate = dateOfSessionToDelete(session);
+    if (!sessionDate) return;
+    const Date date = *sessionDate;
     const bool deleted = drive().deleteDataAtPath(StorageLayout::stamp(date));
     if (deleted) removeExistingFile(StorageLayout::historyFileName(date));
     finish(deleted);

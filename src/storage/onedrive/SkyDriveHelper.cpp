@@ -1,11 +1,9 @@
 #include "storage/onedrive/SkyDriveHelper.h"
 
 #include "core/Supervisor.h"
-#include "core/Text.h"
 #include "platform/FileNames.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
-#include "platform/TemporaryDirectory.h"
 #include "platform/dispatch/MainQueue.h"
 #include "platform/dispatch/NotificationCenter.h"
 #include "storage/StorageEngines.h"
@@ -49,37 +47,16 @@ void SkyDriveHelper::unlink() {
     SH_LOG("Unlinked!");
 }
 
-SkyDriveHelper::SkyDriveHelper() : AbstractStorageHelper(std::make_unique<SkyDriveWrapper>()) {}
+SkyDriveHelper::SkyDriveHelper() : CloudStorageHelper(std::make_unique<SkyDriveWrapper>(), StorageType::SkyDrive) {}
 
 SkyDriveWrapper& SkyDriveHelper::skyDrive() const { return static_cast<SkyDriveWrapper&>(*wrapper()); }
 
 bool SkyDriveHelper::isInitialized() { return skyDrive().rootDirectoryData().has_value() || hasError(); }
 
-void SkyDriveHelper::beginRequest() { skyDrive().setErrorMessage(std::nullopt); }
-
-void SkyDriveHelper::finish(bool succeeded, const HookObject& object) {
-    if (succeeded) {
-        performSuccessSelector(object);
-    } else {
-        performFailureSelector();
-    }
-}
-
-bool SkyDriveHelper::failWith(const std::string& message) {
-    SH_LOG("{}", message);
-    skyDrive().setErrorMessage(message);
-    return false;
-}
-
 bool SkyDriveHelper::start() {
     beginRequest();
-    if (const auto problem = skyDrive().service().problem()) return failWith(*problem);
-    if (!Platform::current().reachability().isConnectedToNetwork()) return failWith("No network!");
-    if (!skyDrive().isLoggedIn()) {
-        SH_LOG("User may not be signed in!");
-        return failWith("No OneDrive account is linked");
-    }
-    return skyDrive().retrieveAccountName() && skyDrive().retrieveQuota() && skyDrive().retrieveRootFolder() &&
+    return canStart(skyDrive().service().problem(), skyDrive().isLoggedIn(), "OneDrive") &&
+           skyDrive().retrieveAccountName() && skyDrive().retrieveQuota() && skyDrive().retrieveRootFolder() &&
            loadListings(true);
 }
 
@@ -121,31 +98,11 @@ std::optional<std::string> SkyDriveHelper::mainFolderId() {
     return std::nullopt;
 }
 
-void SkyDriveHelper::fallBackToLocalStorage() {
-    SH_LOG("errorMessage:{}", errorMessage().value_or("(null)"));
-    Supervisor& supervisor = Supervisor::shared();
-    if (supervisor.isStorageSkyDrive()) supervisor.setStorageToLocal();
-}
-
-void SkyDriveHelper::connect() {
-    if (!start()) {
-        fallBackToLocalStorage();
-        return;
-    }
-    Supervisor::shared().setStorageToSkyDrive();
-}
-
-// Only a login tells the screens, which then read the storage anew; a start doesn't.
 std::optional<std::string> SkyDriveHelper::logInWithCode(const std::string& code) {
     beginRequest();
-    if (!skyDrive().tokens().exchangeCode(code)) {
-        NotificationCenter::defaultCenter().post("SKYDRIVE_LOGIN_FAILED");
-        return skyDrive().tokens().lastError().value_or("OneDrive refused the login");
-    }
-    connect();
-    const auto error = errorMessage();
-    NotificationCenter::defaultCenter().post(error ? "SKYDRIVE_LOGIN_FAILED" : "SKYDRIVE_LOGIN_SUCCESS");
-    return error;
+    const bool exchanged = skyDrive().tokens().exchangeCode(code);
+    return connectAfterLogIn(exchanged, skyDrive().tokens().lastError(),
+                             {"SKYDRIVE_LOGIN_FAILED", "SKYDRIVE_LOGIN_SUCCESS", "OneDrive refused the login"});
 }
 
 void SkyDriveHelper::disconnect() {
@@ -171,7 +128,7 @@ void SkyDriveHelper::flushCache() {
         std::lock_guard lock(prefetchedMutex_);
         prefetchedStamp_.reset();
     }
-    if (!start()) fallBackToLocalStorage();
+    CloudStorageHelper::flushCache();
 }
 
 void SkyDriveHelper::resetAll() { unlink(); }
@@ -216,14 +173,7 @@ void SkyDriveHelper::loadBackupDetailsForDevice(const std::string& deviceName) {
 
 void SkyDriveHelper::loadMostRecentBackupSession() {
     beginRequest();
-    if (!loadListings(false)) return;
-    const std::vector<std::string> files = existingFiles();
-    SH_LOG("{} existingFiles: {}", files.size(), textutil::joined(files, ", "));
-    if (files.empty()) {
-        SH_LOG("No existing data files!");
-        return;
-    }
-    if (fetchHistoryFile(files.back())) SH_LOG("Latest backup data in <{}>", files.back());
+    if (loadListings(false)) fetchNewestHistoryFile();
 }
 
 bool SkyDriveHelper::fetchHistoryFile(const std::string& name) {
@@ -234,22 +184,8 @@ bool SkyDriveHelper::fetchHistoryFile(const std::string& name) {
 }
 
 std::optional<std::string> SkyDriveHelper::fetch(const std::string& id, const std::string& name) {
-    if (!isOneFileName(name)) {
-        failWith("<" + name + "> names no file");
-        return std::nullopt;
-    }
-    const std::string path = TemporaryDirectory::path() + "/" + name;
-    if (!skyDrive().downloadFileData(id, path)) return std::nullopt;
+    const auto path = temporaryPathOf(name);
+    if (!path || !skyDrive().downloadFileData(id, *path)) return std::nullopt;
     return path;
 }
-
-void SkyDriveHelper::retrieveRestOfBackupHistory() {
-    // The walk posts "BACKUP_HISTORY_LOADED" itself; without one it is posted all the same.
-    if (!fBackupHistoryLoaded_.exchange(true) && !existingFiles().empty()) {
-        AbstractStorageHelper::retrieveRestOfBackupHistory();
-        return;
-    }
-    NotificationCenter::defaultCenter().post("BACKUP_HISTORY_LOADED");
-}
-
 }  // namespace stowhaven

@@ -1,10 +1,9 @@
 #pragma once
 
-#include "storage/AbstractStorageHelper.h"
+#include "storage/CloudStorageHelper.h"
 #include "storage/StorageHelperProtocol.h"
 #include "storage/onedrive/SkyDriveEntryCache.h"
 
-#include <atomic>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -19,11 +18,8 @@ class SkyDriveWrapper;
 // folder (the device folders) and those of this device's folder and of the session folders
 // it has read, and resolves names there. Files lie under their names with ".pdf" added; the
 // engine shows and fetches them under the names they were sent with. When OneDrive is current
-// it starts at once: the account, the quota, the folders and the listings; without a linked
-// account, or when OneDrive can't be reached, it leaves its error and gives way to local
-// storage for this run.
-class SkyDriveHelper final : public AbstractStorageHelper,
-                             public ConnectionOrientedStorageHelperProtocol,
+// it starts at once: the account, the quota, the folders and the listings.
+class SkyDriveHelper final : public CloudStorageHelper,
                              public DefaultBackupDetailsLoading,
                              public FileRefPreloading,
                              public BackgroundInitialization {
@@ -38,8 +34,6 @@ public:
 
     bool isInitialized() override;
 
-    // Starts as when made, and OneDrive becomes current; without success it gives way.
-    void connect() override;
     // Forgets the account's tokens and gives way to local storage.
     void disconnect() override;
     bool isLoggedIn() override;
@@ -49,13 +43,13 @@ public:
     // nothing on success, otherwise the service's message.
     std::optional<std::string> logInWithCode(const std::string& code);
 
+    // Forgets the entries read, then starts anew.
     void flushCache() override;
     void resetAll() override;
     void loadAvailableDeviceBackups() override;
     void loadDefaultBackupDetails() override;
     void loadBackupDetailsForDevice(const std::string& deviceName) override;
     void loadMostRecentBackupSession() override;
-    void retrieveRestOfBackupHistory() override;
     void loadFile(const std::string& name, Date date, const std::optional<std::string>& subDirectory) override;
     void createDirectoryDated(Date date) override;
     void createDirectory(const std::string& directory, Date date) override;
@@ -76,20 +70,14 @@ public:
 
 protected:
     bool fetchHistoryFile(const std::string& name) override;
+    bool start() override;
 
 private:
     SkyDriveWrapper& skyDrive() const;
-    // The account, the quota and the folders proved, the listings read.
-    bool start();
     // The device folders and this device's history files; a flush also forgets the files
     // dropped as damaged.
     bool loadListings(bool forgettingDamagedFiles);
     bool loadDeviceFolders();
-    void fallBackToLocalStorage();
-    // A request begins with no error; it ends by its outcome.
-    void beginRequest();
-    void finish(bool succeeded, const HookObject& object = {});
-    bool failWith(const std::string& message);
     // The id of this device's folder, or of the product folder; none, with the error, before
     // the engine has found them.
     std::optional<std::string> deviceFolderId();
@@ -101,7 +89,6 @@ private:
     // A file fetched into the temporary folder under NAME, which must be one clean name.
     std::optional<std::string> fetch(const std::string& id, const std::string& name);
 
-    std::atomic<bool> fBackupHistoryLoaded_{false};
     // The product folder's entries, and this device's folder's with the sessions' read since.
     SkyDriveEntryCache internalAvailableDeviceBackups_;
     SkyDriveEntryCache internalExistingFiles_;

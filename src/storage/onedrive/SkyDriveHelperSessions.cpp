@@ -2,11 +2,8 @@
 // by the entries that listings and replies gave.
 
 #include "core/BackupSession.h"
-#include "platform/FileManager.h"
-#include "platform/FileModes.h"
 #include "platform/FileNames.h"
 #include "platform/Log.h"
-#include "platform/TemporaryDirectory.h"
 #include "storage/StorageLayout.h"
 #include "storage/onedrive/SkyDriveHelper.h"
 #include "storage/onedrive/SkyDriveWrapper.h"
@@ -26,20 +23,12 @@ std::optional<SkyDriveEntry> SkyDriveHelper::sessionFolder(Date date, const std:
 
 void SkyDriveHelper::uploadBackupHistory(const std::string& historyText, Date date) {
     beginRequest();
-    SH_LOG("Backup data size: {:.2f}Kb", static_cast<double>(historyText.size()) / 1024);
-    const std::string name = StorageLayout::historyFileName(date);
-    const std::string path = TemporaryDirectory::path() + "/" + name;
     const auto deviceId = deviceFolderId();
-    std::string error;
-    bool written = deviceId && FileManager::writeFile(path, historyText, &error, FileModes::kPrivateFile);
-    if (deviceId && !written) failWith(error);
-    auto stored = written ? skyDrive().uploadFile(path, *deviceId) : std::nullopt;
-    FileManager::removeItem(path);
-    if (stored) {
-        internalExistingFiles_.add(*stored);
-        addExistingFile(name);
-    }
-    finish(stored.has_value());
+    finish(deviceId && storeHistoryFile(historyText, date, [&](const std::string& path) {
+               const auto stored = skyDrive().uploadFile(path, *deviceId);
+               if (stored) internalExistingFiles_.add(*stored);
+               return stored.has_value();
+           }));
 }
 
 void SkyDriveHelper::createDirectoryDated(Date date) {
@@ -126,11 +115,9 @@ void SkyDriveHelper::preloadFileRefUsingDate(Date date) {
 // The history file goes first: a session folder left behind by a failure is no session.
 void SkyDriveHelper::deleteBackupSession(const std::shared_ptr<BackupSession>& session) {
     beginRequest();
-    if (!session || !session->sessionDate()) {
-        failWith("No session to delete");
-        return performFailureSelector();
-    }
-    const Date date = *session->sessionDate();
+    const auto sessionDate = dateOfSessionToDelete(session);
+    if (!sessionDate) return;
+    const Date date = *sessionDate;
     const std::string name = StorageLayout::historyFileName(date);
     const auto deviceId = deviceFolderId();
     const auto file = deviceId ? internalExistingFiles_.file(name, *deviceId) : std::nullopt;
