@@ -28,6 +28,9 @@ public:
     // The walk posts "BACKUP_HISTORY_LOADED" itself; without one, once the history was
     // walked or when there is none, it is posted all the same.
     void retrieveRestOfBackupHistory() override;
+    // Transfers show their own banner.
+    void showProgressOnView() override {}
+    void hideProgress() override {}
 
 protected:
     CloudStorageHelper(std::unique_ptr<AbstractStorageWrapper> wrapper, StorageType type);

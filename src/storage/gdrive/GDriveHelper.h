@@ -57,9 +57,6 @@ public:
     double freeSpace() override;
     void refreshFreeSpace() override;
     std::int32_t fileSizeUploadLimit() override { return 10000; }
-    // Transfers show their own banner.
-    void showProgressOnView() override {}
-    void hideProgress() override {}
 
 protected:
     bool fetchHistoryFile(const std::string& name) override;

@@ -154,18 +154,17 @@ void SkyDriveHelper::loadDefaultBackupDetails() {
 
 std::optional<SkyDriveEntry> SkyDriveHelper::deviceFolderNamed(const std::string& deviceName) {
     const auto mainId = mainFolderId();
-    if (!isOneFileName(deviceName) || !mainId || !loadDeviceFolders()) return std::nullopt;
-    return internalAvailableDeviceBackups_.folder(deviceName, *mainId);
+    auto folder = isOneFileName(deviceName) && mainId && loadDeviceFolders()
+                      ? internalAvailableDeviceBackups_.folder(deviceName, *mainId)
+                      : std::nullopt;
+    if (!folder && !hasError()) failWith("Couldn't find data for <" + deviceName + ">");
+    return folder;
 }
 
 void SkyDriveHelper::loadBackupDetailsForDevice(const std::string& deviceName) {
     beginRequest();
     const auto folder = deviceFolderNamed(deviceName);
-    if (!folder) {
-        SH_LOG("Couldn't find data for <{}>", deviceName);
-        if (!hasError()) failWith("Couldn't find data for <" + deviceName + ">");
-        return performFailureSelector();
-    }
+    if (!folder) return performFailureSelector();
     const auto entries = skyDrive().loadFileListFrom(folder->id);
     if (!entries) return performFailureSelector();
     performSuccessSelector(historyFilesOf(*entries));

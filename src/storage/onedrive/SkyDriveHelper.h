@@ -64,9 +64,6 @@ public:
     double freeSpace() override;
     void refreshFreeSpace() override;
     std::int32_t fileSizeUploadLimit() override { return 20000; }
-    // Transfers show their own banner.
-    void showProgressOnView() override {}
-    void hideProgress() override {}
 
 protected:
     bool fetchHistoryFile(const std::string& name) override;
@@ -82,7 +79,8 @@ private:
     // the engine has found them.
     std::optional<std::string> deviceFolderId();
     std::optional<std::string> mainFolderId();
-    // The device folder of that name, from a fresh listing of the product folder.
+    // The device folder of that name, from a fresh listing of the product folder; none, with
+    // the error, without one.
     std::optional<SkyDriveEntry> deviceFolderNamed(const std::string& deviceName);
     // The session's folder, or a data folder in it.
     std::optional<SkyDriveEntry> sessionFolder(Date date, const std::optional<std::string>& directory);

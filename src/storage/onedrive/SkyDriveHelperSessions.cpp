@@ -142,11 +142,7 @@ void SkyDriveHelper::deleteBackupSession(const std::shared_ptr<BackupSession>& s
 void SkyDriveHelper::deleteBackupForDeviceId(const std::string& deviceName) {
     beginRequest();
     const auto folder = deviceFolderNamed(deviceName);
-    if (!folder) {
-        SH_LOG("Couldn't find data for <{}>", deviceName);
-        if (!hasError()) failWith("Couldn't find data for <" + deviceName + ">");
-        return performFailureSelector();
-    }
+    if (!folder) return performFailureSelector();
     if (!skyDrive().deleteFileData(folder->id)) return performFailureSelector();
     internalAvailableDeviceBackups_.remove(folder->id);
     std::vector<std::string> devices = availableDeviceBackups();
@@ -162,10 +158,7 @@ void SkyDriveHelper::moveFromPath(const std::string& from, const std::string& to
         return performFailureSelector();
     }
     const auto folder = deviceFolderNamed(from);
-    if (!folder) {
-        if (!hasError()) failWith("Couldn't find data for <" + from + ">");
-        return performFailureSelector();
-    }
+    if (!folder) return performFailureSelector();
     if (internalAvailableDeviceBackups_.named(to, *folder->parentId)) {
         failWith("<" + to + "> ALREADY EXISTS!?!");
         return performFailureSelector();
