@@ -2,11 +2,10 @@
 // that expire and refresh tokens good for one use, retried requests, hostile and
 // broken replies, the base folders by name, a restore's walk, and the terminal login.
 
-#include "servers/StorageEngineContract.h"
+#include "servers/CloudEngineTest.h"
 
 #include "core/BackupSession.h"
 #include "platform/FileManager.h"
-#include "platform/TemporaryDirectory.h"
 #include "storage/StorageLayout.h"
 #include "storage/box/BoxHelper.h"
 #include "storage/box/BoxLogin.h"
@@ -14,8 +13,6 @@
 #include "support/BoxEmulator.h"
 #include "support/CapturedLog.h"
 #include "support/FolderSnapshot.h"
-#include "support/StorageRequest.h"
-#include "support/SupervisorScope.h"
 
 #include <gtest/gtest.h>
 
@@ -31,6 +28,8 @@ namespace {
 // Box as a login leaves it: a refresh token the emulator issued, Box the current engine.
 class BoxEngine final : public EngineUnderTest {
 public:
+    using Helper = BoxHelper;
+
     explicit BoxEngine(test::SupervisorScope& scope) {
         emulator.exportEnvironment();
         scope.supervisor().lowLevelStorePreferencesData(PlistValue(emulator.issueTokens().refreshToken),
@@ -42,53 +41,25 @@ public:
     test::BoxEmulator emulator;
 };
 
-INSTANTIATE_TEST_SUITE_P(Box, StorageEngineContractTest,
-                         ::testing::Values(EngineKind{
-                             "Box", [](test::SupervisorScope& scope) { return std::make_unique<BoxEngine>(scope); },
-                             test::BoxEmulator::isAvailable}),
+INSTANTIATE_TEST_SUITE_P(Box, StorageEngineContractTest, ::testing::Values(cloudEngineKind<BoxEngine>("Box")),
                          engineKindName);
 
-class BoxEngineTest : public ::testing::Test {
+class BoxEngineTest : public CloudEngineTest<BoxEngine> {
 protected:
-    void SetUp() override {
-        STOWHAVEN_SKIP_WITHOUT_BOX_EMULATOR();
-        storage_ = std::make_unique<BoxEngine>(scope_);
-    }
-
-    test::BoxEmulator& emulator() { return storage_->emulator; }
-    Supervisor& supervisor() { return scope_.supervisor(); }
-
-    // The engine as a start of the program makes it.
-    std::shared_ptr<BoxHelper> start() {
-        engine_ = BoxHelper::createBoxHelper();
-        return engine_;
-    }
     std::string storedRefreshToken() {
         return supervisor().lowLevelGetStringPreferencesDataForKey(BoxTokens::kRefreshTokenKey).value_or("");
     }
-    test::RequestOutcome request(const std::function<void()>& operation) { return test::request(*engine_, operation); }
-    bool succeeds(const std::function<void()>& operation) { return request(operation).succeeded; }
-
-    static std::string temporaryFile(const std::string& name, const std::string& bytes) {
-        const std::string path = TemporaryDirectory::path() + "/" + name;
-        FileManager::writeFile(path, bytes);
-        return path;
-    }
-
-    test::SupervisorScope scope_;
-    std::unique_ptr<BoxEngine> storage_;
-    std::shared_ptr<BoxHelper> engine_;
 };
 
 TEST_F(BoxEngineTest, AnExpiredAccessTokenIsRefreshedAndEachNewRefreshTokenKeptSinceTheOldIsSpent) {
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     const std::string spent = storedRefreshToken();
     emulator().expireAccessToken();
     const Date date(800000000);
-    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("after the expiry", date); })) << *engine_->errorMessage();
+    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("after the expiry", date); })) << error();
     EXPECT_NE(storedRefreshToken(), spent);
 
-    ASSERT_FALSE(start()->hasError()) << "the next start refreshes with the token kept: " << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << "the next start refreshes with the token kept: " << error();
     EXPECT_EQ(engine_->existingFiles(), std::vector<std::string>{StorageLayout::historyFileName(date)});
 
     // A spent refresh token is refused: the service's words, and local storage for this run.
@@ -99,12 +70,12 @@ TEST_F(BoxEngineTest, AnExpiredAccessTokenIsRefreshedAndEachNewRefreshTokenKeptS
 }
 
 TEST_F(BoxEngineTest, BusyAndUnavailableRepliesAreRetried) {
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     emulator().injectFault("status_503", 1, "/api/2.0/files/content");
     emulator().injectFault("status_429", 1, "/2.0/folders");
     const Date date(800000000);
-    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("the history", date); })) << *engine_->errorMessage();
-    ASSERT_TRUE(succeeds([&] { engine_->createDirectoryDated(date); })) << *engine_->errorMessage();
+    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("the history", date); })) << error();
+    ASSERT_TRUE(succeeds([&] { engine_->createDirectoryDated(date); })) << error();
     EXPECT_TRUE(emulator().waitForLine("POST /api/2.0/files/content"));
     EXPECT_TRUE(emulator().waitForLine("POST /api/2.0/files/content")) << "the upload was sent again";
     const std::string part = temporaryFile("NOTES.idx", "NOTES-001\n");
@@ -115,7 +86,7 @@ TEST_F(BoxEngineTest, BusyAndUnavailableRepliesAreRetried) {
 }
 
 TEST_F(BoxEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNothingLandsOutsideTheTemporaryFolder) {
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     const Date date(800000000);
     ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("the history", date); }));
     const auto before = test::snapshot(scope_.path("/"));
@@ -123,38 +94,23 @@ TEST_F(BoxEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNothingLan
     // Listings name a "STOWHAVEN" folder of id "../../x", and files "..", "a/b" and "$(touch pwned)".
     test::CapturedLog log;
     emulator().injectFault("hostile_listing", 1000, "/2.0/folders");
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     engine_->loadMostRecentBackupSession();
     engine_->retrieveRestOfBackupHistory();
     const auto files = engine_->existingFiles();
     EXPECT_EQ(files.back(), StorageLayout::historyFileName(date));
     for (const char* refused : {"..", "a/b"}) EXPECT_EQ(std::count(files.begin(), files.end(), refused), 0) << refused;
     EXPECT_TRUE(log.contains("Refused the listed item <STOWHAVEN> of id <../../x>"));
-    const std::string temporary = TemporaryDirectory::path().substr(scope_.path("/").size());
-    for (const auto& [path, contents] : test::snapshot(scope_.path("/"))) {
-        EXPECT_TRUE(path.starts_with(temporary) || before.contains(path)) << path << " was written";
-    }
+    expectNothingWrittenOutsideTheTemporaryFolder(before);
     emulator().injectFault("hostile_listing", 0);
 
-    const struct {
-        const char* fault;
-        const char* message;
-    } broken[] = {{"malformed_json", "The reply is no JSON"},
-                  {"huge_json", "The reply is larger than"},
-                  {"deep_json", "The reply is nested too deep"}};
-    for (const auto& reply : broken) {
-        emulator().injectFault(reply.fault, 1, "/2.0/folders");
-        const auto details = request([&] { engine_->loadBackupDetailsForDevice(supervisor().deviceName()); });
-        EXPECT_TRUE(details.failed) << reply.fault;
-        EXPECT_TRUE(engine_->errorMessage().value_or("").starts_with(reply.message))
-            << reply.fault << ": " << engine_->errorMessage().value_or("no error");
-    }
+    expectBrokenRepliesRefused("/2.0/folders");
 }
 
 TEST_F(BoxEngineTest, TheBaseFolderIsFoundInAnyCasingAndAnOlderVersionsDeviceFolderTakesTheDevicesName) {
     const std::string history = StorageLayout::historyFileName(Date(700000000));
     emulator().addFile("/stowHAVEN/" + supervisor().deviceUID() + "/" + history, "from an older version");
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     EXPECT_EQ(engine_->existingFiles(), std::vector<std::string>{history});
     const auto renamed = request([&] { engine_->loadBackupDetailsForDevice(supervisor().deviceName()); });
     EXPECT_EQ(std::get<std::vector<std::string>>(renamed.object), std::vector<std::string>{history});
@@ -164,22 +120,15 @@ TEST_F(BoxEngineTest, TheBaseFolderIsFoundInAnyCasingAndAnOlderVersionsDeviceFol
 // A restore fetches the ids of the session's files in one walk: after it, no folder needs
 // to be listed again to fetch them.
 TEST_F(BoxEngineTest, ARestoreFetchesTheSessionsFilesByTheIdsOfOneWalk) {
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     const Date date(800000000);
-    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("the history", date); }));
-    ASSERT_TRUE(succeeds([&] { engine_->createDirectoryDated(date); }));
-    for (const std::string kind : {"NOTES", "PHOTOS"}) {
-        ASSERT_TRUE(succeeds([&] { engine_->createDirectory(kind, date); }));
-        const std::string part = temporaryFile(kind + "-001", "the " + kind);
-        ASSERT_TRUE(succeeds([&] { engine_->uploadFile(part, date, kind); })) << *engine_->errorMessage();
-        FileManager::removeItem(part);
-    }
+    storeSession(date, "the history");
 
     start()->preloadFileRefUsingDate(date);
     emulator().injectFault("malformed_json", 1000, "/2.0/folders");
     for (const std::string kind : {"NOTES", "PHOTOS"}) {
         const auto part = request([&] { engine_->loadFile(kind + "-001", date, kind); });
-        ASSERT_TRUE(part.succeeded) << engine_->errorMessage().value_or("");
+        ASSERT_TRUE(part.succeeded) << error();
         EXPECT_EQ(FileManager::contentsOfFile(std::get<std::string>(part.object)), "the " + kind);
         EXPECT_FALSE(engine_->hasError());
     }
@@ -189,9 +138,9 @@ TEST_F(BoxEngineTest, TheTerminalLoginTradesTheCodeOfItsOwnAddressAndARefusalEnd
     supervisor().lowLevelStorePreferencesData(PlistValue(), BoxTokens::kRefreshTokenKey);
     supervisor().setStorageToLocal();
     BoxLogin login;
-    std::string error;
-    const auto address = login.authorizationAddress(error);
-    ASSERT_TRUE(address) << error;
+    std::string failure;
+    const auto address = login.authorizationAddress(failure);
+    ASSERT_TRUE(address) << failure;
 
     emulator().injectFault("refuse_grant", 1);
     EXPECT_EQ(login.finish(emulator().grant(*address)), "The user denied access to your application");

@@ -3,10 +3,9 @@
 // broken replies, and the terminal login. The program's own tests (CloudStorageProgramTest)
 // cut an upload short and take over another device's sessions.
 
-#include "servers/StorageEngineContract.h"
+#include "servers/CloudEngineTest.h"
 
 #include "platform/FileManager.h"
-#include "platform/TemporaryDirectory.h"
 #include "platform/dispatch/NotificationCenter.h"
 #include "storage/StorageLayout.h"
 #include "storage/dropbox/DropboxCredentials.h"
@@ -14,8 +13,6 @@
 #include "storage/dropbox/DropboxLogin.h"
 #include "support/DropboxEmulator.h"
 #include "support/FolderSnapshot.h"
-#include "support/StorageRequest.h"
-#include "support/SupervisorScope.h"
 
 #include <gtest/gtest.h>
 
@@ -23,7 +20,6 @@
 #include <any>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -38,6 +34,8 @@ using namespace std::chrono_literals;
 // Dropbox as a login leaves it: a token pair the emulator issued, Dropbox the current engine.
 class DropboxEngine final : public EngineUnderTest {
 public:
+    using Helper = DropboxHelper;
+
     explicit DropboxEngine(test::SupervisorScope& scope) {
         emulator.exportEnvironment();
         const test::DropboxToken token = emulator.issueToken();
@@ -50,48 +48,21 @@ public:
 };
 
 INSTANTIATE_TEST_SUITE_P(Dropbox, StorageEngineContractTest,
-                         ::testing::Values(EngineKind{
-                             "Dropbox",
-                             [](test::SupervisorScope& scope) { return std::make_unique<DropboxEngine>(scope); },
-                             test::DropboxEmulator::isAvailable}),
-                         engineKindName);
+                         ::testing::Values(cloudEngineKind<DropboxEngine>("Dropbox")), engineKindName);
 
-class DropboxEngineTest : public ::testing::Test {
+class DropboxEngineTest : public CloudEngineTest<DropboxEngine> {
 protected:
     void SetUp() override {
-        STOWHAVEN_SKIP_WITHOUT_DROPBOX_EMULATOR();
-        storage_ = std::make_unique<DropboxEngine>(scope_);
-        // The engine's own retries, 5 seconds apart on a device, follow at once here.
+        CloudEngineTest::SetUp();
+        // The engine's own retries, 5 seconds apart on a device, follow at once here; they run
+        // on the main queue, which a request serves meanwhile.
         AbstractStorageHelper::setRetryDelayForTesting(1ms);
+        patience_ = 60s;
     }
     void TearDown() override { AbstractStorageHelper::setRetryDelayForTesting(AbstractStorageHelper::kRetryDelay); }
 
-    test::DropboxEmulator& emulator() { return storage_->emulator; }
-    Supervisor& supervisor() { return scope_.supervisor(); }
-
-    // The engine as a start of the program makes it.
-    std::shared_ptr<DropboxHelper> start() {
-        engine_ = DropboxHelper::createDropboxHelper();
-        return engine_;
-    }
-    // Retries run on the main queue, which the request serves meanwhile.
-    test::RequestOutcome request(const std::function<void()>& operation) {
-        return test::request(*engine_, operation, 60s);
-    }
-    bool succeeds(const std::function<void()>& operation) { return request(operation).succeeded; }
-    std::string error() const { return engine_->errorMessage().value_or("no error"); }
-
-    std::string temporaryPath(const std::string& name) const { return TemporaryDirectory::path() + "/" + name; }
-    std::string temporaryFile(const std::string& name, const std::string& bytes) const {
-        FileManager::writeFile(temporaryPath(name), bytes);
-        return temporaryPath(name);
-    }
     std::filesystem::path stored(const std::string& path) { return emulator().filesFolder() / path; }
     std::filesystem::path deviceFolder() { return stored("Stowhaven/" + supervisor().deviceName()); }
-
-    test::SupervisorScope scope_;
-    std::unique_ptr<DropboxEngine> storage_;
-    std::shared_ptr<DropboxHelper> engine_;
 };
 
 TEST_F(DropboxEngineTest, ALinkTheServiceRefusesIsDroppedAndLocalStorageTakesOver) {
@@ -174,29 +145,11 @@ TEST_F(DropboxEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNothin
     ASSERT_FALSE(start()->hasError()) << error();
     EXPECT_TRUE(request([&] { engine_->loadFile("../../outside", date, std::nullopt); }).failed);
     EXPECT_TRUE(request([&] { engine_->loadBackupDetailsForDevice(".."); }).failed);
-    const std::string temporary = TemporaryDirectory::path().substr(scope_.path("/").size());
-    for (const auto& [path, contents] : test::snapshot(scope_.path("/"))) {
-        if (!path.starts_with(temporary)) {
-            EXPECT_TRUE(before.contains(path)) << path << " was written";
-        }
-    }
+    expectNothingWrittenOutsideTheTemporaryFolder(before);
 
-    const struct {
-        const char* fault;
-        const char* message;
-    } broken[] = {{"malformed_json", "The reply is no JSON"},
-                  {"huge_json", "The reply is larger than"},
-                  {"deep_json", "The reply is nested too deep"}};
-    for (const auto& reply : broken) {
-        emulator().injectFault(reply.fault, 1, "/1/metadata");
-        EXPECT_TRUE(request([&] { engine_->loadBackupDetailsForDevice(supervisor().deviceName()); }).failed)
-            << reply.fault;
-        EXPECT_NE(error().find(reply.message), std::string::npos) << reply.fault << ": " << error();
-    }
+    expectBrokenRepliesRefused("/1/metadata", Told::InTheReport);
 }
 
-// The device-backups screen takes another device's sessions over by copying its folder to
-// this device's name.
 TEST_F(DropboxEngineTest, TheTerminalLoginTakesTheAddressOfItsOwnNonceAndARefusalEndsWithAMessage) {
     DropboxCredentials::unlinkAll();
     supervisor().setStorageToLocal();

@@ -3,7 +3,7 @@
 // cut short, hostile and broken replies, listings read page after page, the device folder
 // found or migrated, a restore's one walk of the session, and the terminal login.
 
-#include "servers/StorageEngineContract.h"
+#include "servers/CloudEngineTest.h"
 
 #include "core/BackupSession.h"
 #include "platform/FileManager.h"
@@ -15,8 +15,6 @@
 #include "support/CapturedLog.h"
 #include "support/FolderSnapshot.h"
 #include "support/GDriveEmulator.h"
-#include "support/StorageRequest.h"
-#include "support/SupervisorScope.h"
 
 #include <gtest/gtest.h>
 
@@ -33,6 +31,8 @@ namespace {
 // engine.
 class GDriveEngine final : public EngineUnderTest {
 public:
+    using Helper = GDriveHelper;
+
     explicit GDriveEngine(test::SupervisorScope& scope) {
         emulator.exportEnvironment();
         scope.supervisor().lowLevelStorePreferencesData(PlistValue(emulator.issueTokens().refreshToken),
@@ -44,68 +44,28 @@ public:
     test::GDriveEmulator emulator;
 };
 
-INSTANTIATE_TEST_SUITE_P(GDrive, StorageEngineContractTest,
-                         ::testing::Values(EngineKind{
-                             "GDrive",
-                             [](test::SupervisorScope& scope) { return std::make_unique<GDriveEngine>(scope); },
-                             test::GDriveEmulator::isAvailable}),
+INSTANTIATE_TEST_SUITE_P(GDrive, StorageEngineContractTest, ::testing::Values(cloudEngineKind<GDriveEngine>("GDrive")),
                          engineKindName);
 
-class GDriveEngineTest : public ::testing::Test {
+class GDriveEngineTest : public CloudEngineTest<GDriveEngine> {
 protected:
-    void SetUp() override {
-        STOWHAVEN_SKIP_WITHOUT_GDRIVE_EMULATOR();
-        storage_ = std::make_unique<GDriveEngine>(scope_);
-    }
-
-    test::GDriveEmulator& emulator() { return storage_->emulator; }
-    Supervisor& supervisor() { return scope_.supervisor(); }
-
-    // The engine as a start of the program makes it.
-    std::shared_ptr<GDriveHelper> start() {
-        engine_ = GDriveHelper::createGDriveHelper();
-        return engine_;
-    }
     std::string storedRefreshToken() {
         return supervisor().lowLevelGetStringPreferencesDataForKey(GDriveTokens::kRefreshTokenKey).value_or("");
     }
-    test::RequestOutcome request(const std::function<void()>& operation) { return test::request(*engine_, operation); }
-    bool succeeds(const std::function<void()>& operation) { return request(operation).succeeded; }
     std::string deviceFolder() { return "/Stowhaven/" + supervisor().deviceName() + "/"; }
-
-    static std::string temporaryFile(const std::string& name, const std::string& bytes) {
-        const std::string path = TemporaryDirectory::path() + "/" + name;
-        FileManager::writeFile(path, bytes);
-        return path;
-    }
-    // A session with one data part, as a backup writes it.
-    void storeSession(Date date, const std::string& history) {
-        ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory(history, date); })) << *engine_->errorMessage();
-        ASSERT_TRUE(succeeds([&] { engine_->createDirectoryDated(date); }));
-        for (const std::string kind : {"NOTES", "PHOTOS"}) {
-            ASSERT_TRUE(succeeds([&] { engine_->createDirectory(kind, date); }));
-            const std::string part = temporaryFile(kind + "-001", "the " + kind);
-            ASSERT_TRUE(succeeds([&] { engine_->uploadFile(part, date, kind); })) << *engine_->errorMessage();
-            FileManager::removeItem(part);
-        }
-    }
-
-    test::SupervisorScope scope_;
-    std::unique_ptr<GDriveEngine> storage_;
-    std::shared_ptr<GDriveHelper> engine_;
 };
 
 TEST_F(GDriveEngineTest, AnExpiredAccessTokenIsRefreshedWhileTheStoredRefreshTokenLasts) {
     const std::string refreshToken = storedRefreshToken();
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     ASSERT_TRUE(emulator().waitForLine("POST /o/oauth2/token")) << "a run's first request fetches an access token";
     emulator().expireAccessToken();
     const Date date(800000000);
-    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("after the expiry", date); })) << *engine_->errorMessage();
+    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("after the expiry", date); })) << error();
     EXPECT_TRUE(emulator().waitForLine("POST /o/oauth2/token")) << "the 401 brought a refresh";
     EXPECT_EQ(storedRefreshToken(), refreshToken);
 
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     EXPECT_EQ(engine_->existingFiles(), std::vector<std::string>{StorageLayout::historyFileName(date)});
 
     // A refresh token the service no longer takes: its words, and local storage for this run.
@@ -116,11 +76,11 @@ TEST_F(GDriveEngineTest, AnExpiredAccessTokenIsRefreshedWhileTheStoredRefreshTok
 }
 
 TEST_F(GDriveEngineTest, BusyAndUnavailableRepliesAreRetried) {
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     emulator().injectFault("status_503", 1, "/upload/drive/v3/files");
     emulator().injectFault("status_429", 1, "/drive/v3/files");
     const Date date(800000000);
-    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("the history", date); })) << *engine_->errorMessage();
+    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("the history", date); })) << error();
     EXPECT_TRUE(emulator().waitForLine("POST /upload/drive/v3/files"));
     EXPECT_TRUE(emulator().waitForLine("POST /upload/drive/v3/files")) << "the upload was asked for again";
 
@@ -130,7 +90,7 @@ TEST_F(GDriveEngineTest, BusyAndUnavailableRepliesAreRetried) {
 }
 
 TEST_F(GDriveEngineTest, AConnectionDroppedMidUploadFailsTheRequestAndLeavesTheEarlierSessionWhole) {
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     const Date earlier(700000000);
     storeSession(earlier, "the earlier session");
     const std::vector<std::string> stored = emulator().paths();
@@ -147,12 +107,12 @@ TEST_F(GDriveEngineTest, AConnectionDroppedMidUploadFailsTheRequestAndLeavesTheE
     start()->loadMostRecentBackupSession();
     EXPECT_EQ(engine_->existingFiles(), std::vector<std::string>{StorageLayout::historyFileName(earlier)});
     const auto part = request([&] { engine_->loadFile("PHOTOS-001", earlier, std::string("PHOTOS")); });
-    ASSERT_TRUE(part.succeeded) << engine_->errorMessage().value_or("");
+    ASSERT_TRUE(part.succeeded) << error();
     EXPECT_EQ(FileManager::contentsOfFile(std::get<std::string>(part.object)), "the PHOTOS");
 }
 
 TEST_F(GDriveEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNothingLandsOutsideTheTemporaryFolder) {
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     const Date date(800000000);
     ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("the history", date); }));
     const auto before = test::snapshot(scope_.path("/"));
@@ -161,32 +121,17 @@ TEST_F(GDriveEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNothing
     // "$(touch pwned)".
     test::CapturedLog log;
     emulator().injectFault("hostile_listing", 1000, "/drive/v3/files");
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     engine_->loadMostRecentBackupSession();
     engine_->retrieveRestOfBackupHistory();
     EXPECT_EQ(engine_->existingFiles(), std::vector<std::string>{StorageLayout::historyFileName(date)});
     EXPECT_EQ(engine_->availableDeviceBackups(), std::vector<std::string>{supervisor().deviceName()});
     EXPECT_TRUE(log.contains("Refused the listed item <STOWHAVEN> of id <../../x>"));
     EXPECT_TRUE(log.contains("Refused the listed item <a/b>"));
-    const std::string temporary = TemporaryDirectory::path().substr(scope_.path("/").size());
-    for (const auto& [path, contents] : test::snapshot(scope_.path("/"))) {
-        EXPECT_TRUE(path.starts_with(temporary) || before.contains(path)) << path << " was written";
-    }
+    expectNothingWrittenOutsideTheTemporaryFolder(before);
     emulator().injectFault("hostile_listing", 0);
 
-    const struct {
-        const char* fault;
-        const char* message;
-    } broken[] = {{"malformed_json", "The reply is no JSON"},
-                  {"huge_json", "The reply is larger than"},
-                  {"deep_json", "The reply is nested too deep"}};
-    for (const auto& reply : broken) {
-        emulator().injectFault(reply.fault, 1, "/drive/v3/files");
-        const auto details = request([&] { engine_->loadBackupDetailsForDevice(supervisor().deviceName()); });
-        EXPECT_TRUE(details.failed) << reply.fault;
-        EXPECT_TRUE(engine_->errorMessage().value_or("").starts_with(reply.message))
-            << reply.fault << ": " << engine_->errorMessage().value_or("no error");
-    }
+    expectBrokenRepliesRefused("/drive/v3/files");
     EXPECT_EQ(engine_->freeSpace(), 9.223372036854776e+18) << "after a failure no backup is kept from trying";
 }
 
@@ -196,7 +141,7 @@ TEST_F(GDriveEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNothing
 TEST_F(GDriveEngineTest, AnOlderVersionsDeviceFolderTakesTheDevicesNameAndTheQuotaCountsInKilobytes) {
     const std::string history = StorageLayout::historyFileName(Date(700000000));
     emulator().addFile("/Stowhaven/" + supervisor().deviceUID() + "/" + history, "from an older version");
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     EXPECT_EQ(engine_->existingFiles(), std::vector<std::string>{history});
     EXPECT_EQ(emulator().paths(), (std::vector<std::string>{"/Stowhaven/", deviceFolder(), deviceFolder() + history}));
     EXPECT_EQ(engine_->availableDeviceBackups(), std::vector<std::string>{supervisor().deviceName()});
@@ -211,14 +156,14 @@ TEST_F(GDriveEngineTest, ListingsAreReadPageAfterPage) {
         emulator().addFile(deviceFolder() + histories.back(), "history");
     }
     std::sort(histories.begin(), histories.end());
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     EXPECT_EQ(engine_->existingFiles(), histories);
 }
 
 // A restore lists the session once: after it, no folder needs to be listed again to fetch
 // the session's files.
 TEST_F(GDriveEngineTest, ARestoreFetchesTheSessionsFilesByTheRecordsOfOneWalk) {
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     const Date date(800000000);
     storeSession(date, "the history");
 
@@ -226,7 +171,7 @@ TEST_F(GDriveEngineTest, ARestoreFetchesTheSessionsFilesByTheRecordsOfOneWalk) {
     emulator().injectFault("malformed_json", 1000, "/drive/v3/files");
     for (const std::string kind : {"NOTES", "PHOTOS"}) {
         const auto part = request([&] { engine_->loadFile(kind + "-001", date, kind); });
-        ASSERT_TRUE(part.succeeded) << engine_->errorMessage().value_or("");
+        ASSERT_TRUE(part.succeeded) << error();
         EXPECT_EQ(FileManager::contentsOfFile(std::get<std::string>(part.object)), "the " + kind);
     }
     EXPECT_TRUE(request([&] { engine_->loadFile("../NOTES-001", date, std::string("..")); }).failed);
@@ -236,9 +181,9 @@ TEST_F(GDriveEngineTest, TheTerminalLoginTradesTheCodeOfItsOwnAddressAndARefusal
     supervisor().lowLevelStorePreferencesData(PlistValue(), GDriveTokens::kRefreshTokenKey);
     supervisor().setStorageToLocal();
     GDriveLogin login;
-    std::string error;
-    const auto address = login.authorizationAddress(error);
-    ASSERT_TRUE(address) << error;
+    std::string failure;
+    const auto address = login.authorizationAddress(failure);
+    ASSERT_TRUE(address) << failure;
 
     emulator().injectFault("refuse_grant", 1);
     EXPECT_EQ(login.finish(emulator().grant(*address)), "Google Drive refused: access_denied");

@@ -4,7 +4,7 @@
 // sent elsewhere, files stored under their names with ".pdf" added, a restore's walk, and
 // the terminal login.
 
-#include "servers/StorageEngineContract.h"
+#include "servers/CloudEngineTest.h"
 
 #include "core/BackupSession.h"
 #include "platform/FileManager.h"
@@ -19,8 +19,6 @@
 #include "support/Eventually.h"
 #include "support/FolderSnapshot.h"
 #include "support/OneDriveEmulator.h"
-#include "support/StorageRequest.h"
-#include "support/SupervisorScope.h"
 
 #include <gtest/gtest.h>
 
@@ -38,9 +36,11 @@ namespace {
 // the current engine.
 class OneDriveEngine final : public EngineUnderTest {
 public:
+    using Helper = SkyDriveHelper;
+
     explicit OneDriveEngine(test::SupervisorScope& scope) {
         emulator.exportEnvironment();
-        const test::OneDriveTokens tokens = emulator.issueTokens();
+        const test::OAuthTokens tokens = emulator.issueTokens();
         Supervisor& supervisor = scope.supervisor();
         supervisor.lowLevelStorePreferencesData(PlistValue(tokens.accessToken), SkyDriveTokens::kAccessTokenKey);
         supervisor.lowLevelStorePreferencesData(PlistValue(tokens.refreshToken), SkyDriveTokens::kRefreshTokenKey);
@@ -55,56 +55,16 @@ public:
 };
 
 INSTANTIATE_TEST_SUITE_P(OneDrive, StorageEngineContractTest,
-                         ::testing::Values(EngineKind{
-                             "OneDrive",
-                             [](test::SupervisorScope& scope) { return std::make_unique<OneDriveEngine>(scope); },
-                             test::OneDriveEmulator::isAvailable}),
-                         engineKindName);
+                         ::testing::Values(cloudEngineKind<OneDriveEngine>("OneDrive")), engineKindName);
 
-class OneDriveEngineTest : public ::testing::Test {
+class OneDriveEngineTest : public CloudEngineTest<OneDriveEngine> {
 protected:
-    void SetUp() override {
-        STOWHAVEN_SKIP_WITHOUT_ONEDRIVE_EMULATOR();
-        storage_ = std::make_unique<OneDriveEngine>(scope_);
-    }
     void TearDown() override { SkyDriveRetryRule::setPauseForTesting(SkyDriveRetryRule::kPause); }
 
-    test::OneDriveEmulator& emulator() { return storage_->emulator; }
-    Supervisor& supervisor() { return scope_.supervisor(); }
-
-    // The engine as a start of the program makes it.
-    std::shared_ptr<SkyDriveHelper> start() {
-        engine_ = SkyDriveHelper::createSkyDriveHelper();
-        return engine_;
-    }
     std::string stored(const char* key) {
         return supervisor().lowLevelGetStringPreferencesDataForKey(key).value_or("");
     }
-    test::RequestOutcome request(const std::function<void()>& operation) { return test::request(*engine_, operation); }
-    bool succeeds(const std::function<void()>& operation) { return request(operation).succeeded; }
-    std::string error() { return engine_->errorMessage().value_or("no error"); }
     std::string devicePath() { return "/Stowhaven/" + supervisor().deviceName() + "/"; }
-
-    static std::string temporaryFile(const std::string& name, const std::string& bytes) {
-        const std::string path = TemporaryDirectory::path() + "/" + name;
-        FileManager::writeFile(path, bytes);
-        return path;
-    }
-    // A session with a data folder per kind, each holding one part, and its history file.
-    void storeSession(Date date, const std::vector<std::string>& kinds) {
-        ASSERT_TRUE(succeeds([&] { engine_->createDirectoryDated(date); })) << error();
-        for (const std::string& kind : kinds) {
-            ASSERT_TRUE(succeeds([&] { engine_->createDirectory(kind, date); })) << error();
-            const std::string part = temporaryFile(kind + "-001", "the " + kind);
-            ASSERT_TRUE(succeeds([&] { engine_->uploadFile(part, date, kind); })) << error();
-            FileManager::removeItem(part);
-        }
-        ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("the history", date); })) << error();
-    }
-
-    test::SupervisorScope scope_;
-    std::unique_ptr<OneDriveEngine> storage_;
-    std::shared_ptr<SkyDriveHelper> engine_;
 };
 
 TEST_F(OneDriveEngineTest, AnAccessTokenIsRefreshedOnceItsExpiryHasPassedAndAfterTheServiceRefusesIt) {
@@ -197,11 +157,7 @@ TEST_F(OneDriveEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNothi
     EXPECT_EQ(engine_->existingFiles(), std::vector<std::string>{StorageLayout::historyFileName(date)});
     EXPECT_TRUE(log.contains("Refused the listed item <Stowhaven> of id <../../x>"));
     EXPECT_TRUE(log.contains("Refused the listed item <$(touch pwned)> of id <file.hostile.2>"));
-    const std::string temporary = TemporaryDirectory::path().substr(scope_.path("/").size());
-    for (const auto& [path, contents] : test::snapshot(scope_.path("/"))) {
-        EXPECT_TRUE(path.starts_with(temporary) || before.contains(path)) << path << " was written";
-        EXPECT_NE(contents, "hostile\n") << path;
-    }
+    expectNothingWrittenOutsideTheTemporaryFolder(before, "hostile\n");
     emulator().injectFault("hostile_listing", 0);
 
     // A file's content sent to plain http on another host is not fetched.
@@ -211,18 +167,7 @@ TEST_F(OneDriveEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNothi
     EXPECT_EQ(engine_->errorMessage(), "OneDrive sent the download to an address that isn't secure");
     EXPECT_FALSE(FileManager::fileExists(TemporaryDirectory::path() + "/" + StorageLayout::historyFileName(date)));
 
-    const struct {
-        const char* fault;
-        const char* message;
-    } broken[] = {{"malformed_json", "The reply is no JSON"},
-                  {"huge_json", "The reply is larger than"},
-                  {"deep_json", "The reply is nested too deep"}};
-    for (const auto& reply : broken) {
-        emulator().injectFault(reply.fault, 1, "/v5.0/");
-        const auto details = request([&] { engine_->loadBackupDetailsForDevice(supervisor().deviceName()); });
-        EXPECT_TRUE(details.failed) << reply.fault;
-        EXPECT_TRUE(error().starts_with(reply.message)) << reply.fault << ": " << error();
-    }
+    expectBrokenRepliesRefused("/v5.0/");
 }
 
 // A restore reads the session's folders in one walk: after it, no folder needs to be listed
@@ -230,7 +175,7 @@ TEST_F(OneDriveEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNothi
 TEST_F(OneDriveEngineTest, ARestoreFetchesTheSessionsFilesByTheEntriesOfOneWalkWhateverTheCaseOfTheirPdfSuffix) {
     ASSERT_FALSE(start()->hasError()) << error();
     const Date date(800000000);
-    storeSession(date, {"NOTES", "PHOTOS"});
+    storeSession(date, "the history");
     const std::string stamp = StorageLayout::stamp(date);
     const auto paths = emulator().paths();
     for (const std::string& stored : {StorageLayout::historyFileName(date), stamp + "/NOTES/NOTES-001"}) {

@@ -30,6 +30,13 @@ public:
     virtual std::shared_ptr<StorageHelperProtocol> start() = 0;
 };
 
+// A file of the temporary folder, as the backup leaves one to send.
+inline std::string temporaryFile(const std::string& name, const std::string& bytes) {
+    const std::string path = TemporaryDirectory::path() + "/" + name;
+    FileManager::writeFile(path, bytes);
+    return path;
+}
+
 struct EngineKind {
     const char* name;
     std::function<std::unique_ptr<EngineUnderTest>(test::SupervisorScope&)> make;
@@ -50,12 +57,6 @@ protected:
         ASSERT_FALSE(engine_->hasError()) << *engine_->errorMessage();
     }
 
-    // A file of the temporary folder, as the backup leaves one to send.
-    static std::string temporaryFile(const std::string& name, const std::string& bytes) {
-        const std::string path = TemporaryDirectory::path() + "/" + name;
-        FileManager::writeFile(path, bytes);
-        return path;
-    }
     static std::optional<std::string> fetched(const test::RequestOutcome& outcome) {
         const auto* path = std::get_if<std::string>(&outcome.object);
         return path ? FileManager::contentsOfFile(*path) : std::nullopt;

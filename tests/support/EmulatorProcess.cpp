@@ -54,9 +54,11 @@ std::string EmulatorProcess::control(const std::string& method, const std::strin
     return reply.body;
 }
 
-void EmulatorProcess::injectFault(const std::string& name, int count, const std::string& pathPrefix) const {
+void EmulatorProcess::injectFault(const std::string& name, int count, const std::string& pathPrefix,
+                                  int skip) const {
     control("POST", "fault?name=" + textutil::percentEncoded(name) + "&count=" + std::to_string(count) +
-                        "&path=" + textutil::percentEncoded(pathPrefix));
+                        "&path=" + textutil::percentEncoded(pathPrefix) +
+                        (skip > 0 ? "&skip=" + std::to_string(skip) : std::string()));
 }
 
 std::string EmulatorProcess::redirectOf(const std::string& address) const {

@@ -31,8 +31,9 @@ public:
     // emulator refuses it.
     std::string control(const std::string& method, const std::string& pathAndQuery, const std::string& body = "") const;
     // The next COUNT requests that the switch NAME can affect, whose path starts with
-    // PATHPREFIX (any, when empty), get it; COUNT 0 clears it.
-    void injectFault(const std::string& name, int count, const std::string& pathPrefix) const;
+    // PATHPREFIX (any, when empty), get it after the first SKIP of them pass untouched (where
+    // the emulator takes a skip); COUNT 0 clears it.
+    void injectFault(const std::string& name, int count, const std::string& pathPrefix, int skip = 0) const;
     // Every access token handed out so far stops working now.
     void expireAccessToken() const { control("POST", "expire_access_token"); }
     // Opens ADDRESS as a browser would and answers where its 302 sends the browser; throws
