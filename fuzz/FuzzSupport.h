@@ -3,7 +3,10 @@
 #include "archive/KeyedArchiver.h"
 #include "archive/KeyedUnarchiver.h"
 #include "core/ModelClasses.h"
+#include "net/OAuth2Grant.h"
+#include "net/RestClient.h"
 #include "platform/DeviceRoot.h"
+#include "platform/FileNames.h"
 #include "support/DetachedDevice.h"
 
 #include <cstddef>
@@ -51,6 +54,41 @@ inline void checkArchivesBack(const ArchiveValue& value) {
     const auto archive = KeyedArchiver::archivedData(value);
     expect(!archive || KeyedUnarchiver::unarchiveObjectWithData(*archive, classesForFuzzing()).has_value(),
            "what the archiver writes reads back");
+}
+
+// READER, which answers a value or nothing and why, on BODY: what it refuses, it says why.
+template <typename Reader>
+auto readOrSay(Reader reader, std::string_view body) {
+    std::string error;
+    auto value = reader(body, error);
+    expect(value.has_value() || !error.empty(), "a refused reply says why");
+    return value;
+}
+
+// An item of a cloud listing: an id that IDISCLEAN accepts (IDRULE says how) and a name that
+// is one clean path component.
+template <typename Item, typename IdCheck>
+void expectCleanItem(const Item& item, IdCheck idIsClean, const char* idRule) {
+    expect(idIsClean(item.id), idRule);
+    expect(isOneFileName(item.name), "every name is one clean path component");
+}
+
+// The OAuth 2 token reader the cloud engines share, on BODY.
+inline void checkOAuth2Grant(std::string_view body) {
+    if (const auto grant = readOrSay(OAuth2Grant::read, body)) {
+        expect(!grant->accessToken.empty(), "a grant holds an access token");
+        expect(!grant->refreshToken || !grant->refreshToken->empty(), "a refresh token given is not empty");
+    }
+}
+
+// BODY as the reply of a request the service refused with STATUS, which the client names
+// ERROR ("HTTP 400 Bad Request").
+inline RestReply refusedReply(int status, std::string_view body, const char* error) {
+    RestReply reply;
+    reply.status = status;
+    reply.body = std::string(body);
+    reply.error = error;
+    return reply;
 }
 
 }  // namespace stowhaven::fuzz

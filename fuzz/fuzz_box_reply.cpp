@@ -3,8 +3,6 @@
 // message, damaged or hostile.
 
 #include "FuzzSupport.h"
-#include "net/OAuth2Grant.h"
-#include "platform/FileNames.h"
 #include "storage/box/BoxReplies.h"
 
 #include <algorithm>
@@ -17,25 +15,19 @@ namespace {
 using stowhaven::BoxItem;
 
 void expectClean(const BoxItem& item) {
-    using namespace stowhaven;
-    fuzz::expect(
-        !item.id.empty() && std::all_of(item.id.begin(), item.id.end(), [](char c) { return c >= '0' && c <= '9'; }),
+    stowhaven::fuzz::expectCleanItem(
+        item,
+        [](const std::string& id) {
+            return !id.empty() && std::all_of(id.begin(), id.end(), [](char c) { return c >= '0' && c <= '9'; });
+        },
         "every id is plain digits");
-    fuzz::expect(isOneFileName(item.name), "every name is one clean path component");
-}
-
-template <typename Reader>
-auto readOrSay(Reader reader, std::string_view body) {
-    std::string error;
-    auto value = reader(body, error);
-    stowhaven::fuzz::expect(value.has_value() || !error.empty(), "a refused reply says why");
-    return value;
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace stowhaven;
+    using fuzz::readOrSay;
     const std::string_view body = fuzz::bytesOf(data, size);
     if (const auto folder = readOrSay(BoxReplies::folder, body)) {
         expectClean(*folder);
@@ -50,14 +42,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         for (const BoxItem& item : page->entries) expectClean(item);
     }
     readOrSay(BoxReplies::user, body);
-    if (const auto grant = readOrSay(OAuth2Grant::read, body)) {
-        fuzz::expect(!grant->accessToken.empty(), "a grant holds an access token");
-        fuzz::expect(!grant->refreshToken || !grant->refreshToken->empty(), "a refresh token given is not empty");
-    }
-    RestReply reply;
-    reply.status = 400;
-    reply.body = std::string(body);
-    reply.error = "HTTP 400 Bad Request";
-    fuzz::expect(!BoxReplies::errorText(reply).empty(), "a failed request always has a message");
+    fuzz::checkOAuth2Grant(body);
+    fuzz::expect(!BoxReplies::errorText(fuzz::refusedReply(400, body, "HTTP 400 Bad Request")).empty(),
+                 "a failed request always has a message");
     return 0;
 }

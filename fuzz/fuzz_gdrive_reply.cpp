@@ -3,8 +3,6 @@
 // an error's message, damaged or hostile.
 
 #include "FuzzSupport.h"
-#include "net/OAuth2Grant.h"
-#include "platform/FileNames.h"
 #include "storage/gdrive/GDriveReplies.h"
 
 #include <algorithm>
@@ -19,28 +17,23 @@ using stowhaven::GDriveFile;
 
 void expectClean(const GDriveFile& file) {
     using namespace stowhaven;
-    fuzz::expect(!file.id.empty() && std::all_of(file.id.begin(), file.id.end(),
-                                                 [](char c) {
-                                                     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
-                                                            (c >= '0' && c <= '9') || c == '_' || c == '-';
-                                                 }),
-                 "every id holds only letters, digits, _ and -");
-    fuzz::expect(isOneFileName(file.name), "every name is one clean path component");
+    fuzz::expectCleanItem(
+        file,
+        [](const std::string& id) {
+            return !id.empty() && std::all_of(id.begin(), id.end(), [](char c) {
+                return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' ||
+                       c == '-';
+            });
+        },
+        "every id holds only letters, digits, _ and -");
     fuzz::expect(!file.size || *file.size >= 0, "no size is negative");
-}
-
-template <typename Reader>
-auto readOrSay(Reader reader, std::string_view body) {
-    std::string error;
-    auto value = reader(body, error);
-    stowhaven::fuzz::expect(value.has_value() || !error.empty(), "a refused reply says why");
-    return value;
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace stowhaven;
+    using fuzz::readOrSay;
     const std::string_view body = fuzz::bytesOf(data, size);
     if (const auto file = readOrSay(GDriveReplies::file, body)) expectClean(*file);
     if (const auto page = readOrSay(GDriveReplies::filePage, body)) {
@@ -51,13 +44,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         fuzz::expect(std::isfinite(about->usageInDrive) && about->usageInDrive >= 0, "the usage is a count of bytes");
         fuzz::expect(!about->limit || *about->limit >= 0, "the limit is a count of bytes");
     }
-    if (const auto grant = readOrSay(OAuth2Grant::read, body)) {
-        fuzz::expect(!grant->accessToken.empty(), "a grant holds an access token");
-    }
-    RestReply reply;
-    reply.status = 403;
-    reply.body = std::string(body);
-    reply.error = "HTTP 403 Forbidden";
-    fuzz::expect(!GDriveReplies::errorText(reply).empty(), "a failed request always has a message");
+    fuzz::checkOAuth2Grant(body);
+    fuzz::expect(!GDriveReplies::errorText(fuzz::refusedReply(403, body, "HTTP 403 Forbidden")).empty(),
+                 "a failed request always has a message");
     return 0;
 }

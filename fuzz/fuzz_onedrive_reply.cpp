@@ -3,7 +3,6 @@
 // hostile.
 
 #include "FuzzSupport.h"
-#include "platform/FileNames.h"
 #include "storage/onedrive/SkyDriveReplies.h"
 
 #include <cstddef>
@@ -16,26 +15,18 @@ using stowhaven::SkyDriveEntry;
 
 void expectClean(const SkyDriveEntry& entry) {
     using namespace stowhaven;
-    fuzz::expect(SkyDriveReplies::isItemId(entry.id), "every id has the service's shape");
+    fuzz::expectCleanItem(entry, SkyDriveReplies::isItemId, "every id has the service's shape");
     fuzz::expect(entry.id.find('/') == std::string::npos && entry.id.find("..") == std::string::npos,
                  "no id reaches outside its path segment");
-    fuzz::expect(isOneFileName(entry.name), "every name is one clean path component");
     fuzz::expect(!entry.parentId || SkyDriveReplies::isItemId(*entry.parentId),
                  "a parent's id has the service's shape");
-}
-
-template <typename Reader>
-auto readOrSay(Reader reader, std::string_view body) {
-    std::string error;
-    auto value = reader(body, error);
-    stowhaven::fuzz::expect(value.has_value() || !error.empty(), "a refused reply says why");
-    return value;
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace stowhaven;
+    using fuzz::readOrSay;
     const std::string_view body = fuzz::bytesOf(data, size);
     if (const auto entry = readOrSay(SkyDriveReplies::entry, body)) expectClean(*entry);
     if (const auto file = readOrSay(SkyDriveReplies::uploadedFile, body)) {
@@ -48,10 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     readOrSay(SkyDriveReplies::userName, body);
     readOrSay(SkyDriveReplies::available, body);
     if (const auto seconds = SkyDriveReplies::throttleSeconds(body)) fuzz::expect(*seconds >= 0, "no wait is negative");
-    RestReply reply;
-    reply.status = 400;
-    reply.body = std::string(body);
-    reply.error = "HTTP 400 Bad Request";
-    fuzz::expect(!SkyDriveReplies::errorText(reply).empty(), "a failed request always has a message");
+    fuzz::expect(!SkyDriveReplies::errorText(fuzz::refusedReply(400, body, "HTTP 400 Bad Request")).empty(),
+                 "a failed request always has a message");
     return 0;
 }
