@@ -117,6 +117,42 @@ void CloudStorageHelper::fetchNewestHistoryFile() {
     if (fetchHistoryFile(files.back())) SH_LOG("Latest backup data in <{}>", files.back());
 }
 
+void CloudStorageHelper::loadSessionFile(
+    const std::string& fileName, Date date, const std::function<std::optional<std::string>()>& findId,
+    const std::function<std::optional<std::string>(const std::string& id)>& fetchById) {
+    beginRequest();
+    auto id = findId();
+    if (!id && !isPrefetchedSession(StorageLayout::stamp(date))) {
+        preloadFileRefUsingDate(date);
+        beginRequest();
+        id = findId();
+    }
+    if (!id) {
+        failWith("Couldn't find backup data FILE with name <" + fileName + ">");
+        return performFailureSelector();
+    }
+    // A listing that failed on the way is no failure once the file was found.
+    beginRequest();
+    const auto path = fetchById(*id);
+    if (!path) return performFailureSelector();
+    callSuccessSelectorKeepingIt(*path);
+}
+
+void CloudStorageHelper::notePrefetchedSession(const std::string& stamp) {
+    std::lock_guard lock(prefetchedMutex_);
+    prefetchedStamp_ = stamp;
+}
+
+bool CloudStorageHelper::isPrefetchedSession(const std::string& stamp) {
+    std::lock_guard lock(prefetchedMutex_);
+    return prefetchedStamp_ == stamp;
+}
+
+void CloudStorageHelper::forgetPrefetchedSession() {
+    std::lock_guard lock(prefetchedMutex_);
+    prefetchedStamp_.reset();
+}
+
 void CloudStorageHelper::retrieveRestOfBackupHistory() {
     if (!fBackupHistoryLoaded_.exchange(true) && !existingFiles().empty()) {
         AbstractStorageHelper::retrieveRestOfBackupHistory();

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 
@@ -19,7 +20,9 @@ class BackupSession;
 // it becomes current: the account and its folders proved, the listings read; when it can't,
 // it leaves its error and gives way to local storage for this run. Each request begins with
 // no error and ends by its hook; the failures of its steps are the engine's error.
-class CloudStorageHelper : public AbstractStorageHelper, public ConnectionOrientedStorageHelperProtocol {
+class CloudStorageHelper : public AbstractStorageHelper,
+                           public ConnectionOrientedStorageHelperProtocol,
+                           public FileRefPreloading {
 public:
     // Starts as when made, and the engine becomes current; without success it gives way.
     void connect() override;
@@ -67,6 +70,17 @@ protected:
     // Fetches the newest of the history files listed into the temporary folder; nothing
     // without one.
     void fetchNewestHistoryFile();
+    // For a service that addresses files by id: fetches the session's file FILENAME into the
+    // temporary folder by FETCHBYID, with the id that FINDID gives, and hands it to the success
+    // hook, which stays for the next file of the same request. On a miss the session's ids are
+    // read first (preloadFileRefUsingDate), once for each session.
+    void loadSessionFile(const std::string& fileName, Date date,
+                         const std::function<std::optional<std::string>()>& findId,
+                         const std::function<std::optional<std::string>(const std::string& id)>& fetchById);
+    // The session whose ids were read last, by its stamp; forgotten when they may be stale.
+    void notePrefetchedSession(const std::string& stamp);
+    bool isPrefetchedSession(const std::string& stamp);
+    void forgetPrefetchedSession();
     // Writes the session's history text to its file in the temporary folder and hands the
     // file to UPLOAD; the file is then removed, and listed as existing when it was sent.
     bool storeHistoryFile(const std::string& historyText, Date date,
@@ -75,6 +89,8 @@ protected:
 private:
     const StorageType type_;
     std::atomic<bool> fBackupHistoryLoaded_{false};
+    std::mutex prefetchedMutex_;
+    std::optional<std::string> prefetchedStamp_;
 };
 
 }  // namespace stowhaven

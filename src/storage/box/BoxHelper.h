@@ -19,7 +19,7 @@ class BoxWrapper;
 // walk. When Box is current it starts at once: the account, the base folders and the
 // listings. No request is retried here: the REST client retries what the service asks to be
 // retried.
-class BoxHelper final : public CloudStorageHelper, public FileRefPreloading, public BackgroundInitialization {
+class BoxHelper final : public CloudStorageHelper, public BackgroundInitialization {
 public:
     // Makes the engine, which becomes the one of Box, dropping any before it; it starts at
     // once when Box is the current engine.
@@ -75,8 +75,6 @@ private:
 
     std::mutex internalFoldersMutex_;
     std::map<std::string, std::string> internalFolders_;
-    // The stamp of the session whose ids were fetched last.
-    std::optional<std::string> prefetchedStamp_;
 };
 
 }  // namespace stowhaven

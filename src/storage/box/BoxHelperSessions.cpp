@@ -60,40 +60,17 @@ void BoxHelper::uploadFile(const std::string& path, Date date, const std::option
 }
 
 // Files are looked up by their name alone, in this device's folder and then among the
-// session's prefetched items; a session not prefetched yet is, on the first miss.
+// session's prefetched items.
 void BoxHelper::loadFile(const std::string& name, Date date, const std::optional<std::string>&) {
-    beginRequest();
     const std::string fileName = std::filesystem::path(name).filename().string();
-    auto id = box().idWithName(fileName, false);
-    if (!id) {
-        bool prefetched = false;
-        {
-            std::lock_guard lock(internalFoldersMutex_);
-            prefetched = prefetchedStamp_ == StorageLayout::stamp(date);
-        }
-        if (!prefetched) {
-            preloadFileRefUsingDate(date);
-            id = box().idWithName(fileName, false);
-        }
-    }
-    if (!id) {
-        failWith("Couldn't find backup data FILE with name <" + fileName + ">");
-        return performFailureSelector();
-    }
-    // A listing that failed on the way is no failure once the prefetched items had it.
-    beginRequest();
-    const auto path = fetch(*id, fileName);
-    if (!path) return performFailureSelector();
-    // The hooks stay for the next file of the same request.
-    callSuccessSelectorKeepingIt(*path);
+    loadSessionFile(
+        fileName, date, [&] { return box().idWithName(fileName, false); },
+        [&](const std::string& id) { return fetch(id, fileName); });
 }
 
 void BoxHelper::preloadFileRefUsingDate(Date date) {
     const std::string stamp = StorageLayout::stamp(date);
-    {
-        std::lock_guard lock(internalFoldersMutex_);
-        prefetchedStamp_ = stamp;
-    }
+    notePrefetchedSession(stamp);
     box().clearPrefetchData();
     const auto id = box().idWithName(stamp, true);
     if (!id) {
@@ -115,10 +92,7 @@ void BoxHelper::deleteBackupSession(const std::shared_ptr<BackupSession>& sessio
     if (!fileId || !box().deleteWithId(*fileId, false)) return performFailureSelector();
     removeExistingFile(name);
     const std::string stamp = StorageLayout::stamp(date);
-    {
-        std::lock_guard lock(internalFoldersMutex_);
-        if (prefetchedStamp_ == stamp) prefetchedStamp_.reset();
-    }
+    if (isPrefetchedSession(stamp)) forgetPrefetchedSession();
     box().clearPrefetchData();
     const auto folderId = box().idWithName(stamp, true);
     if (!folderId) {

@@ -16,7 +16,7 @@ class GDriveWrapper;
 // the product folder and this device's folder, its listing. Every request blocks until Drive
 // has answered. No request is retried here: the REST client retries what the service asks to
 // be retried.
-class GDriveHelper final : public CloudStorageHelper, public FileRefPreloading, public BackgroundInitialization {
+class GDriveHelper final : public CloudStorageHelper, public BackgroundInitialization {
 public:
     // Makes the engine, which becomes the one of Google Drive, dropping any before it; it
     // starts at once when Google Drive is the current engine.

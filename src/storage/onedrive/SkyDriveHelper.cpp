@@ -124,10 +124,7 @@ std::string SkyDriveHelper::accountName() { return skyDrive().accountName(); }
 void SkyDriveHelper::flushCache() {
     internalExistingFiles_.clear();
     internalAvailableDeviceBackups_.clear();
-    {
-        std::lock_guard lock(prefetchedMutex_);
-        prefetchedStamp_.reset();
-    }
+    forgetPrefetchedSession();
     CloudStorageHelper::flushCache();
 }
 

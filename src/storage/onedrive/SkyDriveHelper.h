@@ -5,7 +5,6 @@
 #include "storage/onedrive/SkyDriveEntryCache.h"
 
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 
@@ -21,7 +20,6 @@ class SkyDriveWrapper;
 // it starts at once: the account, the quota, the folders and the listings.
 class SkyDriveHelper final : public CloudStorageHelper,
                              public DefaultBackupDetailsLoading,
-                             public FileRefPreloading,
                              public BackgroundInitialization {
 public:
     // Makes the engine, which becomes the one of OneDrive, dropping any before it; it starts
@@ -90,9 +88,6 @@ private:
     // The product folder's entries, and this device's folder's with the sessions' read since.
     SkyDriveEntryCache internalAvailableDeviceBackups_;
     SkyDriveEntryCache internalExistingFiles_;
-    std::mutex prefetchedMutex_;
-    // The stamp of the session whose entries were read last.
-    std::optional<std::string> prefetchedStamp_;
 };
 
 }  // namespace stowhaven

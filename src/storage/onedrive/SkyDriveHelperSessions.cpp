@@ -55,47 +55,24 @@ void SkyDriveHelper::uploadFile(const std::string& path, Date date, const std::o
     finish(stored.has_value());
 }
 
-// A file is looked up in its own folder of the session; a session not read yet is, on the
-// first miss.
+// A file is looked up in its own folder of the session.
 void SkyDriveHelper::loadFile(const std::string& name, Date date, const std::optional<std::string>& subDirectory) {
-    beginRequest();
     const std::string fileName = std::filesystem::path(name).filename().string();
-    const auto lookUp = [&]() -> std::optional<SkyDriveEntry> {
-        const auto folder = sessionFolder(date, subDirectory);
-        return folder ? internalExistingFiles_.file(fileName, folder->id) : std::nullopt;
-    };
-    auto entry = lookUp();
-    if (!entry) {
-        bool prefetched = false;
-        {
-            std::lock_guard lock(prefetchedMutex_);
-            prefetched = prefetchedStamp_ == StorageLayout::stamp(date);
-        }
-        if (!prefetched) {
-            preloadFileRefUsingDate(date);
-            beginRequest();
-            entry = lookUp();
-        }
-    }
-    if (!entry) {
-        SH_LOG("file id is NIL!");
-        failWith("Couldn't find backup data FILE with name <" + fileName + ">");
-        return performFailureSelector();
-    }
-    beginRequest();
-    const auto path = fetch(entry->id, fileName);
-    if (!path) return performFailureSelector();
-    // The hooks stay for the next file of the same request.
-    callSuccessSelectorKeepingIt(*path);
+    loadSessionFile(
+        fileName, date,
+        [&]() -> std::optional<std::string> {
+            const auto folder = sessionFolder(date, subDirectory);
+            const auto entry = folder ? internalExistingFiles_.file(fileName, folder->id) : std::nullopt;
+            if (!entry) return std::nullopt;
+            return entry->id;
+        },
+        [&](const std::string& id) { return fetch(id, fileName); });
 }
 
 // The session folder's entries, and those of each folder in it, one level deep.
 void SkyDriveHelper::preloadFileRefUsingDate(Date date) {
     const std::string stamp = StorageLayout::stamp(date);
-    {
-        std::lock_guard lock(prefetchedMutex_);
-        prefetchedStamp_ = stamp;
-    }
+    notePrefetchedSession(stamp);
     const auto deviceId = deviceFolderId();
     const auto session = deviceId ? internalExistingFiles_.folder(stamp, *deviceId) : std::nullopt;
     if (!session) {
@@ -125,10 +102,7 @@ void SkyDriveHelper::deleteBackupSession(const std::shared_ptr<BackupSession>& s
     if (!file || !skyDrive().deleteFileData(file->id)) return performFailureSelector();
     internalExistingFiles_.remove(file->id);
     removeExistingFile(name);
-    {
-        std::lock_guard lock(prefetchedMutex_);
-        prefetchedStamp_.reset();
-    }
+    forgetPrefetchedSession();
     const auto folder = internalExistingFiles_.folder(StorageLayout::stamp(date), *deviceId);
     if (!folder) {
         SH_LOG("Couldn't find backup data FOLDER with name <{}>", StorageLayout::stamp(date));
