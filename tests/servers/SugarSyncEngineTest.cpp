@@ -3,7 +3,7 @@
 // ends or once refused, the retry rule and its marker, an upload cut short, hostile and
 // broken replies, the device folder of an older version, a restore's walk, and the login.
 
-#include "servers/StorageEngineContract.h"
+#include "servers/CloudEngineTest.h"
 
 #include "platform/FileManager.h"
 #include "platform/TemporaryDirectory.h"
@@ -13,9 +13,7 @@
 #include "storage/sugarsync/SugarSyncLogin.h"
 #include "support/CapturedLog.h"
 #include "support/FolderSnapshot.h"
-#include "support/StorageRequest.h"
 #include "support/SugarSyncEmulator.h"
-#include "support/SupervisorScope.h"
 
 #include <gtest/gtest.h>
 
@@ -31,6 +29,8 @@ namespace {
 // SugarSync as a login leaves it: the user's credentials stored, SugarSync the current engine.
 class SugarSyncEngine final : public EngineUnderTest {
 public:
+    using Helper = SugarSyncHelper;
+
     explicit SugarSyncEngine(test::SupervisorScope& scope) {
         emulator.exportEnvironment();
         scope.supervisor().lowLevelStorePreferencesData(PlistValue(emulator.user()), SugarSyncKeys::kLogin);
@@ -43,30 +43,10 @@ public:
 };
 
 INSTANTIATE_TEST_SUITE_P(SugarSync, StorageEngineContractTest,
-                         ::testing::Values(EngineKind{"SugarSync",
-                                                      [](test::SupervisorScope& scope) {
-                                                          return std::make_unique<SugarSyncEngine>(scope);
-                                                      },
-                                                      test::SugarSyncEmulator::isAvailable}),
-                         engineKindName);
+                         ::testing::Values(cloudEngineKind<SugarSyncEngine>("SugarSync")), engineKindName);
 
-class SugarSyncEngineTest : public ::testing::Test {
+class SugarSyncEngineTest : public CloudEngineTest<SugarSyncEngine> {
 protected:
-    void SetUp() override {
-        STOWHAVEN_SKIP_WITHOUT_SUGARSYNC_EMULATOR();
-        storage_ = std::make_unique<SugarSyncEngine>(scope_);
-    }
-
-    test::SugarSyncEmulator& emulator() { return storage_->emulator; }
-    Supervisor& supervisor() { return scope_.supervisor(); }
-
-    // The engine as a start of the program makes it.
-    std::shared_ptr<SugarSyncHelper> start() {
-        engine_ = SugarSyncHelper::createSugarSyncHelper();
-        return engine_;
-    }
-    test::RequestOutcome request(const std::function<void()>& operation) { return test::request(*engine_, operation); }
-    bool succeeds(const std::function<void()>& operation) { return request(operation).succeeded; }
     std::optional<Date> storedExpiry() {
         return supervisor().lowLevelGetDatePreferencesDataForKey(SugarSyncKeys::kTokenExpirationDate);
     }
@@ -79,16 +59,6 @@ protected:
         }
         return count;
     }
-
-    static std::string temporaryFile(const std::string& name, const std::string& bytes) {
-        const std::string path = TemporaryDirectory::path() + "/" + name;
-        FileManager::writeFile(path, bytes);
-        return path;
-    }
-
-    test::SupervisorScope scope_;
-    std::unique_ptr<SugarSyncEngine> storage_;
-    std::shared_ptr<SugarSyncHelper> engine_;
 };
 
 // The token is bought again a quarter of an hour before it ends, when the re-login timer
@@ -96,7 +66,7 @@ protected:
 TEST_F(SugarSyncEngineTest, ATokenIsBoughtAgainBeforeItEndsAndOnceTheServiceRefusesIt) {
     auto& clock = scope_.services.clock.time;
     clock = std::chrono::system_clock::now();
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     EXPECT_EQ(linesBefore("POST /authorization", "GET /user"), 1);
     clock += std::chrono::minutes(44);
     engine_->refreshFreeSpace();
@@ -109,7 +79,7 @@ TEST_F(SugarSyncEngineTest, ATokenIsBoughtAgainBeforeItEndsAndOnceTheServiceRefu
     ASSERT_TRUE(renewed);
     emulator().expireAccessToken();
     const Date date(800000000);
-    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("after the expiry", date); })) << *engine_->errorMessage();
+    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("after the expiry", date); })) << error();
     EXPECT_GE(storedExpiry(), renewed);
 
     start()->loadMostRecentBackupSession();
@@ -118,10 +88,10 @@ TEST_F(SugarSyncEngineTest, ATokenIsBoughtAgainBeforeItEndsAndOnceTheServiceRefu
 }
 
 TEST_F(SugarSyncEngineTest, FailedRequestsAreSentAgainElevenTimesInAllThenOnceUntilAReplyReads) {
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     const Date date(800000000);
     emulator().injectFault("status_503", 1, "/file/");
-    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("the history", date); })) << *engine_->errorMessage();
+    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("the history", date); })) << error();
     ASSERT_TRUE(emulator().waitForLine("PUT /file/"));
     EXPECT_TRUE(emulator().waitForLine("PUT /file/")) << "the data was sent again";
     // The empty reply of the data left the count where it was; a record that reads starts it again.
@@ -130,7 +100,7 @@ TEST_F(SugarSyncEngineTest, FailedRequestsAreSentAgainElevenTimesInAllThenOnceUn
 
     emulator().injectFault("status_503", 1000, "/folder/");
     EXPECT_TRUE(request([&] { engine_->createDirectoryDated(date); }).failed);
-    EXPECT_TRUE(engine_->errorMessage().value_or("").starts_with("HTTP 503")) << engine_->errorMessage().value_or("");
+    EXPECT_TRUE(error().starts_with("HTTP 503")) << error();
     engine_->refreshFreeSpace();
     EXPECT_EQ(linesBefore("POST /folder/", "GET /user"), 11);
     // The tries are spent: each failure now goes once.
@@ -142,11 +112,11 @@ TEST_F(SugarSyncEngineTest, FailedRequestsAreSentAgainElevenTimesInAllThenOnceUn
     emulator().injectFault("status_503", 0);
     engine_->refreshFreeSpace();
     emulator().injectFault("status_503", 1, "/folder/");
-    EXPECT_TRUE(succeeds([&] { engine_->createDirectoryDated(date); })) << *engine_->errorMessage();
+    EXPECT_TRUE(succeeds([&] { engine_->createDirectoryDated(date); })) << error();
 }
 
 TEST_F(SugarSyncEngineTest, AnUploadCutShortFailsWithAnErrorAndTheEarlierSessionStaysWhole) {
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     const Date earlier(700000000);
     const Date later(800000000);
     ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("the earlier session", earlier); }));
@@ -164,7 +134,7 @@ TEST_F(SugarSyncEngineTest, AnUploadCutShortFailsWithAnErrorAndTheEarlierSession
 }
 
 TEST_F(SugarSyncEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNothingLandsOutsideTheTemporaryFolder) {
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     const Date date(800000000);
     ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("the history", date); }));
     const auto before = test::snapshot(scope_.path("/"));
@@ -173,7 +143,7 @@ TEST_F(SugarSyncEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNoth
     // percent-encoded, and a file whose reference and content are file:///etc/passwd.
     test::CapturedLog log;
     emulator().injectFault("hostile_listing", 1000, "/folder/");
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     engine_->loadMostRecentBackupSession();
     engine_->retrieveRestOfBackupHistory();
     const auto files = engine_->existingFiles();
@@ -184,10 +154,7 @@ TEST_F(SugarSyncEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNoth
     }
     EXPECT_TRUE(log.contains("Refused the listed item <passwd> of reference <file:///etc/passwd>"));
     EXPECT_TRUE(log.contains("Refused the listed item <%2E%2E%2F%2E%2E>"));
-    const std::string temporary = TemporaryDirectory::path().substr(scope_.path("/").size());
-    for (const auto& [path, contents] : test::snapshot(scope_.path("/"))) {
-        EXPECT_TRUE(path.starts_with(temporary) || before.contains(path)) << path << " was written";
-    }
+    expectNothingWrittenOutsideTheTemporaryFolder(before, "hostile\n");
     emulator().injectFault("hostile_listing", 0);
 
     const struct {
@@ -200,8 +167,7 @@ TEST_F(SugarSyncEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNoth
         emulator().injectFault(reply.fault, 1000, "/folder/");
         const auto details = request([&] { engine_->loadBackupDetailsForDevice(supervisor().deviceName()); });
         EXPECT_TRUE(details.failed) << reply.fault;
-        EXPECT_TRUE(engine_->errorMessage().value_or("").starts_with(reply.message))
-            << reply.fault << ": " << engine_->errorMessage().value_or("no error");
+        EXPECT_TRUE(error().starts_with(reply.message)) << reply.fault << ": " << error();
         emulator().injectFault(reply.fault, 0);
     }
 }
@@ -209,7 +175,7 @@ TEST_F(SugarSyncEngineTest, HostileAndBrokenRepliesAreRefusedWithAMessageAndNoth
 TEST_F(SugarSyncEngineTest, AnOlderVersionsDeviceFolderTakesTheDevicesName) {
     const std::string history = StorageLayout::historyFileName(Date(700000000));
     emulator().addFile("/Stowhaven/" + supervisor().deviceUID() + "/" + history, "from an older version");
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     engine_->loadMostRecentBackupSession();
     EXPECT_EQ(engine_->existingFiles(), std::vector<std::string>{history});
     const auto paths = emulator().paths();
@@ -220,22 +186,15 @@ TEST_F(SugarSyncEngineTest, AnOlderVersionsDeviceFolderTakesTheDevicesName) {
 // A restore fetches the session's items in one walk: after it, no folder needs to be listed
 // again to fetch them.
 TEST_F(SugarSyncEngineTest, ARestoreFetchesTheSessionsFilesByTheReferencesOfOneWalk) {
-    ASSERT_FALSE(start()->hasError()) << *engine_->errorMessage();
+    ASSERT_FALSE(start()->hasError()) << error();
     const Date date(800000000);
-    ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("the history", date); }));
-    ASSERT_TRUE(succeeds([&] { engine_->createDirectoryDated(date); }));
-    for (const std::string kind : {"NOTES", "PHOTOS"}) {
-        ASSERT_TRUE(succeeds([&] { engine_->createDirectory(kind, date); }));
-        const std::string part = temporaryFile(kind + "-001", "the " + kind);
-        ASSERT_TRUE(succeeds([&] { engine_->uploadFile(part, date, kind); })) << *engine_->errorMessage();
-        FileManager::removeItem(part);
-    }
+    storeSession(date, "the history");
 
     start()->preloadFileRefUsingDate(date);
     emulator().injectFault("malformed_xml", 1000, "/folder/");
     for (const std::string kind : {"NOTES", "PHOTOS"}) {
         const auto part = request([&] { engine_->loadFile(kind + "-001", date, kind); });
-        ASSERT_TRUE(part.succeeded) << engine_->errorMessage().value_or("");
+        ASSERT_TRUE(part.succeeded) << error();
         EXPECT_EQ(FileManager::contentsOfFile(std::get<std::string>(part.object)), "the " + kind);
     }
 }
