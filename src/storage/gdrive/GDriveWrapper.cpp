@@ -220,17 +220,23 @@ std::optional<std::vector<std::string>> GDriveWrapper::getDeviceBackupData(const
     return historyNames(*files);
 }
 
-bool GDriveWrapper::createDirectory(const std::string& name, const std::optional<std::string>& parentName) {
-    std::optional<GDriveFile> parent;
+std::optional<GDriveFile> GDriveWrapper::folderToWriteIn(const std::optional<std::string>& name) {
+    std::optional<GDriveFile> folder;
     {
         std::lock_guard lock(mutex_);
-        parent = homeDirectoryObject_;
-        if (parentName) {
-            const auto found = createdFolders_.find(*parentName);
-            parent = found != createdFolders_.end() ? std::optional(found->second) : std::nullopt;
+        folder = homeDirectoryObject_;
+        if (name) {
+            const auto found = createdFolders_.find(*name);
+            folder = found != createdFolders_.end() ? std::optional(found->second) : std::nullopt;
         }
     }
-    if (!parent) return fail("Can't find <" + parentName.value_or("the device's folder") + ">");
+    if (!folder) fail("Can't find <" + name.value_or("the device's folder") + ">");
+    return folder;
+}
+
+bool GDriveWrapper::createDirectory(const std::string& name, const std::optional<std::string>& parentName) {
+    const auto parent = folderToWriteIn(parentName);
+    if (!parent) return false;
     const auto made = client_.createFolder(name, parent->id);
     if (!made) {
         SH_LOG("Error <{}> while creating folder <{}>", errorMessage().value_or("(null)"), name);
@@ -244,16 +250,8 @@ bool GDriveWrapper::createDirectory(const std::string& name, const std::optional
 
 bool GDriveWrapper::uploadFromPath(const std::string& localPath, const std::optional<std::string>& destination) {
     const std::string name = std::filesystem::path(localPath).filename().string();
-    std::optional<GDriveFile> parent;
-    {
-        std::lock_guard lock(mutex_);
-        parent = homeDirectoryObject_;
-        if (destination) {
-            const auto found = createdFolders_.find(*destination);
-            parent = found != createdFolders_.end() ? std::optional(found->second) : std::nullopt;
-        }
-    }
-    if (!parent) return fail("Can't find <" + destination.value_or("the device's folder") + ">");
+    const auto parent = folderToWriteIn(destination);
+    if (!parent) return false;
     // Drive keeps any number of files of one name: a name taken is refused here.
     const auto taken = client_.list(GDriveQuery::childNamed(parent->id, name));
     if (!taken) return false;

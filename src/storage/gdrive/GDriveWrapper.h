@@ -76,6 +76,9 @@ private:
     bool listDeviceFolders(const GDriveFile& root);
     std::optional<GDriveFile> initializeHomeDirectory(const GDriveFile& root);
     std::optional<GDriveFile> existing(const std::map<std::string, GDriveFile>& map, const std::string& name) const;
+    // The folder of that name made in this run, or this device's folder without a name; none,
+    // with the error, when there is no such folder.
+    std::optional<GDriveFile> folderToWriteIn(const std::optional<std::string>& name);
 
     GDriveClient client_;
     std::atomic<bool> initialized_{false};
