@@ -1,6 +1,7 @@
 #include "archive/StringCipher.h"
 
 #include "archive/BuiltInCipherKey.h"
+#include "core/Text.h"
 #include "platform/Log.h"
 
 #include <openssl/evp.h>
@@ -21,20 +22,13 @@ struct CipherContextDeleter {
 };
 using CipherContext = std::unique_ptr<EVP_CIPHER_CTX, CipherContextDeleter>;
 
-int hexValue(char digit) {
-    if (digit >= '0' && digit <= '9') return digit - '0';
-    if (digit >= 'a' && digit <= 'f') return digit - 'a' + 10;
-    if (digit >= 'A' && digit <= 'F') return digit - 'A' + 10;
-    return -1;
-}
-
 std::optional<std::string> bytesFromHex(std::string_view hex) {
     if (hex.size() % 2 != 0) return std::nullopt;
     std::string bytes;
     bytes.reserve(hex.size() / 2);
     for (std::size_t index = 0; index < hex.size(); index += 2) {
-        const int high = hexValue(hex[index]);
-        const int low = hexValue(hex[index + 1]);
+        const int high = textutil::hexDigitValue(hex[index]);
+        const int low = textutil::hexDigitValue(hex[index + 1]);
         if (high < 0 || low < 0) return std::nullopt;
         bytes += static_cast<char>(high << 4 | low);
     }
@@ -71,10 +65,9 @@ std::optional<std::string> runCipher(std::string_view input, bool encrypting) {
     static const std::string key = *bytesFromHex(BuiltInCipherKey::kKeyHex);
     static const std::string initialisationVector = *bytesFromHex(BuiltInCipherKey::kInitialisationVectorHex);
     const CipherContext context(EVP_CIPHER_CTX_new());
-    if (!context || EVP_CipherInit_ex(context.get(), EVP_aes_256_cbc(), nullptr,
-                                      reinterpret_cast<const unsigned char*>(key.data()),
-                                      reinterpret_cast<const unsigned char*>(initialisationVector.data()),
-                                      encrypting ? 1 : 0) != 1) {
+    if (!context || EVP_CipherInit_ex(
+                        context.get(), EVP_aes_256_cbc(), nullptr, reinterpret_cast<const unsigned char*>(key.data()),
+                        reinterpret_cast<const unsigned char*>(initialisationVector.data()), encrypting ? 1 : 0) != 1) {
         throw std::runtime_error("libcrypto couldn't set up AES-256-CBC");
     }
     std::string output(input.size() + kBlockSize, '\0');

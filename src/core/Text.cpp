@@ -118,6 +118,30 @@ std::string htmlEscaped(std::string_view text) {
     return escaped;
 }
 
+int hexDigitValue(char digit) {
+    if (digit >= '0' && digit <= '9') return digit - '0';
+    if (digit >= 'a' && digit <= 'f') return digit - 'a' + 10;
+    if (digit >= 'A' && digit <= 'F') return digit - 'A' + 10;
+    return -1;
+}
+
+std::optional<std::string> percentDecoded(std::string_view text, bool form) {
+    std::string decoded;
+    decoded.reserve(text.size());
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (text[at] != '%') {
+            decoded += form && text[at] == '+' ? ' ' : text[at];
+            continue;
+        }
+        const int high = at + 2 < text.size() ? hexDigitValue(text[at + 1]) : -1;
+        const int low = at + 2 < text.size() ? hexDigitValue(text[at + 2]) : -1;
+        if (high < 0 || low < 0) return std::nullopt;
+        decoded += static_cast<char>(high * 16 + low);
+        at += 2;
+    }
+    return decoded;
+}
+
 std::string percentEncoded(std::string_view text) {
     static constexpr char kHexDigits[] = "0123456789ABCDEF";
     std::string encoded;

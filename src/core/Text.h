@@ -38,6 +38,11 @@ std::string capitalized(std::string text);
 
 // Every byte but the unreserved characters of RFC 3986 (letters, digits, - . _ ~) as %XX.
 std::string percentEncoded(std::string_view text);
+// TEXT with each %XX as its byte, and in a form's query (FORM) each "+" as a space; none
+// when a "%" starts no two hexadecimal digits.
+std::optional<std::string> percentDecoded(std::string_view text, bool form = false);
+// The value of a hexadecimal digit, -1 for any other character.
+int hexDigitValue(char digit);
 
 // The text with & < > " ' as HTML's character references, to stand in an HTML page.
 std::string htmlEscaped(std::string_view text);

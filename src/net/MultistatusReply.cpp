@@ -1,5 +1,6 @@
 #include "net/MultistatusReply.h"
 
+#include "core/Text.h"
 #include "net/WebDavPaths.h"
 #include "platform/FileNames.h"
 
@@ -98,7 +99,7 @@ bool readResponse(const pugi::xml_node& response, WebDavEntry& entry, std::vecto
         return false;
     }
     for (const auto& raw : WebDavPaths::names(std::string(pathOf(href)))) {
-        const auto name = WebDavPaths::decoded(raw);
+        const auto name = textutil::percentDecoded(raw);
         if (!name) {
             problem = "an href of the reply has a broken escape";
             return false;

@@ -12,13 +12,6 @@ std::string escaped(CURL* handle, const std::string& name) {
     return text ? text.get() : "";
 }
 
-int hexValue(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
 bool hasControlCharacter(const std::string& text) {
     for (const char c : text) {
         if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) return true;
@@ -63,23 +56,6 @@ std::vector<std::string> names(const std::string& path) {
         if (end == std::string::npos) end = path.size();
         if (end > start) result.push_back(path.substr(start, end - start));
         start = end + 1;
-    }
-    return result;
-}
-
-std::optional<std::string> decoded(const std::string& text) {
-    std::string result;
-    result.reserve(text.size());
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        if (text[at] != '%') {
-            result += text[at];
-            continue;
-        }
-        const int high = at + 2 < text.size() ? hexValue(text[at + 1]) : -1;
-        const int low = at + 2 < text.size() ? hexValue(text[at + 2]) : -1;
-        if (high < 0 || low < 0) return std::nullopt;
-        result += static_cast<char>(high * 16 + low);
-        at += 2;
     }
     return result;
 }

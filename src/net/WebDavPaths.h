@@ -26,8 +26,6 @@ std::optional<std::string> accountProblem(const WebDavAccount& account);
 std::string url(CURL* handle, const WebDavAccount& account, const std::string& path, bool directory = false);
 // The names of PATH in order, without empty ones: "/a/b/" gives "a", "b".
 std::vector<std::string> names(const std::string& path);
-// TEXT with its percent escapes turned back into bytes; nothing for a broken escape.
-std::optional<std::string> decoded(const std::string& text);
 
 }  // namespace WebDavPaths
 

@@ -4,30 +4,6 @@
 
 namespace stowhaven {
 
-namespace {
-
-int hexValue(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
-std::string percentDecoded(std::string_view text) {
-    std::string decoded;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        if (text[at] == '%' && at + 2 < text.size() && hexValue(text[at + 1]) >= 0 && hexValue(text[at + 2]) >= 0) {
-            decoded.push_back(static_cast<char>(hexValue(text[at + 1]) * 16 + hexValue(text[at + 2])));
-            at += 2;
-        } else {
-            decoded.push_back(text[at] == '+' ? ' ' : text[at]);
-        }
-    }
-    return decoded;
-}
-
-}  // namespace
-
 OAuthAnswer OAuthAnswer::parse(std::string_view answer) {
     const std::string text = textutil::trimmed(answer);
     std::string_view query = text;
@@ -43,7 +19,10 @@ OAuthAnswer OAuthAnswer::parse(std::string_view answer) {
     for (const std::string& pair : textutil::split(query, '&')) {
         const auto equals = pair.find('=');
         if (equals == std::string::npos) continue;
-        parsed.parameters.emplace(percentDecoded(pair.substr(0, equals)), percentDecoded(pair.substr(equals + 1)));
+        auto name = textutil::percentDecoded(std::string_view(pair).substr(0, equals), true);
+        auto value = textutil::percentDecoded(std::string_view(pair).substr(equals + 1), true);
+        // A parameter whose escapes are broken was not written by the service.
+        if (name && value) parsed.parameters.emplace(std::move(*name), std::move(*value));
     }
     return parsed;
 }

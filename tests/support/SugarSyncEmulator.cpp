@@ -1,7 +1,6 @@
 #include "support/SugarSyncEmulator.h"
 
 #include "core/Text.h"
-#include "net/WebDavPaths.h"
 
 #include <nlohmann/json.hpp>
 
@@ -42,7 +41,7 @@ std::vector<std::string> SugarSyncEmulator::paths() const {
         const bool isFolder = entry["type"] == "folder";
         if (!path.starts_with(briefcase) || (!isFolder && !entry["presentOnServer"].get<bool>())) continue;
         const std::string inside = path.substr(briefcase.size() - 1);
-        paths.push_back(WebDavPaths::decoded(inside).value_or(inside) + (isFolder ? "/" : ""));
+        paths.push_back(textutil::percentDecoded(inside).value_or(inside) + (isFolder ? "/" : ""));
     }
     return paths;
 }

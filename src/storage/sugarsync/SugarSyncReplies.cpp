@@ -1,7 +1,6 @@
 #include "storage/sugarsync/SugarSyncReplies.h"
 
 #include "core/Text.h"
-#include "net/WebDavPaths.h"
 #include "platform/FileNames.h"
 #include "storage/sugarsync/SugarSyncXml.h"
 
@@ -82,7 +81,7 @@ std::optional<Date> dateTime(std::string_view text) {
 }
 
 std::optional<std::string> decodedName(std::string_view displayName) {
-    auto name = WebDavPaths::decoded(std::string(displayName));
+    auto name = textutil::percentDecoded(displayName);
     if (!name || !isOneFileName(*name)) return std::nullopt;
     return name;
 }
@@ -146,7 +145,8 @@ std::optional<SugarSyncContents> contents(std::string_view body, std::string& er
 }
 
 std::string errorText(const std::string& url, const RestReply& reply) {
-    if (reply.code != CURLE_OK || reply.status == 0) return reply.error.empty() ? "No response from the server!" : reply.error;
+    if (reply.code != CURLE_OK || reply.status == 0)
+        return reply.error.empty() ? "No response from the server!" : reply.error;
     const std::string page = textOfPage(reply.body);
     if (reply.status >= 400 && reply.status < 500) return url + "\n" + reply.error + "\n" + page;
     return reply.error + "\n" + page;
