@@ -79,4 +79,13 @@ std::optional<bool> JsonReply::boolean(const nlohmann::json& object, const char*
     return member->get<bool>();
 }
 
+std::optional<nlohmann::json> JsonReply::object(std::string_view body, std::string& error) {
+    auto value = parse(body, &error);
+    if (value && !value->is_object()) {
+        error = "The reply is no JSON object";
+        return std::nullopt;
+    }
+    return value;
+}
+
 }  // namespace stowhaven

@@ -16,6 +16,8 @@ struct JsonReply {
     static constexpr std::size_t kLongest = 4 * 1024 * 1024;
 
     static std::optional<nlohmann::json> parse(std::string_view body, std::string* error = nullptr);
+    // A reply that must be a JSON object: none, with ERROR, for any other.
+    static std::optional<nlohmann::json> object(std::string_view body, std::string& error);
     // The member of an object as text, a whole number or a boolean; none when it is missing or
     // of another type.
     static std::optional<std::string> text(const nlohmann::json& object, const char* name);

@@ -15,15 +15,6 @@ bool isPlainDigits(const std::string& text) {
            std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
-std::optional<nlohmann::json> object(std::string_view body, std::string& error) {
-    auto value = JsonReply::parse(body, &error);
-    if (value && !value->is_object()) {
-        error = "The reply is no JSON object";
-        return std::nullopt;
-    }
-    return value;
-}
-
 // A folder or a file as listed; none for other kinds of item (web links) and for a name or
 // an id that a listing must not give.
 std::optional<BoxItem> itemOf(const nlohmann::json& entry) {
@@ -39,7 +30,7 @@ std::optional<BoxItem> itemOf(const nlohmann::json& entry) {
 }
 
 std::optional<BoxItem> itemOfType(std::string_view body, const char* type, std::string& error) {
-    const auto reply = object(body, error);
+    const auto reply = JsonReply::object(body, error);
     if (!reply) return std::nullopt;
     const auto item = itemOf(*reply);
     if (!item || item->isFolder != (std::string_view(type) == "folder")) {
@@ -56,7 +47,7 @@ namespace BoxReplies {
 std::optional<BoxItem> folder(std::string_view body, std::string& error) { return itemOfType(body, "folder", error); }
 
 std::optional<BoxItemPage> itemPage(std::string_view body, std::string& error) {
-    const auto reply = object(body, error);
+    const auto reply = JsonReply::object(body, error);
     if (!reply) return std::nullopt;
     const auto entries = reply->find("entries");
     const auto total = JsonReply::integer(*reply, "total_count");
@@ -87,7 +78,7 @@ std::optional<BoxItem> uploadedFile(std::string_view body, std::string& error) {
 }
 
 std::optional<BoxUser> user(std::string_view body, std::string& error) {
-    const auto reply = object(body, error);
+    const auto reply = JsonReply::object(body, error);
     if (!reply) return std::nullopt;
     const auto login = JsonReply::text(*reply, "login");
     if (!login) {

@@ -10,15 +10,6 @@ namespace {
 
 using nlohmann::json;
 
-std::optional<json> object(std::string_view body, std::string& error) {
-    auto value = JsonReply::parse(body, &error);
-    if (value && !value->is_object()) {
-        error = "The reply is no JSON object";
-        return std::nullopt;
-    }
-    return value;
-}
-
 // A size or a quota: a whole number, not below 0.
 std::optional<std::int64_t> count(const json& value, const char* name) {
     const auto number = JsonReply::integer(value, name);
@@ -39,7 +30,7 @@ std::optional<std::string> childName(std::string_view path, std::string_view fol
 }  // namespace
 
 std::optional<Account> readAccount(std::string_view body, std::string& error) {
-    const auto reply = object(body, error);
+    const auto reply = JsonReply::object(body, error);
     if (!reply) return std::nullopt;
     const auto name = JsonReply::text(*reply, "display_name");
     const auto quota = reply->find("quota_info");
@@ -58,7 +49,7 @@ std::optional<Account> readAccount(std::string_view body, std::string& error) {
 }
 
 std::optional<std::vector<Entry>> readListing(std::string_view body, std::string_view folder, std::string& error) {
-    const auto reply = object(body, error);
+    const auto reply = JsonReply::object(body, error);
     if (!reply) return std::nullopt;
     const auto contents = reply->find("contents");
     if (contents == reply->end() || !contents->is_array()) {
@@ -81,7 +72,7 @@ std::optional<std::vector<Entry>> readListing(std::string_view body, std::string
 }
 
 std::optional<Metadata> readMetadata(std::string_view body, std::string& error) {
-    const auto reply = object(body, error);
+    const auto reply = JsonReply::object(body, error);
     if (!reply) return std::nullopt;
     const auto path = JsonReply::text(*reply, "path");
     if (!path) {
@@ -92,7 +83,7 @@ std::optional<Metadata> readMetadata(std::string_view body, std::string& error) 
 }
 
 std::optional<ChunkState> readChunkState(std::string_view body, std::string& error) {
-    const auto reply = object(body, error);
+    const auto reply = JsonReply::object(body, error);
     if (!reply) return std::nullopt;
     const auto uploadId = JsonReply::text(*reply, "upload_id");
     const auto offset = count(*reply, "offset");
@@ -105,13 +96,13 @@ std::optional<ChunkState> readChunkState(std::string_view body, std::string& err
 
 bool readIsDeleted(std::string_view body) {
     std::string ignored;
-    const auto reply = object(body, ignored);
+    const auto reply = JsonReply::object(body, ignored);
     return reply && JsonReply::boolean(*reply, "is_deleted").value_or(false);
 }
 
 std::optional<std::string> readError(std::string_view body) {
     std::string ignored;
-    const auto reply = object(body, ignored);
+    const auto reply = JsonReply::object(body, ignored);
     if (!reply) return std::nullopt;
     return JsonReply::text(*reply, "error");
 }

@@ -21,15 +21,6 @@ bool isDriveId(const std::string& text) {
     });
 }
 
-std::optional<nlohmann::json> object(std::string_view body, std::string& error) {
-    auto value = JsonReply::parse(body, &error);
-    if (value && !value->is_object()) {
-        error = "The reply is no JSON object";
-        return std::nullopt;
-    }
-    return value;
-}
-
 // Drive writes 64-bit numbers as JSON strings ("size": "1024").
 std::optional<std::int64_t> int64Member(const nlohmann::json& object, const char* name) {
     if (const auto number = JsonReply::integer(object, name)) {
@@ -63,7 +54,7 @@ bool GDriveFile::isFolder() const { return equalsIgnoringAsciiCase(mimeType, kFo
 namespace GDriveReplies {
 
 std::optional<GDriveFile> file(std::string_view body, std::string& error) {
-    const auto reply = object(body, error);
+    const auto reply = JsonReply::object(body, error);
     if (!reply) return std::nullopt;
     auto made = fileOf(*reply);
     if (!made) error = "The reply holds no usable file record";
@@ -71,7 +62,7 @@ std::optional<GDriveFile> file(std::string_view body, std::string& error) {
 }
 
 std::optional<GDriveFilePage> filePage(std::string_view body, std::string& error) {
-    const auto reply = object(body, error);
+    const auto reply = JsonReply::object(body, error);
     if (!reply) return std::nullopt;
     const auto files = reply->find("files");
     if (files == reply->end() || !files->is_array()) {
@@ -92,7 +83,7 @@ std::optional<GDriveFilePage> filePage(std::string_view body, std::string& error
 }
 
 std::optional<GDriveAbout> about(std::string_view body, std::string& error) {
-    const auto reply = object(body, error);
+    const auto reply = JsonReply::object(body, error);
     if (!reply) return std::nullopt;
     const auto user = reply->find("user");
     const auto quota = reply->find("storageQuota");

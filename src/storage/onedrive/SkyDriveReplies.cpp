@@ -54,12 +54,8 @@ bool isItemId(std::string_view id) {
 }
 
 std::optional<nlohmann::json> object(std::string_view body, std::string& error) {
-    auto value = JsonReply::parse(body, &error);
+    auto value = JsonReply::object(body, error);
     if (!value) return std::nullopt;
-    if (!value->is_object()) {
-        error = "The reply is no JSON object";
-        return std::nullopt;
-    }
     removeNullKeys(*value);
     return value;
 }

@@ -2,12 +2,10 @@
 
 #include "core/Supervisor.h"
 #include "platform/Log.h"
-#include "platform/dispatch/Semaphore.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <chrono>
 
 namespace stowhaven {
@@ -17,28 +15,11 @@ namespace {
 // The figure of the retry text; the retries themselves don't wait.
 constexpr int kShownDelaySeconds = 5;
 constexpr std::chrono::seconds kLongestRetryAfter{30};
-// How often a wait looks for a cancel.
-constexpr std::chrono::milliseconds kCancelPoll{20};
-
-std::chrono::seconds retryAfter(const RestReply& reply) {
-    const auto value = reply.header("Retry-After");
-    long seconds = 0;
-    if (!value || std::from_chars(value->data(), value->data() + value->size(), seconds).ec != std::errc()) {
-        return std::chrono::seconds(0);
-    }
-    return std::clamp(std::chrono::seconds(seconds), std::chrono::seconds(0), kLongestRetryAfter);
-}
 
 }  // namespace
 
 bool SugarSyncRetries::waitUnlessCanceled(std::chrono::seconds wait) {
-    const Supervisor& supervisor = Supervisor::shared();
-    Semaphore never;
-    for (auto left = std::chrono::duration_cast<std::chrono::milliseconds>(wait); left.count() > 0; left -= kCancelPoll) {
-        if (supervisor.isCanceled()) return false;
-        never.wait(std::min(left, kCancelPoll));
-    }
-    return !supervisor.isCanceled();
+    return RestClient::waitUnlessCanceled(wait, [] { return Supervisor::shared().isCanceled(); });
 }
 
 void SugarSyncRetries::displayErrorMessage(const std::string& error) {
@@ -63,7 +44,7 @@ bool SugarSyncRetries::failed(const std::string& error, const RestReply& reply) 
         again = count_++ < kMaximum;
     }
     if (!again || Supervisor::shared().isCanceled()) return false;
-    return waitUnlessCanceled(retryAfter(reply));
+    return waitUnlessCanceled(std::min(reply.retryAfter().value_or(std::chrono::seconds(0)), kLongestRetryAfter));
 }
 
 void SugarSyncRetries::readReply() {
