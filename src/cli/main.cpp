@@ -52,9 +52,9 @@ bool becomeRoot() { return setuid(0) == 0 && setgid(0) == 0; }
 constexpr int kUsageError = 2;
 constexpr int kInterrupted = 130;
 
-// Before the program leaves on a signal, the work still running on its threads (the
-// catalogue's load, say) comes to its end with no tool left to start, so that none of it
-// writes into the temporary folder after the leaving's sweep.
+// Before the program leaves, the work still running on its threads (the catalogue's load,
+// say) comes to its end with no tool left to start, so that none of it writes into the
+// temporary folder after the leaving's sweep.
 void endWorkInProgress() {
     Platform::current().shell().stopCommandsForGood();
     GlobalQueue::shutdownAll();
@@ -249,6 +249,8 @@ int main(int argc, char** argv) {
         if (verify.parsed()) status = verify.run(std::cout, std::cerr);
         if (historyView->parsed())
             status = HistoryViewCommand::run(historyFile, historyViewAsJson, std::cout, std::cerr);
+        // A canceled job leaves work on the other threads too (the history's walk, say).
+        endWorkInProgress();
         delegate.applicationDidEnterBackground(status);
     });
     MainQueue::shared().run();
