@@ -52,16 +52,14 @@ service arrives (before its body is read). Tests steer it through /_emulator/...
 
 import argparse
 import hashlib
-import http.server
 import json
 import os
 import re
-import sys
 import threading
 import time
 import urllib.parse
 
-from emulator_support import Faults, Reply, random_text, serve
+from emulator_support import Faults, Reply, ServiceHandler, random_text, serve
 
 ROOT_ID = "0"
 ACCESS_TOKEN_SECONDS = 3600
@@ -693,58 +691,21 @@ def route(method, path):
 
 
 def handler_class(emulator):
-    print_lock = threading.Lock()
+    class Handler(ServiceHandler, methods=("GET", "POST", "PUT", "DELETE", "HEAD")):
+        refusals = (ApiError,)
 
-    class Handler(http.server.BaseHTTPRequestHandler):
-        protocol_version = "HTTP/1.1"
-
-        def log_message(self, format, *args):
-            pass
-
-        def do_any(self):
+        def take_target(self):
             split = urllib.parse.urlsplit(self.path)
             self.route_path = urllib.parse.unquote(split.path)
             self.query = {name: values[0] for name, values in
                           urllib.parse.parse_qs(split.query, keep_blank_values=True).items()}
             self.content_type = self.headers.get("Content-Type")
-            self.body = b""
-            if self.route_path.startswith("/_emulator/"):
-                if not self.read_body(required=False):
-                    return
-                with emulator.lock:
-                    try:
-                        self.send(emulator.control(self))
-                    except ApiError as refusal:
-                        self.send(refusal.reply())
-                return
-            with print_lock:
-                sys.stdout.write(f"{self.command} {self.path}\n")
-                sys.stdout.flush()
-            self.serve()
 
-        def serve(self):
-            path = self.route_path
-            with emulator.lock:
-                throttled = next((code for code in ("status_429", "status_503") if emulator.faults.take(code, path)),
-                                 None)
-                sending = self.command in ("POST", "PUT") and "Content-Length" in self.headers
-                cut_short = sending and emulator.faults.take("drop_mid_body", path)
-            if cut_short:
-                self.read_body(half=True)
-                self.close_connection = True
-                return
-            if not self.read_body():
-                return
-            if throttled == "status_429":
-                reply = ApiError(429, "rate_limit_exceeded", "Request rate limit exceeded, try again later.",
-                                 headers=[("Retry-After", "0")]).reply()
-            elif throttled == "status_503":
-                reply = ApiError(503, "unavailable", "Unavailable", headers=[("Retry-After", "0")]).reply()
-            else:
-                reply = self.answer(path)
-            with emulator.lock:
-                cut = bool(reply.body) and emulator.faults.take("drop_mid_body", path)
-            self.send(reply, cut=cut)
+        def throttled_reply(self, switch):
+            if switch == "status_429":
+                return ApiError(429, "rate_limit_exceeded", "Request rate limit exceeded, try again later.",
+                                headers=[("Retry-After", "0")]).reply()
+            return ApiError(503, "unavailable", "Unavailable", headers=[("Retry-After", "0")]).reply()
 
         def answer(self, path):
             with emulator.lock:
@@ -760,46 +721,13 @@ def handler_class(emulator):
                     reply = refusal.reply()
                 return corrupted(reply, emulator.faults, path)
 
-        def read_body(self, half=False, required=True):
-            """Reads the body whole (or half of it); answers 411 and false without a length."""
-            if self.command not in ("POST", "PUT"):
-                return True
-            length = self.headers.get("Content-Length", None if required else "0")
-            if length is None or not length.isdigit():
-                self.send(ApiError(411, "length_required",
-                                   "content-length header was required, but not provided.").reply())
-                self.close_connection = True
-                return False
-            wanted = int(length) // 2 if half else int(length)
-            chunks = []
-            while wanted > 0:
-                chunk = self.rfile.read(min(wanted, 1 << 20))
-                if not chunk:
-                    self.close_connection = True
-                    return False
-                chunks.append(chunk)
-                wanted -= len(chunk)
-            self.body = b"".join(chunks)
-            return True
+        def length_required_reply(self):
+            return ApiError(411, "length_required", "content-length header was required, but not provided.").reply()
 
-        def send(self, reply, cut=False):
-            self.send_response(reply.status)
-            for name, value in reply.headers:
-                self.send_header(name, value)
-            if reply.content_type:
-                self.send_header("Content-Type", reply.content_type)
-            if reply.status != 204:
-                self.send_header("Content-Length", str(len(reply.body)))
-            self.send_header("BOX-REQUEST-ID", random_text(24).lower())
-            self.end_headers()
-            if self.command != "HEAD":
-                self.wfile.write(reply.body[: len(reply.body) // 2] if cut else reply.body)
-            self.wfile.flush()
-            if cut:
-                self.close_connection = True
+        def reply_headers(self):
+            return [("BOX-REQUEST-ID", random_text(24).lower())]
 
-        do_GET = do_POST = do_PUT = do_DELETE = do_HEAD = do_any
-
+    Handler.emulator = emulator
     return Handler
 
 

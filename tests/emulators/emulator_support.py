@@ -1,5 +1,5 @@
-"""What the service emulators share: the loopback server and its announcement, replies, the
-fault switches that tests turn on, and random tokens."""
+"""What the service emulators share: the loopback server and its announcement, the shape of a
+request's handling, replies, the fault switches that tests turn on, and random tokens."""
 
 import http.server
 import json
@@ -53,6 +53,136 @@ class Faults:
             if pending[0] <= 0:
                 del self.pending[name]
             return True
+
+
+print_lock = threading.Lock()
+
+
+def print_line(text):
+    """Tells TEXT on its own line; lines from concurrent requests never interleave."""
+    with print_lock:
+        sys.stdout.write(text + "\n")
+        sys.stdout.flush()
+
+
+class ServiceHandler(http.server.BaseHTTPRequestHandler):
+    """One request to a service: a control request under /_emulator/ goes to the emulator's
+    control(); any other is told as "<METHOD> <target>" before its body is read, then meets
+    the throttling and dropping switches, then gets the service's answer.
+
+    A service's handler gives: EMULATOR (with lock, faults and control()), take_target()
+    (sets route_path and what its endpoints read of the target), REFUSALS and refusal_reply()
+    for what control() raises, throttled_reply(switch), answer(path), length_required_reply(),
+    and where its service differs: SENDING_METHODS, size_refusal(length), half_body_read(path),
+    reply_headers(). Class keyword METHODS names the HTTP methods it serves."""
+
+    protocol_version = "HTTP/1.1"
+    emulator = None
+    refusals = ()
+    sending_methods = ("POST", "PUT")
+
+    def __init_subclass__(cls, methods=(), **kwargs):
+        super().__init_subclass__(**kwargs)
+        for method in methods:
+            setattr(cls, "do_" + method, cls.do_any)
+
+    def log_message(self, format, *args):
+        pass
+
+    def do_any(self):
+        self.body = b""
+        self.take_target()
+        if self.route_path.startswith("/_emulator/"):
+            if self.read_body(required=False):
+                with self.emulator.lock:
+                    try:
+                        self.send(self.control())
+                    except self.refusals as refusal:
+                        self.send(self.refusal_reply(refusal))
+            return
+        print_line(f"{self.command} {self.path}")
+        self.serve()
+
+    def control(self):
+        return self.emulator.control(self)
+
+    def refusal_reply(self, refusal):
+        return refusal.reply()
+
+    def serve(self):
+        path = self.route_path
+        faults = self.emulator.faults
+        with self.emulator.lock:
+            throttled = next((code for code in ("status_429", "status_503") if faults.take(code, path)), None)
+            sending = self.command in self.sending_methods and "Content-Length" in self.headers
+            cut_short = sending and faults.take("drop_mid_body", path)
+        if cut_short:
+            if self.read_body(half=True):
+                self.half_body_read(path)
+            self.close_connection = True
+            return
+        if not self.read_body():
+            return
+        reply = self.throttled_reply(throttled) if throttled else self.answer(path)
+        with self.emulator.lock:
+            cut = bool(reply.body) and faults.take("drop_mid_body", path)
+        self.send(reply, cut=cut)
+
+    def half_body_read(self, path):
+        """What the service keeps of a body cut half way (by default nothing)."""
+
+    def read_body(self, half=False, required=True):
+        """Reads the body whole (or half of it); answers the service's refusal and false when
+        the length is missing or refused."""
+        if self.command not in self.sending_methods:
+            return True
+        length = self.headers.get("Content-Length", None if required else "0")
+        if length is None or not length.isdigit():
+            return self.refuse(self.length_required_reply())
+        refusal = self.size_refusal(int(length))
+        if refusal:
+            return self.refuse(refusal)
+        wanted = int(length) // 2 if half else int(length)
+        chunks = []
+        while wanted > 0:
+            chunk = self.rfile.read(min(wanted, 1 << 20))
+            if not chunk:
+                self.close_connection = True
+                return False
+            chunks.append(chunk)
+            wanted -= len(chunk)
+        self.body = b"".join(chunks)
+        return True
+
+    def size_refusal(self, length):
+        """The reply refusing a body of LENGTH bytes, or None to take it."""
+        return None
+
+    def refuse(self, reply):
+        self.send(reply)
+        self.close_connection = True
+        return False
+
+    def reply_headers(self):
+        """Headers the service puts on every reply."""
+        return []
+
+    def send(self, reply, cut=False):
+        self.send_response(reply.status)
+        for name, value in reply.headers:
+            self.send_header(name, value)
+        if reply.content_type:
+            self.send_header("Content-Type", reply.content_type)
+        if reply.status != 204:
+            self.send_header("Content-Length", str(len(reply.body)))
+        for name, value in self.reply_headers():
+            self.send_header(name, value)
+        self.end_headers()
+        if self.command != "HEAD":
+            self.wfile.write(reply.body[: len(reply.body) // 2] if cut else reply.body)
+        self.wfile.flush()
+        if cut:
+            self.close_connection = True
 
 
 class Server(http.server.ThreadingHTTPServer):
