@@ -70,15 +70,13 @@ service arrives (before its body is read). Tests steer it through /_emulator/...
 """
 
 import argparse
-import http.server
 import json
 import re
-import sys
 import threading
 import time
 import urllib.parse
 
-from emulator_support import Faults, Reply, random_text, serve
+from emulator_support import Faults, Reply, ServiceHandler, random_text, serve
 from onedrive_files import ROOT_ID, USER_ID, Account, LiveError, json_reply, time_text
 
 USER_NAME = "Stowhaven Tester"
@@ -465,61 +463,28 @@ def api_route(method, segments):
 
 
 def handler_class(emulator):
-    print_lock = threading.Lock()
+    class Handler(ServiceHandler, methods=("GET", "POST", "PUT", "DELETE", "PATCH", "MOVE", "COPY")):
+        refusals = (LiveError,)
 
-    class Handler(http.server.BaseHTTPRequestHandler):
-        protocol_version = "HTTP/1.1"
-
-        def log_message(self, format, *args):
-            pass
-
-        def do_any(self):
+        def take_target(self):
             split = urllib.parse.urlsplit(self.path)
             self.raw_path = split.path
             self.route_path = urllib.parse.unquote(split.path)
             self.query = parse_query(split.query)
-            self.body = b""
             self.scopes = frozenset()
-            if self.route_path.startswith("/_emulator/"):
-                if self.read_body(required=False):
-                    with emulator.lock:
-                        try:
-                            self.send(emulator.control(self))
-                        except LiveError as refusal:
-                            self.send(refusal.reply())
-                return
-            with print_lock:
-                sys.stdout.write(f"{self.command} {self.path}\n")
-                sys.stdout.flush()
-            self.serve()
 
-        def serve(self):
-            path = self.route_path
-            with emulator.lock:
-                throttled = next((code for code in ("status_429", "status_503") if emulator.faults.take(code, path)),
-                                 None)
-                sending = self.command in ("POST", "PUT") and "Content-Length" in self.headers
-                cut_short = sending and emulator.faults.take("drop_mid_body", path)
-            if cut_short:
-                self.read_body(half=True)
-                self.close_connection = True
-                return
-            if not self.read_body():
-                return
-            if throttled == "status_429":
-                reply = LiveError(420, "request_throttled", "The request has been throttled. Please retry after "
-                                                            f"{emulator.throttle_seconds} seconds.").reply()
-            elif throttled == "status_503":
-                reply = LiveError(503, "service_unavailable", "The service is temporarily unavailable.",
-                                  [("Retry-After", "0")]).reply()
-            else:
-                with emulator.lock:
-                    reply = corrupted(self.answer(), emulator.faults, path)
-            with emulator.lock:
-                cut = bool(reply.body) and emulator.faults.take("drop_mid_body", path)
-            self.send(reply, cut=cut)
+        def throttled_reply(self, switch):
+            if switch == "status_429":
+                return LiveError(420, "request_throttled", "The request has been throttled. Please retry after "
+                                                           f"{emulator.throttle_seconds} seconds.").reply()
+            return LiveError(503, "service_unavailable", "The service is temporarily unavailable.",
+                             [("Retry-After", "0")]).reply()
 
-        def answer(self):
+        def answer(self, path):
+            with emulator.lock:
+                return corrupted(self.endpoint_reply(), emulator.faults, path)
+
+        def endpoint_reply(self):
             try:
                 if self.route_path == "/oauth20_authorize.srf" and self.command == "GET":
                     return emulator.authorize(self)
@@ -550,48 +515,16 @@ def handler_class(emulator):
                 return token.strip()
             return self.query.get("access_token")
 
-        def read_body(self, half=False, required=True):
-            """Reads the body whole (or half of it); answers 411 and false without a length."""
-            if self.command not in ("POST", "PUT"):
-                return True
-            length = self.headers.get("Content-Length", None if required else "0")
-            if length is None or not length.isdigit():
-                self.send(LiveError(411, "request_body_invalid", "The request needs a Content-Length.").reply())
-                self.close_connection = True
-                return False
-            if int(length) > LARGEST_UPLOAD:
-                self.send(LiveError(413, "request_entity_too_large", "The request entity body is larger than "
-                                                                     f"{LARGEST_UPLOAD} bytes.").reply())
-                self.close_connection = True
-                return False
-            wanted = int(length) // 2 if half else int(length)
-            chunks = []
-            while wanted > 0:
-                chunk = self.rfile.read(min(wanted, 1 << 20))
-                if not chunk:
-                    self.close_connection = True
-                    return False
-                chunks.append(chunk)
-                wanted -= len(chunk)
-            self.body = b"".join(chunks)
-            return True
+        def length_required_reply(self):
+            return LiveError(411, "request_body_invalid", "The request needs a Content-Length.").reply()
 
-        def send(self, reply, cut=False):
-            self.send_response(reply.status)
-            for name, value in reply.headers:
-                self.send_header(name, value)
-            if reply.content_type:
-                self.send_header("Content-Type", reply.content_type)
-            if reply.status != 204:
-                self.send_header("Content-Length", str(len(reply.body)))
-            self.end_headers()
-            self.wfile.write(reply.body[: len(reply.body) // 2] if cut else reply.body)
-            self.wfile.flush()
-            if cut:
-                self.close_connection = True
+        def size_refusal(self, length):
+            if length > LARGEST_UPLOAD:
+                return LiveError(413, "request_entity_too_large", "The request entity body is larger than "
+                                                                  f"{LARGEST_UPLOAD} bytes.").reply()
+            return None
 
-        do_GET = do_POST = do_PUT = do_DELETE = do_PATCH = do_MOVE = do_COPY = do_any
-
+    Handler.emulator = emulator
     return Handler
 
 
