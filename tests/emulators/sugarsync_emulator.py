@@ -87,11 +87,9 @@ Test controls on the same port (never printed):
 """
 
 import argparse
-import http.server
 import json
 import re
 import secrets
-import sys
 import threading
 import time
 import urllib.parse
@@ -99,7 +97,7 @@ import xml.etree.ElementTree as ElementTree
 from xml.sax.saxutils import escape
 
 import emulator_support
-from emulator_support import Faults, random_text, serve
+from emulator_support import Faults, ServiceHandler, random_text, serve
 
 from sugarsync_account import MAGIC_BRIEFCASE, SYNC_FOLDERS, USER_ID, Account, ServiceError, not_found, timestamp
 
@@ -126,8 +124,6 @@ HOSTILE_BYTES = b"hostile\n"
 ORDERS = {"name": lambda entry: entry[1]["name"], "last_modified": lambda entry: entry[1].get("modified", ""),
           "size": lambda entry: entry[1].get("size", 0),
           "extension": lambda entry: entry[1]["name"].rpartition(".")[2] if "." in entry[1]["name"] else ""}
-
-output_lock = threading.Lock()
 
 
 class Reply(emulator_support.Reply):
@@ -515,54 +511,24 @@ def accepts_xml(accept):
 
 
 def handler_class(emulator):
-    class Handler(http.server.BaseHTTPRequestHandler):
-        protocol_version = "HTTP/1.1"
+    class Handler(ServiceHandler, methods=("GET", "POST", "PUT", "DELETE", "HEAD")):
+        refusals = (ServiceError,)
 
-        def log_message(self, format, *args):
-            pass
-
-        def do_any(self):
+        def take_target(self):
             split = urllib.parse.urlsplit(self.path)
             self.route_path = split.path
+            if self.route_path.startswith("/_emulator/"):
+                self.route_path = urllib.parse.unquote(self.route_path)
             self.query = {name: values[0] for name, values in
                           urllib.parse.parse_qs(split.query, keep_blank_values=True).items()}
             self.content_type = self.headers.get("Content-Type")
-            self.body = b""
-            if self.route_path.startswith("/_emulator/"):
-                self.route_path = urllib.parse.unquote(self.route_path)
-                if self.read_body(required=False):
-                    with emulator.lock:
-                        try:
-                            self.send(emulator.control(self))
-                        except ServiceError as refusal:
-                            self.send(Reply.error(refusal))
-                return
-            with output_lock:
-                sys.stdout.write(f"{self.command} {self.path}\n")
-                sys.stdout.flush()
-            self.serve()
 
-        def serve(self):
-            path = self.route_path
-            with emulator.lock:
-                throttled = next((code for code in ("status_429", "status_503") if emulator.faults.take(code, path)),
-                                 None)
-                sending = self.command in ("POST", "PUT") and "Content-Length" in self.headers
-                cut_short = sending and emulator.faults.take("drop_mid_body", path)
-            if cut_short:
-                self.read_body(half=True)
-                self.close_connection = True
-                return
-            if not self.read_body():
-                return
-            if throttled:
-                reason = "Too Many Requests" if throttled == "status_429" else "Service Unavailable"
-                reply = Reply.error(ServiceError(int(throttled[-3:]), reason, [("Retry-After", "0")]))
-            else:
-                reply = self.answer(path)
-            with emulator.lock:
-                cut = bool(reply.body) and emulator.faults.take("drop_mid_body", path)
-            self.send(reply, cut=cut)
+        def refusal_reply(self, refusal):
+            return Reply.error(refusal)
+
+        def throttled_reply(self, switch):
+            reason = "Too Many Requests" if switch == "status_429" else "Service Unavailable"
+            return Reply.error(ServiceError(int(switch[-3:]), reason, [("Retry-After", "0")]))
 
         def answer(self, path):
             with emulator.lock:
@@ -580,36 +546,21 @@ def handler_class(emulator):
                     reply = Reply.error(refusal)
                 return corrupted(reply, emulator.faults, path)
 
+        def is_data(self):
+            return self.command == "PUT" and self.route_path.endswith("/data")
+
         def read_body(self, half=False, required=True):
             """Reads the body whole (or half of it); answers 411, 413 or 400 and false when it can't."""
-            if self.command not in ("POST", "PUT"):
-                return True
-            is_data = self.command == "PUT" and self.route_path.endswith("/data")
-            if is_data and self.headers.get("Transfer-Encoding", "").lower() == "chunked":
+            if self.is_data() and self.headers.get("Transfer-Encoding", "").lower() == "chunked":
                 return self.read_chunked()
-            length = self.headers.get("Content-Length", None if required else "0")
-            if length is None or not length.isdigit():
-                return self.refuse(ServiceError(411, "Length Required"))
-            if not is_data and int(length) > SMALL_BODY_LIMIT:
-                return self.refuse(ServiceError(413, "Request Entity Too Large"))
-            wanted = int(length) // 2 if half else int(length)
-            chunks = []
-            while wanted > 0:
-                chunk = self.rfile.read(min(wanted, 1 << 20))
-                if not chunk:
-                    self.close_connection = True
-                    return False
-                chunks.append(chunk)
-                wanted -= len(chunk)
-            self.body = b"".join(chunks)
-            return True
+            return super().read_body(half, required)
 
         def read_chunked(self):
             chunks = []
             while True:
                 size_line = self.rfile.readline(1024).split(b";")[0].strip()
                 if not re.fullmatch(rb"[0-9A-Fa-f]{1,16}", size_line):
-                    return self.refuse(ServiceError(400, "Bad Request"))
+                    return self.refuse(Reply.error(ServiceError(400, "Bad Request")))
                 size = int(size_line, 16)
                 if size == 0:
                     while self.rfile.readline(1024) not in (b"\r\n", b"\n", b""):
@@ -622,29 +573,18 @@ def handler_class(emulator):
                     return False
                 chunks.append(chunk)
 
-        def refuse(self, refusal):
-            self.send(Reply.error(refusal))
-            self.close_connection = True
-            return False
+        def length_required_reply(self):
+            return Reply.error(ServiceError(411, "Length Required"))
 
-        def send(self, reply, cut=False):
-            self.send_response(reply.status)
-            for name, value in reply.headers:
-                self.send_header(name, value)
-            if reply.content_type:
-                self.send_header("Content-Type", reply.content_type)
-            if reply.status != 204:
-                self.send_header("Content-Length", str(len(reply.body)))
-            self.send_header("Server", "Noelios-Restlet-Engine/1.1.5")
-            self.end_headers()
-            if self.command != "HEAD":
-                self.wfile.write(reply.body[: len(reply.body) // 2] if cut else reply.body)
-            self.wfile.flush()
-            if cut:
-                self.close_connection = True
+        def size_refusal(self, length):
+            if not self.is_data() and length > SMALL_BODY_LIMIT:
+                return Reply.error(ServiceError(413, "Request Entity Too Large"))
+            return None
 
-        do_GET = do_POST = do_PUT = do_DELETE = do_HEAD = do_any
+        def reply_headers(self):
+            return [("Server", "Noelios-Restlet-Engine/1.1.5")]
 
+    Handler.emulator = emulator
     return Handler
 
 
