@@ -90,8 +90,8 @@ class ServiceHandler(http.server.BaseHTTPRequestHandler):
         pass
 
     def do_any(self):
-        self.body = b""
         self.take_target()
+        self.body = b""
         if self.route_path.startswith("/_emulator/"):
             if self.read_body(required=False):
                 with self.emulator.lock:

@@ -77,11 +77,10 @@ import http.server
 import json
 import os
 import re
-import sys
 import threading
 import urllib.parse
 
-from emulator_support import Faults, Reply, random_text, serve
+from emulator_support import Faults, Reply, ServiceHandler, print_line, random_text, serve
 from gdrive_drive import (ABOUT_SCHEMA, DEFAULT_FILE_KEYS, FILE_SCHEMA, FOLDER_TYPE, ID_PATTERN, KNOWN_SCOPES,
                           LIST_SCHEMA, SCOPE_ROOT, Account, DriveError, Grants, OAuthError, Query, expired, invalid,
                           new_id, not_found, parse_fields, select)
@@ -667,98 +666,48 @@ def answer(emulator, request, in_batch=False):
 
 
 def handler_class(emulator):
-    print_lock = threading.Lock()
-
-    def print_line(text):
-        with print_lock:
-            sys.stdout.write(text + "\n")
-            sys.stdout.flush()
     emulator.print_line = print_line
 
-    class Handler(http.server.BaseHTTPRequestHandler):
-        protocol_version = "HTTP/1.1"
+    class Handler(ServiceHandler, methods=("GET", "POST", "PUT", "PATCH", "DELETE", "HEAD")):
+        sending_methods = ("POST", "PUT", "PATCH")
 
-        def log_message(self, format, *args):
-            pass
-
-        def do_any(self):
+        def take_target(self):
             self.request_view = Request(self.command, self.path, self.headers, b"")
-            if self.request_view.route_path.startswith("/_emulator/"):
-                if self.read_body(required=False):
-                    with emulator.lock:
-                        self.send(emulator.control(self.request_view))
-                return
-            print_line(f"{self.command} {self.path}")
-            self.serve()
+            self.route_path = self.request_view.route_path
 
-        def serve(self):
-            view = self.request_view
-            path = view.route_path
-            with emulator.lock:
-                throttled = next((code for code in ("status_429", "status_503") if emulator.faults.take(code, path)),
-                                 None)
-                sending = self.command in ("POST", "PUT", "PATCH") and "Content-Length" in self.headers
-                cut_short = sending and emulator.faults.take("drop_mid_body", path)
-            if cut_short:
-                if self.read_body(half=True) and self.command == "PUT" and path == UPLOAD_PATH:
-                    with emulator.lock:
-                        try:
-                            emulator.upload_continue(view, None, partial=True)
-                        except DriveError:
-                            pass
-                self.close_connection = True
-                return
-            if not self.read_body():
-                return
-            if throttled == "status_429":
-                reply = error_reply(DriveError(429, "rateLimitExceeded", "Rate Limit Exceeded",
-                                               headers=[("Retry-After", "0")]))
-            elif throttled == "status_503":
-                reply = error_reply(DriveError(503, "backendError", "Backend Error", headers=[("Retry-After", "0")]))
-            else:
-                reply = answer(emulator, view)
-            with emulator.lock:
-                cut = bool(reply.body) and emulator.faults.take("drop_mid_body", path)
-            self.send(reply, cut=cut)
+        # The endpoints read the body from the request's view, as they do inside a batch.
+        @property
+        def body(self):
+            return self.request_view.body
 
-        def read_body(self, half=False, required=True):
-            """Reads the body (or half of it) into the request; answers 411 and false without a length."""
-            if self.command not in ("POST", "PUT", "PATCH"):
-                return True
-            length = self.headers.get("Content-Length", None if required else "0")
-            if length is None or not length.isdigit():
-                self.send(Reply(411, b"<html><body>Error 411 (Length Required)</body></html>", "text/html"))
-                self.close_connection = True
-                return False
-            wanted = int(length) // 2 if half else int(length)
-            chunks = []
-            while wanted > 0:
-                chunk = self.rfile.read(min(wanted, 1 << 20))
-                if not chunk:
-                    self.close_connection = True
-                    return False
-                chunks.append(chunk)
-                wanted -= len(chunk)
-            self.request_view.body = b"".join(chunks)
-            return True
+        @body.setter
+        def body(self, value):
+            self.request_view.body = value
 
-        def send(self, reply, cut=False):
-            self.send_response(reply.status)
-            for name, value in reply.headers:
-                self.send_header(name, value)
-            if reply.content_type:
-                self.send_header("Content-Type", reply.content_type)
-            if reply.status != 204:
-                self.send_header("Content-Length", str(len(reply.body)))
-            self.end_headers()
-            if self.command != "HEAD":
-                self.wfile.write(reply.body[: len(reply.body) // 2] if cut else reply.body)
-            self.wfile.flush()
-            if cut:
-                self.close_connection = True
+        def control(self):
+            return emulator.control(self.request_view)
 
-        do_GET = do_POST = do_PUT = do_PATCH = do_DELETE = do_HEAD = do_any
+        def throttled_reply(self, switch):
+            if switch == "status_429":
+                return error_reply(DriveError(429, "rateLimitExceeded", "Rate Limit Exceeded",
+                                              headers=[("Retry-After", "0")]))
+            return error_reply(DriveError(503, "backendError", "Backend Error", headers=[("Retry-After", "0")]))
 
+        def answer(self, path):
+            return answer(emulator, self.request_view)
+
+        def half_body_read(self, path):
+            if self.command == "PUT" and path == UPLOAD_PATH:
+                with emulator.lock:
+                    try:
+                        emulator.upload_continue(self.request_view, None, partial=True)
+                    except DriveError:
+                        pass
+
+        def length_required_reply(self):
+            return Reply(411, b"<html><body>Error 411 (Length Required)</body></html>", "text/html")
+
+    Handler.emulator = emulator
     return Handler
 
 
