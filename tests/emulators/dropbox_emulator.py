@@ -46,12 +46,11 @@ import json
 import re
 import socket
 import string
-import sys
 import threading
 import urllib.parse
 
 from dropbox_files import CHUNK_LIMIT, AccountFiles, ApiError, split_path
-from emulator_support import Faults, Server, random_text
+from emulator_support import Faults, print_line, random_text, serve
 
 FAULTS = {
     "expire_token": "401 with the service's body, as for a revoked token",
@@ -74,14 +73,6 @@ DEFAULT_FILE_LIMIT = 10000
 TARGET_CHARACTERS = re.compile(r"[A-Za-z0-9\-._~!$&'()*+,;=:@/?%]*")
 BAD_ESCAPE = re.compile(r"%(?![0-9A-Fa-f]{2})")
 OAUTH_PARAMETER = re.compile(r'\s*([A-Za-z_]+)="([^"]*)"\s*(?:,|$)')
-
-output_lock = threading.Lock()
-
-
-def announce(line):
-    with output_lock:
-        sys.stdout.write(line + "\n")
-        sys.stdout.flush()
 
 
 class Emulator:
@@ -205,9 +196,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
     def version_string(self):
         return "nginx"
 
-    @property
-    def emulator(self):
-        return self.server.emulator
+    emulator = None
 
     def do_GET(self):
         self.dispatch()
@@ -219,7 +208,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
     def dispatch(self):
         raw_path, _, raw_query = self.path.partition("?")
         if not raw_path.startswith("/_emulator/"):
-            announce(f"{self.command} {raw_path}")
+            print_line(f"{self.command} {raw_path}")
         self.request_path = raw_path
         self.params = {}
         self.body_left = 0
@@ -558,10 +547,8 @@ def main():
     parser.add_argument("--app-key", default="emulatorkey0001")
     parser.add_argument("--app-secret", default="emulatorsecret1")
     options = parser.parse_args()
-    server = Server(("127.0.0.1", options.port), Handler)
-    server.emulator = Emulator(options.folder, options.app_key, options.app_secret)
-    announce(f"LISTENING {server.server_address[1]}")
-    server.serve_forever()
+    Handler.emulator = Emulator(options.folder, options.app_key, options.app_secret)
+    serve(options.port, Handler)
 
 
 if __name__ == "__main__":
