@@ -39,7 +39,6 @@ Test controls on the same port (never printed):
 - POST /_emulator/quota?bytes=N: the account's quota.
 """
 
-import argparse
 import hashlib
 import http.server
 import json
@@ -50,7 +49,7 @@ import threading
 import urllib.parse
 
 from dropbox_files import CHUNK_LIMIT, AccountFiles, ApiError, split_path
-from emulator_support import Faults, print_line, random_text, serve
+from emulator_support import Faults, arguments, print_line, random_text, serve
 
 FAULTS = {
     "expire_token": "401 with the service's body, as for a revoked token",
@@ -541,9 +540,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
-    parser.add_argument("--folder", required=True)
-    parser.add_argument("--port", type=int, default=0)
+    parser = arguments(__doc__)
     parser.add_argument("--app-key", default="emulatorkey0001")
     parser.add_argument("--app-secret", default="emulatorsecret1")
     options = parser.parse_args()

@@ -1,6 +1,7 @@
 """What the service emulators share: the loopback server and its announcement, the shape of a
 request's handling, replies, the fault switches that tests turn on, and random tokens."""
 
+import argparse
 import http.server
 import json
 import secrets
@@ -192,6 +193,15 @@ class Server(http.server.ThreadingHTTPServer):
         # A client that goes away mid-reply (a test's cancel) is no fault of the emulator's.
         if not isinstance(sys.exc_info()[1], ConnectionError):
             super().handle_error(request, client_address)
+
+
+def arguments(doc):
+    """The command line every emulator takes, to which it adds its own: the folder holding the
+    account, and the port."""
+    parser = argparse.ArgumentParser(description=doc.splitlines()[0])
+    parser.add_argument("--folder", required=True, help="where the account's index and files live")
+    parser.add_argument("--port", type=int, default=0)
+    return parser
 
 
 def serve(port, handler, on_port=None):

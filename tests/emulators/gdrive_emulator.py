@@ -71,7 +71,6 @@ request to the service arrives (a batch's inner requests too). Test controls (ne
   GET  /_emulator/tree                 every item by path.
 """
 
-import argparse
 import email.message
 import http.server
 import json
@@ -80,7 +79,7 @@ import re
 import threading
 import urllib.parse
 
-from emulator_support import Faults, Reply, ServiceHandler, print_line, random_text, serve
+from emulator_support import Faults, Reply, ServiceHandler, arguments, print_line, random_text, serve
 from gdrive_drive import (ABOUT_SCHEMA, DEFAULT_FILE_KEYS, FILE_SCHEMA, FOLDER_TYPE, ID_PATTERN, KNOWN_SCOPES,
                           LIST_SCHEMA, SCOPE_ROOT, Account, DriveError, Grants, OAuthError, Query, expired, invalid,
                           new_id, not_found, parse_fields, select)
@@ -712,9 +711,7 @@ def handler_class(emulator):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("--folder", required=True, help="where the account's index and files live")
-    parser.add_argument("--port", type=int, default=0)
+    parser = arguments(__doc__)
     parser.add_argument("--client-id", required=True)
     parser.add_argument("--client-secret", required=True)
     parser.add_argument("--email", default="owner@example.com")

@@ -69,14 +69,13 @@ service arrives (before its body is read). Tests steer it through /_emulator/...
   GET  /_emulator/tree                 every item by path, for the tests to look at.
 """
 
-import argparse
 import json
 import re
 import threading
 import time
 import urllib.parse
 
-from emulator_support import Faults, Reply, ServiceHandler, random_text, serve
+from emulator_support import Faults, Reply, ServiceHandler, arguments, random_text, serve
 from onedrive_files import ROOT_ID, USER_ID, Account, LiveError, json_reply, time_text
 
 USER_NAME = "Stowhaven Tester"
@@ -529,9 +528,7 @@ def handler_class(emulator):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("--folder", required=True, help="where the account's index and files live")
-    parser.add_argument("--port", type=int, default=0)
+    parser = arguments(__doc__)
     parser.add_argument("--client-id", required=True)
     parser.add_argument("--client-secret", required=True)
     parser.add_argument("--redirect-uri", help="the desktop redirect; this host's /oauth20_desktop.srf if not given")

@@ -86,7 +86,6 @@ Test controls on the same port (never printed):
 - GET /_emulator/tree: every item by path (null for an orphan), in JSON.
 """
 
-import argparse
 import json
 import re
 import secrets
@@ -97,7 +96,7 @@ import xml.etree.ElementTree as ElementTree
 from xml.sax.saxutils import escape
 
 import emulator_support
-from emulator_support import Faults, ServiceHandler, random_text, serve
+from emulator_support import Faults, ServiceHandler, arguments, random_text, serve
 
 from sugarsync_account import MAGIC_BRIEFCASE, SYNC_FOLDERS, USER_ID, Account, ServiceError, not_found, timestamp
 
@@ -589,9 +588,7 @@ def handler_class(emulator):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("--folder", required=True, help="where the account's index and files live")
-    parser.add_argument("--port", type=int, default=0)
+    parser = arguments(__doc__)
     parser.add_argument("--access-key", required=True)
     parser.add_argument("--private-key", required=True)
     parser.add_argument("--user", required=True)
