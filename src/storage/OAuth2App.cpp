@@ -9,9 +9,13 @@ OAuth2App OAuth2App::fromEnvironment(const char* clientIdVariable, const char* c
                      clientSecretVariable};
 }
 
-std::optional<std::string> OAuth2App::missingCredential(const std::string& serviceName) const {
+std::optional<std::string> OAuth2App::problem(const std::string& serviceName,
+                                              std::initializer_list<const ServiceBase*> hosts) const {
     if (!clientId) return serviceName + " needs the app's client id in " + clientIdVariable;
     if (!clientSecret) return serviceName + " needs the app's client secret in " + clientSecretVariable;
+    for (const ServiceBase* host : hosts) {
+        if (host->error) return host->error;
+    }
     return std::nullopt;
 }
 

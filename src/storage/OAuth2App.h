@@ -2,6 +2,7 @@
 
 #include "net/ServiceBase.h"
 
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,8 +18,11 @@ struct OAuth2App {
     const char* clientSecretVariable = "";
 
     static OAuth2App fromEnvironment(const char* clientIdVariable, const char* clientSecretVariable);
-    // Which of the two the app lacks with SERVICENAME, in words; none when it has both.
-    std::optional<std::string> missingCredential(const std::string& serviceName) const;
+    // Why the engine can't talk to SERVICENAME at all, in words: a credential the app lacks,
+    // or one of HOSTS whose variable can't be used (the engine then refuses to work rather
+    // than send the account's tokens elsewhere); none when it can.
+    std::optional<std::string> problem(const std::string& serviceName,
+                                       std::initializer_list<const ServiceBase*> hosts) const;
 };
 
 // A host of a service as ServiceBase resolves it from VARIABLE, with the reason logged when

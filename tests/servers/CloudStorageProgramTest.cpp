@@ -55,6 +55,11 @@ public:
     virtual void refuseGrants() const = 0;
     // The settings that hold the account's tokens or password.
     virtual std::vector<std::string> secretKeys() const = 0;
+    // The variable that gives the service's API host.
+    virtual std::string apiVariable() const = 0;
+    // What a login needs on the command line to reach the service (a browser login first
+    // makes the address to open, which needs nothing).
+    virtual std::string loginArguments() const { return ""; }
 };
 
 // A service whose login goes through its page in a browser.
@@ -77,6 +82,7 @@ public:
 class DropboxUnderTest final : public BrowserCloudUnderTest {
 public:
     std::string name() const override { return "dropbox"; }
+    std::string apiVariable() const override { return "STOWHAVEN_DROPBOX_API_URL"; }
     std::string environment() const override { return service_.environment(); }
     std::string grant(const std::string& address) const override { return service_.grant(address); }
     void faultUploads(const std::string& fault, int count) const override {
@@ -92,6 +98,7 @@ private:
 class BoxUnderTest final : public BrowserCloudUnderTest {
 public:
     std::string name() const override { return "box"; }
+    std::string apiVariable() const override { return "STOWHAVEN_BOX_API_URL"; }
     std::string environment() const override { return service_.environment(); }
     std::string grant(const std::string& address) const override { return service_.grant(address); }
     void faultUploads(const std::string& fault, int count) const override {
@@ -107,6 +114,7 @@ private:
 class GDriveUnderTest final : public BrowserCloudUnderTest {
 public:
     std::string name() const override { return "gdrive"; }
+    std::string apiVariable() const override { return "STOWHAVEN_GDRIVE_API_URL"; }
     std::string environment() const override { return service_.environment(); }
     std::string grant(const std::string& address) const override { return service_.grant(address); }
     void faultUploads(const std::string& fault, int count) const override {
@@ -122,6 +130,7 @@ private:
 class OneDriveUnderTest final : public BrowserCloudUnderTest {
 public:
     std::string name() const override { return "onedrive"; }
+    std::string apiVariable() const override { return "STOWHAVEN_ONEDRIVE_API_URL"; }
     std::string environment() const override { return service_.environment(); }
     std::string grant(const std::string& address) const override { return service_.grant(address); }
     // Uploads are PUTs of a folder's files/NAME: the only PUTs with "/files/" in them.
@@ -139,6 +148,8 @@ private:
 class SugarSyncUnderTest final : public CloudUnderTest {
 public:
     std::string name() const override { return "sugarsync"; }
+    std::string apiVariable() const override { return "STOWHAVEN_SUGARSYNC_API_URL"; }
+    std::string loginArguments() const override { return "--user someone"; }
     std::string environment() const override { return service_.environment(); }
     test::ProgramOutcome logIn(const test::SandboxDevice& device) const override {
         const auto asked = runWith(environment(), device, "storage login sugarsync");
@@ -236,6 +247,20 @@ TEST_P(CloudStorageProgramTest, ARefusedGrantEndsWithTheServicesWordsAndTheStora
     EXPECT_NE(refused.errors.find("Storage stays local storage."), std::string::npos) << refused.errors;
     const auto storage = run(device, "storage");
     EXPECT_NE(storage.output.find("Storage: local storage"), std::string::npos) << storage.output;
+}
+
+// An API host given as plain http to another machine would carry the account's tokens or
+// password in the clear: the login is refused before anything is sent.
+TEST_P(CloudStorageProgramTest, APlainHttpHostElsewhereIsRefusedBeforeTheLogin) {
+    const test::SandboxDevice device("minimal");
+    const std::string elsewhere = cloud_->apiVariable() + "=http://192.0.2.1:9 ";
+    const auto refused = runWith(cloud_->environment() + elsewhere + "STOWHAVEN_PASSWORD=secret ", device,
+                                 "storage login " + cloud_->name() + " " + cloud_->loginArguments());
+    EXPECT_EQ(refused.status, 1) << refused.output << refused.errors;
+    EXPECT_NE(refused.errors.find(cloud_->apiVariable() + " may use plain http only for this machine"),
+              std::string::npos)
+        << refused.errors;
+    EXPECT_NE(run(device, "storage").output.find("Storage: local storage"), std::string::npos);
 }
 
 TEST_P(CloudStorageProgramTest, AConnectionDroppedDuringAnUploadFailsTheJobAndKeepsTheSessionBefore) {

@@ -22,10 +22,6 @@ std::optional<std::string> BoxLogin::authorizationAddress(std::string& error) {
         error = *problem;
         return std::nullopt;
     }
-    if (service.authorization.error) {
-        error = *service.authorization.error;
-        return std::nullopt;
-    }
     const auto state = newLoginState(kLoginStateKey);
     if (!state) {
         error = "No random state for the login";

@@ -9,6 +9,6 @@ BoxService BoxService::fromEnvironment() {
                       OAuth2App::fromEnvironment("STOWHAVEN_BOX_CLIENT_ID", "STOWHAVEN_BOX_CLIENT_SECRET")};
 }
 
-std::optional<std::string> BoxService::problem() const { return app.missingCredential("Box"); }
+std::optional<std::string> BoxService::problem() const { return app.problem("Box", {&api, &upload, &authorization}); }
 
 }  // namespace stowhaven

@@ -18,7 +18,7 @@ struct BoxService {
 
     static BoxService fromEnvironment();
 
-    // Why the engine can't talk to Box at all (a credential missing), or none.
+    // Why the engine can't talk to Box at all (a credential missing, a host refused), or none.
     std::optional<std::string> problem() const;
 
     std::string apiUrl(const std::string& path) const { return api.url + path; }

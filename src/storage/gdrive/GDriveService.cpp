@@ -10,11 +10,7 @@ GDriveService GDriveService::fromEnvironment() {
 }
 
 std::optional<std::string> GDriveService::problem() const {
-    if (auto missing = app.missingCredential("Google Drive")) return missing;
-    for (const ServiceBase* base : {&api, &upload, &authorization}) {
-        if (base->error) return base->error;
-    }
-    return std::nullopt;
+    return app.problem("Google Drive", {&api, &upload, &authorization});
 }
 
 }  // namespace stowhaven

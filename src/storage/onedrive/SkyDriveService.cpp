@@ -9,11 +9,6 @@ SkyDriveService SkyDriveService::fromEnvironment() {
         OAuth2App::fromEnvironment("STOWHAVEN_ONEDRIVE_CLIENT_ID", "STOWHAVEN_ONEDRIVE_CLIENT_SECRET")};
 }
 
-std::optional<std::string> SkyDriveService::problem() const {
-    if (auto missing = app.missingCredential("OneDrive")) return missing;
-    if (api.error) return api.error;
-    if (login.error) return login.error;
-    return std::nullopt;
-}
+std::optional<std::string> SkyDriveService::problem() const { return app.problem("OneDrive", {&api, &login}); }
 
 }  // namespace stowhaven
