@@ -77,14 +77,17 @@ public:
     // Imports the history text of a file handed to the program, as the current session;
     // false when the file held none.
     bool importData();
+    // Where the comparison takes the device's applications from: a walk of the device, or
+    // the list that the first pass of the same load found a moment ago.
+    enum class ApplicationSource { Device, ThisLoad };
     // The comparison of the device and the current session, then "DATA_LOADED".
-    void processLoadedPackages();
+    void processLoadedPackages(ApplicationSource applications = ApplicationSource::Device);
     void processRawCydiaFileData();
     void buildCurrentBackupPackages();
     void buildCurrentRepositorySources();
     void buildOldRepositorySources();
     void buildPackageSections();
-    void buildListOfApplications();
+    void buildListOfApplications(ApplicationSource applications = ApplicationSource::Device);
     void buildPreferencesData();
     void buildSpringboardData();
     void setAppleStockAppsSize();
@@ -243,7 +246,7 @@ private:
     // The newest session of a file engine that reads; nothing when none does.
     std::shared_ptr<BackupSession> loadMostRecentSession();
     void judgeLoadedSession();
-    void processApplications();
+    void processApplications(ApplicationSource applications);
     void sortLists();
     void setCurrentBackupSession(std::shared_ptr<BackupSession> session);
     // Adds a session and sorts, unless one of its second is there.

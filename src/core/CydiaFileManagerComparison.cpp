@@ -61,11 +61,11 @@ void selectForRestore(const CydiaFileManager::PreferenceFiles& files, const std:
 
 }  // namespace
 
-void CydiaFileManager::processLoadedPackages() {
+void CydiaFileManager::processLoadedPackages(ApplicationSource applications) {
     std::lock_guard managerLock(mutex_);
     Supervisor& supervisor = Supervisor::shared();
     if (gAutoScanPkgEnabled && fInitialState_) judgeLoadedSession();
-    processApplications();
+    processApplications(applications);
     processRawCydiaFileData();
     if (const auto session = currentBackupSession(); session && session->applications()) {
         for (const auto& application : *session->applications()) {
@@ -107,14 +107,14 @@ void CydiaFileManager::judgeLoadedSession() {
     }
 }
 
-void CydiaFileManager::processApplications() {
+void CydiaFileManager::processApplications(ApplicationSource applications) {
     Supervisor& supervisor = Supervisor::shared();
     if (!gAutoScanAppStoreAppsEnabled || !supervisor.isCloudStorage()) {
         currentApplications_.set({});
         return;
     }
     supervisor.setLargestApplication(nullptr);
-    buildListOfApplications();
+    buildListOfApplications(applications);
     for (const auto& application : currentApplications()) {
         application->selectIfBackupDefault();
         if (!application->isSelected()) continue;
@@ -130,12 +130,13 @@ void CydiaFileManager::processApplications() {
     if (largest && !supervisor.hasValidFreeSpace()) largest->deselect();
 }
 
-void CydiaFileManager::buildListOfApplications() {
+void CydiaFileManager::buildListOfApplications(ApplicationSource source) {
     const auto session = currentBackupSession();
     const auto sessionApplications =
         session ? session->getApplicationsAsDictionary() : std::map<std::string, std::shared_ptr<Application>>{};
     currentApplications_.with([&](Applications& applications) {
-        applications = ApplicationScan::buildListOfApplications(sessionApplications);
+        const Applications found = source == ApplicationSource::ThisLoad ? applications : Applications{};
+        applications = ApplicationScan::buildListOfApplications(sessionApplications, found);
     });
 }
 
@@ -151,7 +152,8 @@ void CydiaFileManager::processRawCydiaFileData() {
         for (const std::string& line : textutil::split(rawData, '\n')) {
             const auto package = createCydiaFileFrom(line);
             if (!package) continue;
-            package->setRestoreSelected(!installed.contains(package.get()) && isPackageSelectedByDefault(*package, false));
+            package->setRestoreSelected(!installed.contains(package.get()) &&
+                                        isPackageSelectedByDefault(*package, false));
             packages.push_back(package);
             fWasRestored_ = true;
         }

@@ -52,7 +52,9 @@ void CydiaFileManager::loadPackages() {
         }
         if (supervisor.isStorageAddressbook()) buildPreviousBackupPackages();
     }
-    processLoadedPackages();
+    // A first pass above found the applications a moment ago; without one the list is
+    // still empty from the reset, and the device is walked.
+    processLoadedPackages(ApplicationSource::ThisLoad);
 }
 
 void CydiaFileManager::setFlagsFromBackupDefaults() {

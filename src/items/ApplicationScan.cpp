@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 
 namespace stowhaven {
 
@@ -80,23 +81,19 @@ std::optional<std::string> iconOf(const PlistValue::Dictionary& info, const std:
     return icon;
 }
 
-}  // namespace
-
-ApplicationScan::Applications ApplicationScan::buildListOfApplications(
-    const std::map<std::string, std::shared_ptr<Application>>& sessionApplications) {
-    Supervisor& supervisor = Supervisor::shared();
-    supervisor.notifyProgress(std::nullopt, Strings::localized("LOADING_APPLICATIONS"));
+// Every application of the device but Apple's own, read from its Info.plist and measured;
+// nothing when the bundles' folder can't be read.
+std::optional<ApplicationScan::Applications> applicationsOnDevice() {
     const std::string folder = bundlesFolder();
     if (!FileManager::contentsOfDirectory(DeviceRoot::path(folder))) {
         SH_LOG("Couldn't get the content of <{}>", folder);
-        return {};
+        return std::nullopt;
     }
     const std::vector<std::string> plists = infoPlistsIn(folder);
     SH_LOG("{} applications...", plists.size());
-    Application::initializeDefaults();
     const DataContainers containers = DataContainers::read();
 
-    Applications applications;
+    ApplicationScan::Applications applications;
     for (const std::string& plist : plists) {
         const auto info = PlistCodec::readFile(DeviceRoot::path(plist));
         const PlistValue::Dictionary fields =
@@ -116,6 +113,28 @@ ApplicationScan::Applications ApplicationScan::buildListOfApplications(
         application->setHomePath(homePath);
         application->setDisplayName(displayNameOf(fields, name));
         application->setDocsAndLibsDirSizes(containers);
+        application->setIconPath(iconOf(fields, homePath));
+        applications.push_back(application);
+    }
+    return applications;
+}
+
+ApplicationScan::Applications copiesOf(const ApplicationScan::Applications& applications) {
+    ApplicationScan::Applications copies;
+    for (const auto& application : applications) copies.push_back(std::make_shared<Application>(*application));
+    return copies;
+}
+
+}  // namespace
+
+ApplicationScan::Applications ApplicationScan::buildListOfApplications(
+    const std::map<std::string, std::shared_ptr<Application>>& sessionApplications, const Applications& found) {
+    Supervisor& supervisor = Supervisor::shared();
+    supervisor.notifyProgress(std::nullopt, Strings::localized("LOADING_APPLICATIONS"));
+    auto applications = found.empty() ? applicationsOnDevice() : copiesOf(found);
+    if (!applications) return {};
+    Application::initializeDefaults();
+    for (const auto& application : *applications) {
         if (supervisor.isCloudStorage()) {
             application->select();
         } else {
@@ -125,18 +144,16 @@ ApplicationScan::Applications ApplicationScan::buildListOfApplications(
         if (application->isSelected() && (!largest || application->totalSize() > largest->totalSize())) {
             supervisor.setLargestApplication(application);
         }
-        applications.push_back(application);
-        application->setIconPath(iconOf(fields, homePath));
-        if (identifier) {
-            if (const auto stored = sessionApplications.find(*identifier); stored != sessionApplications.end()) {
-                stored->second->replacePathUsingApplication(*application);
-            }
+        const auto& identifier = application->bundleIdentifier();
+        if (!identifier) continue;
+        if (const auto stored = sessionApplications.find(*identifier); stored != sessionApplications.end()) {
+            stored->second->replacePathUsingApplication(*application);
         }
     }
     // The biggest application starts out not chosen.
     if (const auto largest = supervisor.largestApplication()) largest->deselect();
-    sortByCompare(applications);
-    return applications;
+    sortByCompare(*applications);
+    return *applications;
 }
 
 }  // namespace stowhaven

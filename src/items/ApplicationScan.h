@@ -19,9 +19,11 @@ public:
     // Every application but Apple's own, measured, selected where the storage holds files,
     // and sorted by display name. The largest selected one becomes the Supervisor's largest
     // application and starts deselected. The applications of the session that the device
-    // has (SESSION APPLICATIONS, by bundle identifier) take its paths.
+    // has (SESSION APPLICATIONS, by bundle identifier) take its paths. Given the applications
+    // an earlier scan FOUND a moment ago, the list is made of copies of those, as they were
+    // found and measured, instead of walking the device again.
     static Applications buildListOfApplications(
-        const std::map<std::string, std::shared_ptr<Application>>& sessionApplications);
+        const std::map<std::string, std::shared_ptr<Application>>& sessionApplications, const Applications& found = {});
 };
 
 }  // namespace stowhaven

@@ -91,6 +91,29 @@ TEST_F(DeviceItemsTest, AnApplicationOfTheSessionTakesThePathsOfTheInstalledOne)
     EXPECT_TRUE(stored->isInstalled());
 }
 
+// The second pass of a load takes the applications its first pass found: new items with the
+// same measures, chosen afresh, whatever became of the earlier ones, and the device not walked.
+TEST_F(DeviceItemsTest, ApplicationsFoundAMomentAgoAreTakenAsNewItemsChosenAfresh) {
+    const auto found = ApplicationScan::buildListOfApplications({});
+    ASSERT_EQ(found.size(), 3u);
+    for (const auto& application : found) application->deselect();
+    ASSERT_TRUE(FileManager::removeItem(path("/var/mobile/Containers/Bundle/Application")));
+
+    auto stored = std::make_shared<Application>("Tidewatch");
+    stored->setBundleIdentifier("com.tinkerlane.tidewatch");
+    scope_.supervisor().setLargestApplication(nullptr);  // as each pass of a load begins
+    const auto again = ApplicationScan::buildListOfApplications({{"com.tinkerlane.tidewatch", stored}}, found);
+
+    ASSERT_EQ(again.size(), 3u) << "the device, its bundles gone, wasn't walked again";
+    for (std::size_t index = 0; index < found.size(); ++index) {
+        EXPECT_NE(again[index], found[index]) << "a new item";
+        EXPECT_EQ(again[index]->homePath(), found[index]->homePath());
+        EXPECT_EQ(again[index]->totalBytes(), found[index]->totalBytes());
+    }
+    EXPECT_FALSE(again[0]->isSelected()) << "the biggest one starts out not chosen";
+    EXPECT_TRUE(again[2]->isSelected()) << "chosen afresh, not as the earlier item was left";
+    EXPECT_EQ(stored->homePath(), named(found, "Tidewatch")->homePath()) << "the session's application takes its paths";
+}
 TEST_F(DeviceItemsTest, TheDefaultListsChooseApplicationsAndTheirFolders) {
     UserDefaults::standard().set("DefaultApps_Backup", PlistValue::Array{"com.tinkerlane.tidewatch,1,0"});
     UserDefaults::standard().set("DefaultApps_Restore", PlistValue::Array{"net.quayside.notebook"});
