@@ -219,27 +219,65 @@ private:
     std::string_view bytes_;
 };
 
-class ArchiveFile final : public ByteSource {
+// One archive kept in one file or cut into parts, read as the parts joined in their order.
+class ArchiveFiles final : public ByteSource {
 public:
-    explicit ArchiveFile(const std::string& path) {
+    ArchiveFiles() = default;
+    ~ArchiveFiles() {
+        for (const Piece& piece : pieces_) ::close(piece.descriptor);
+    }
+    ArchiveFiles(const ArchiveFiles&) = delete;
+    ArchiveFiles& operator=(const ArchiveFiles&) = delete;
+
+    // Opens the next part; false, with the reason, when it isn't a plain file that can be read.
+    bool add(const std::string& path, std::string& error) {
+        int descriptor = -1;
         // Not blocking on a fifo; plain files read as usual.
         do {
-            descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-        } while (descriptor_ < 0 && errno == EINTR);
+            descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+        } while (descriptor < 0 && errno == EINTR);
+        if (descriptor < 0) {
+            error = "couldn't open " + path + ": " + std::strerror(errno);
+            return false;
+        }
+        struct stat status {};
+        const bool measured = ::fstat(descriptor, &status) == 0;
+        if (!measured || !S_ISREG(status.st_mode)) {
+            error = measured ? path + " is not a plain file" : "couldn't read " + path + ": " + std::strerror(errno);
+            ::close(descriptor);
+            return false;
+        }
+        pieces_.push_back({descriptor, size_, static_cast<std::uint64_t>(status.st_size)});
+        size_ += static_cast<std::uint64_t>(status.st_size);
+        return true;
     }
-    ~ArchiveFile() {
-        if (descriptor_ >= 0) ::close(descriptor_);
-    }
-    ArchiveFile(const ArchiveFile&) = delete;
-    ArchiveFile& operator=(const ArchiveFile&) = delete;
 
-    int descriptor() const { return descriptor_; }
+    std::uint64_t size() const { return size_; }
 
     bool readAt(std::uint64_t offset, char* into, std::size_t count, std::string& failure) const override {
+        // The last piece that starts at or before the offset holds it.
+        auto piece = std::upper_bound(pieces_.begin(), pieces_.end(), offset,
+                                      [](std::uint64_t at, const Piece& next) { return at < next.start; });
+        if (piece == pieces_.begin()) {
+            failure.clear();
+            return false;
+        }
+        --piece;
         while (count > 0) {
-            const ssize_t got = ::pread(descriptor_, into, count, static_cast<off_t>(offset));
+            if (piece == pieces_.end()) {
+                failure.clear();
+                return false;
+            }
+            const std::uint64_t within = offset - piece->start;
+            if (within >= piece->size) {
+                ++piece;
+                continue;
+            }
+            const std::size_t wanted = static_cast<std::size_t>(std::min<std::uint64_t>(count, piece->size - within));
+            const ssize_t got = ::pread(piece->descriptor, into, wanted, static_cast<off_t>(within));
             if (got < 0 && errno == EINTR) continue;
             if (got <= 0) {
+                // A part that shrank since it was measured ends the bytes.
                 failure = got < 0 ? std::strerror(errno) : "";
                 return false;
             }
@@ -251,7 +289,13 @@ public:
     }
 
 private:
-    int descriptor_ = -1;
+    struct Piece {
+        int descriptor;
+        std::uint64_t start;
+        std::uint64_t size;
+    };
+    std::vector<Piece> pieces_;
+    std::uint64_t size_ = 0;
 };
 
 // What extension headers said about the next member.
@@ -447,8 +491,8 @@ private:
         }
         member.size = extensions.paxSize.value_or(headerSize);
         const auto headerTime = number(block, kModificationTime);
-        member.modificationTime = extensions.paxModificationTime.value_or(
-            headerTime ? asSigned(*headerTime).value_or(0) : 0);
+        member.modificationTime =
+            extensions.paxModificationTime.value_or(headerTime ? asSigned(*headerTime).value_or(0) : 0);
         if (member.size != 0 && carriesNoData(flag, member.type)) {
             error_ = "data on a member that has none" + at(offset);
             return false;
@@ -462,29 +506,19 @@ private:
 };
 
 std::optional<std::vector<TarListing::Member>> listMembers(const ByteSource& source, std::uint64_t size,
-                                                          std::string& error) {
+                                                           std::string& error) {
     MemberReader reader(source, size);
     auto members = reader.readAll();
     if (!members) error = reader.error();
     return members;
 }
 
-std::optional<std::vector<TarListing::Member>> listMembers(const std::string& path, std::string& error) {
-    const ArchiveFile file(path);
-    if (file.descriptor() < 0) {
-        error = "couldn't open " + path + ": " + std::strerror(errno);
-        return std::nullopt;
+std::optional<std::vector<TarListing::Member>> listMembers(const std::vector<std::string>& parts, std::string& error) {
+    ArchiveFiles files;
+    for (const std::string& part : parts) {
+        if (!files.add(part, error)) return std::nullopt;
     }
-    struct stat status {};
-    if (::fstat(file.descriptor(), &status) != 0) {
-        error = "couldn't read " + path + ": " + std::strerror(errno);
-        return std::nullopt;
-    }
-    if (!S_ISREG(status.st_mode)) {
-        error = path + " is not a plain file";
-        return std::nullopt;
-    }
-    return listMembers(file, static_cast<std::uint64_t>(status.st_size), error);
+    return listMembers(files, files.size(), error);
 }
 
 }  // namespace
@@ -497,13 +531,18 @@ bool TarListing::isHeaderBlock(std::string_view block) {
 }
 
 std::optional<std::vector<TarListing::Member>> TarListing::read(const std::string& path, std::string* error) {
+    return readJoined({path}, error);
+}
+
+std::optional<std::vector<TarListing::Member>> TarListing::readJoined(const std::vector<std::string>& parts,
+                                                                      std::string* error) {
     std::string failure;
     try {
-        auto members = listMembers(path, failure);
+        auto members = listMembers(parts, failure);
         if (members) return members;
     } catch (const std::exception& exception) {
-        // Only memory can run short: every size is checked against the file first.
-        failure = std::string("couldn't list ") + path + ": " + exception.what();
+        // Only memory can run short: every size is checked against the files first.
+        failure = std::string("couldn't list the archive: ") + exception.what();
     }
     if (error != nullptr) *error = failure;
     return std::nullopt;

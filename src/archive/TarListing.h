@@ -45,6 +45,9 @@ public:
     // belongs to no member, a pax global header that would rename members, or data on a
     // directory, link or device (tars disagree on whether that data is skipped).
     static std::optional<std::vector<Member>> read(const std::string& path, std::string* error = nullptr);
+    // The same for an archive cut into PARTS, read where they lie as if joined in their order.
+    static std::optional<std::vector<Member>> readJoined(const std::vector<std::string>& parts,
+                                                         std::string* error = nullptr);
     // The same for an archive in memory; "can't be read" doesn't arise.
     static std::optional<std::vector<Member>> readBytes(std::string_view archive, std::string* error = nullptr);
 

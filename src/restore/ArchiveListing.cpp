@@ -9,6 +9,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace stowhaven {
 
@@ -37,15 +39,37 @@ std::optional<std::vector<TarListing::Member>> readMembers(const std::string& ar
     return std::nullopt;
 }
 
-// How many members tar itself reads.
-std::optional<std::size_t> countedByTar(const std::string& archive) {
+// How many members tar itself reads: from the archive, or from its parts joined through a pipe.
+std::optional<std::size_t> countedByTar(const std::vector<std::string>& parts) {
     Supervisor& supervisor = Supervisor::shared();
     const std::string list = supervisor.getTemporaryFileName(true) + ".list";
-    supervisor.systemExecute(fmt::format("tar -tf {0} --quoting-style=escape > {1} && echo Listed >> {1}",
-                                         ShellQuote::quoted(archive), ShellQuote::quoted(list)));
+    std::string reading = "tar -tf " + ShellQuote::quoted(parts.front());
+    if (parts.size() > 1) {
+        reading = "cat";
+        for (const std::string& part : parts) reading += " " + ShellQuote::quoted(part);
+        reading += " | tar -tf -";
+    }
+    supervisor.systemExecute(
+        fmt::format("{0} --quoting-style=escape > {1} && echo Listed >> {1}", reading, ShellQuote::quoted(list)));
     const auto text = FileManager::contentsOfFile(list);
     FileManager::removeItem(list);
     return text ? membersInTarOutput(*text) : std::nullopt;
+}
+
+// The listing stands only when tar reads as many members as it holds.
+std::optional<std::vector<TarListing::Member>> confirmedByTar(std::vector<TarListing::Member> members,
+                                                              const std::vector<std::string>& parts) {
+    const auto counted = countedByTar(parts);
+    if (!counted) {
+        SH_LOG("tar couldn't list <{}> in full. Nothing is restored from it", parts.front());
+        return std::nullopt;
+    }
+    if (*counted != members.size()) {
+        SH_LOG("tar reads {} member(s) in <{}> where its listing holds {}. Nothing is restored from it", *counted,
+               parts.front(), members.size());
+        return std::nullopt;
+    }
+    return members;
 }
 
 }  // namespace
@@ -63,17 +87,22 @@ std::optional<std::vector<TarListing::Member>> listArchiveMembers(const std::str
         SH_LOG("Couldn't read <{}>: {}. Nothing is restored from it", archive, error);
         return std::nullopt;
     }
-    const auto counted = countedByTar(archive);
-    if (!counted) {
-        SH_LOG("tar couldn't list <{}> in full. Nothing is restored from it", archive);
+    return confirmedByTar(std::move(*members), {archive});
+}
+
+std::optional<std::vector<TarListing::Member>> listJoinedTarMembers(const std::vector<std::string>& parts) {
+    if (parts.empty() || archiveKindOf(parts.front()) != ArchiveKind::PlainTar) {
+        SH_LOG("<{}> doesn't start a plain tar archive. Nothing is restored from it",
+               parts.empty() ? "" : parts.front());
         return std::nullopt;
     }
-    if (*counted != members->size()) {
-        SH_LOG("tar reads {} member(s) in <{}> where its listing holds {}. Nothing is restored from it", *counted,
-               archive, members->size());
+    std::string error;
+    auto members = TarListing::readJoined(parts, &error);
+    if (!members) {
+        SH_LOG("Couldn't read the archive of <{}>...: {}. Nothing is restored from it", parts.front(), error);
         return std::nullopt;
     }
-    return members;
+    return confirmedByTar(std::move(*members), parts);
 }
 
 }  // namespace stowhaven

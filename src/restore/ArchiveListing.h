@@ -15,6 +15,9 @@ namespace stowhaven {
 // itself reads from the archive. A listing that fails, for whatever reason (a damaged
 // archive, a full temporary folder), never lets anything through.
 std::optional<std::vector<TarListing::Member>> listArchiveMembers(const std::string& archive);
+// The same for a plain tar archive cut into PARTS, read where they lie as if joined in their
+// order, and by tar through a pipe: nothing is written but tar's own listing.
+std::optional<std::vector<TarListing::Member>> listJoinedTarMembers(const std::vector<std::string>& parts);
 
 // How many members tar read, from what `tar -tf --quoting-style=escape` printed followed by
 // the line "Listed": one a line, since that style escapes a line break inside a name.

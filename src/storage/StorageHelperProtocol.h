@@ -127,6 +127,15 @@ public:
     virtual void preloadFileRefUsingDate(Date date) = 0;
 };
 
+// Engines that keep their files on the device itself, where a stored file can be read in place.
+class StoredFileReading {
+public:
+    virtual ~StoredFileReading() = default;
+    // The path of a session's stored file, or nothing when no plain file is stored there.
+    virtual std::optional<std::string> storedFilePath(const std::string& name, Date date,
+                                                      const std::optional<std::string>& subDirectory) = 0;
+};
+
 // Engines that connect in the background once made; the start waits until the engine
 // is ready or has an error.
 class BackgroundInitialization {

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace stowhaven {
 
@@ -10,5 +11,10 @@ namespace stowhaven {
 // by member exactly as the restore lists it before it unpacks. Answers nothing for a sound
 // archive, or the fault in a few words. The file is removed in either case.
 std::optional<std::string> faultOfArchive(const std::string& archive);
+
+// The same for an archive cut into PARTS, which stay as they are. A plain tar is listed
+// where its parts lie; an enciphered or compressed one is first joined into the file JOINED,
+// which goes after.
+std::optional<std::string> faultOfArchiveParts(const std::vector<std::string>& parts, const std::string& joined);
 
 }  // namespace stowhaven

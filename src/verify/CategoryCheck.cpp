@@ -5,12 +5,14 @@
 #include "core/Text.h"
 #include "platform/FileManager.h"
 #include "restore/StorageFetch.h"
+#include "storage/StorageHelperProtocol.h"
 #include "verify/ArchiveCheck.h"
-#include "verify/VerifyCommands.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace stowhaven {
 
@@ -43,12 +45,40 @@ std::optional<std::vector<std::string>> indexedParts(StorageHelperProtocol& engi
     return parts.empty() ? std::nullopt : std::optional(std::move(parts));
 }
 
-// Appends the parts, in turn, to JOINED; answers the bytes joined, or the fault.
-std::optional<std::uint64_t> joinParts(StorageHelperProtocol& engine, Date date, const std::string& kind,
-                                       const std::vector<std::string>& parts, const std::string& joined,
-                                       const CategoryCheck::Progress& progress, std::string& fault) {
-    Supervisor& supervisor = Supervisor::shared();
-    std::uint64_t joinedSize = 0;
+// A kind's stored files where they can be read: in place on an engine that keeps its files
+// on the device, else fetched into the temporary folder. The fetched copies go with it.
+class StoredFiles {
+public:
+    StoredFiles(StorageHelperProtocol& engine, Date date, std::string kind)
+        : engine_(engine), inPlace_(dynamic_cast<StoredFileReading*>(&engine)), date_(date), kind_(std::move(kind)) {}
+    ~StoredFiles() {
+        for (const std::string& copy : fetched_) FileManager::removeItem(copy);
+    }
+    StoredFiles(const StoredFiles&) = delete;
+    StoredFiles& operator=(const StoredFiles&) = delete;
+
+    // The file NAME of the kind's folder; nothing when it isn't stored.
+    std::optional<std::string> file(const std::string& name) {
+        if (inPlace_) return inPlace_->storedFilePath(name, date_, kind_);
+        auto copy = fetchSessionFile(engine_, name, date_, kind_);
+        if (copy) fetched_.push_back(*copy);
+        return copy && FileManager::isRegularFile(*copy) ? copy : std::nullopt;
+    }
+
+private:
+    StorageHelperProtocol& engine_;
+    StoredFileReading* inPlace_;
+    Date date_;
+    std::string kind_;
+    std::vector<std::string> fetched_;
+};
+
+// The parts the index names, in turn, where they can be read; the fault when one isn't
+// stored, is empty or stands out of order.
+std::optional<std::vector<std::string>> partFiles(StoredFiles& stored, const std::string& kind,
+                                                  const std::vector<std::string>& parts,
+                                                  const CategoryCheck::Progress& progress, std::string& fault) {
+    std::vector<std::string> files;
     for (std::size_t position = 0; position < parts.size(); ++position) {
         const std::string expected = partName(kind, position);
         // The restore joins the parts in the order of their names, whatever the index says.
@@ -56,23 +86,19 @@ std::optional<std::uint64_t> joinParts(StorageHelperProtocol& engine, Date date,
             fault = fmt::format("its index names <{}> where <{}> belongs", parts[position], expected);
             return std::nullopt;
         }
-        const auto part = fetchSessionFile(engine, expected, date, kind);
-        if (!part || !FileManager::isRegularFile(*part)) {
+        const auto part = stored.file(expected);
+        if (!part) {
             fault = fmt::format("its part <{}> is missing", expected);
             return std::nullopt;
         }
-        const std::uint64_t size = FileManager::sizeOfItem(*part);
-        supervisor.systemExecute(VerifyCommands::appendPart(*part, joined));
-        joinedSize += size;
-        if (size == 0 || FileManager::sizeOfItem(joined) != joinedSize) {
-            FileManager::removeItem(*part);
-            fault = size == 0 ? fmt::format("its part <{}> is empty", expected)
-                              : "its parts couldn't be joined (is the temporary folder full?)";
+        if (FileManager::sizeOfItem(*part) == 0) {
+            fault = fmt::format("its part <{}> is empty", expected);
             return std::nullopt;
         }
+        files.push_back(*part);
         if (progress) progress(position + 1, parts.size());
     }
-    return joinedSize;
+    return files;
 }
 
 }  // namespace
@@ -82,22 +108,19 @@ CategoryCheck::Outcome CategoryCheck::run(StorageHelperProtocol& engine, Date da
     std::string fault;
     const auto parts = indexedParts(engine, date, kind, fault);
     if (!parts) return {fault, {}};
-    const std::string joined = Supervisor::shared().getTemporaryFileName(true) + ".joined";
-    const auto size = joinParts(engine, date, kind, *parts, joined, progress, fault);
-    if (!size) {
-        FileManager::removeItem(joined);
-        return {fault, {}};
-    }
+    StoredFiles stored(engine, date, kind);
+    const auto files = partFiles(stored, kind, *parts, progress, fault);
+    if (!files) return {fault, {}};
     // A part stored beyond the index's last would be joined in by the restore.
-    const std::string next = partName(kind, parts->size());
-    if (const auto extra = fetchSessionFile(engine, next, date, kind)) {
-        FileManager::removeItem(*extra);
-        FileManager::removeItem(joined);
+    if (const std::string next = partName(kind, parts->size()); stored.file(next)) {
         return {fmt::format("its index leaves out the stored part <{}>", next), {}};
     }
-    if (auto archiveFault = faultOfArchive(joined)) return {"its joined parts: " + *archiveFault, {}};
+    std::uint64_t size = 0;
+    for (const std::string& file : *files) size += FileManager::sizeOfItem(file);
+    const std::string joined = Supervisor::shared().getTemporaryFileName(true) + ".joined";
+    if (auto archiveFault = faultOfArchiveParts(*files, joined)) return {"its joined parts: " + *archiveFault, {}};
     return {std::nullopt, fmt::format("{} part(s), {:.3f}Mb", parts->size(),
-                                      static_cast<double>(*size) / FileSizes::kBytesPerMegabyte)};
+                                      static_cast<double>(size) / FileSizes::kBytesPerMegabyte)};
 }
 
 }  // namespace stowhaven

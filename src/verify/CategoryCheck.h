@@ -14,8 +14,10 @@ class StorageHelperProtocol;
 // The check of one kind of indexed data of a session: its index names the parts KIND-000,
 // KIND-001... in order and nothing else, each of them is stored and none after the last,
 // and the parts joined make an archive the restore would unpack (deciphered where it is
-// enciphered, then listed member by member). The parts are fetched one at a time and
-// appended to one joined copy in the temporary folder, which goes at the end.
+// enciphered, then listed member by member). An engine that keeps its files on the device
+// has them read where they lie; any other's are fetched into the temporary folder, and go
+// at the end. A plain archive is listed as its parts joined through a pipe, nothing of it
+// written; only an enciphered or compressed one is joined into one copy first.
 class CategoryCheck {
 public:
     struct Outcome {

@@ -7,7 +7,7 @@
 namespace stowhaven {
 
 std::string VerifyCommands::appendPart(const std::string& part, const std::string& joined) {
-    return fmt::format("cat {0} >> {1}; rm -f {0}", ShellQuote::quoted(part), ShellQuote::quoted(joined));
+    return fmt::format("cat {} >> {}", ShellQuote::quoted(part), ShellQuote::quoted(joined));
 }
 
 std::string VerifyCommands::checkDeb(const std::string& deb, const std::string& mark) {

@@ -9,8 +9,7 @@ namespace stowhaven {
 // nothing from exit statuses.
 class VerifyCommands {
 public:
-    // Appends PART to JOINED and removes PART: the parts of a kind are joined one at a time
-    // as they arrive, so that only one of them stands beside the joined archive.
+    // Appends PART to JOINED.
     static std::string appendPart(const std::string& part, const std::string& joined);
     // Writes MARK only when DEB is a whole package archive: dpkg-deb reads its control
     // information, then unpacks its whole file tree into nothing, which a file cut short

@@ -300,12 +300,22 @@ void LocalStorageHelper::deleteBackupSession(const std::shared_ptr<BackupSession
     performSuccessSelector();
 }
 
-void LocalStorageHelper::loadFile(const std::string& name, Date date, const std::optional<std::string>& subDirectory) {
-    setErrorMessage(std::nullopt);
+std::string LocalStorageHelper::sessionFilePath(const std::string& name, Date date,
+                                                const std::optional<std::string>& subDirectory) {
     std::string relativePath = StorageLayout::stamp(date);
     if (subDirectory) relativePath = StorageLayout::dataDirectory(relativePath, *subDirectory);
-    relativePath = StorageLayout::dataDirectory(relativePath, name);
-    const std::string source = storagePath() + "/" + relativePath;
+    return storagePath() + "/" + StorageLayout::dataDirectory(relativePath, name);
+}
+
+std::optional<std::string> LocalStorageHelper::storedFilePath(const std::string& name, Date date,
+                                                              const std::optional<std::string>& subDirectory) {
+    std::string path = sessionFilePath(name, date, subDirectory);
+    return FileManager::isRegularFile(path) ? std::optional(std::move(path)) : std::nullopt;
+}
+
+void LocalStorageHelper::loadFile(const std::string& name, Date date, const std::optional<std::string>& subDirectory) {
+    setErrorMessage(std::nullopt);
+    const std::string source = sessionFilePath(name, date, subDirectory);
     if (!FileManager::fileExists(source)) {
         setErrorMessage(fmt::format("<{}> doesn't exist!", source));
         performFailureSelector();

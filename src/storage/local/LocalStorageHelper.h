@@ -13,7 +13,7 @@ namespace stowhaven {
 // back to. There is no device directory: the folder holds <stamp>.stowhvn and <stamp>
 // directly. Each operation is a short run of file calls on the calling thread, without
 // retries; its error is the engine's own and shows no alert.
-class LocalStorageHelper final : public AbstractStorageHelper {
+class LocalStorageHelper final : public AbstractStorageHelper, public StoredFileReading {
 public:
     // Makes the engine, which becomes the one of local storage, dropping any before it.
     static std::shared_ptr<LocalStorageHelper> createLocalStorageHelper();
@@ -41,6 +41,8 @@ public:
     void loadMostRecentBackupSession() override;
     void retrieveRestOfBackupHistory() override;
     void loadFile(const std::string& name, Date date, const std::optional<std::string>& subDirectory) override;
+    std::optional<std::string> storedFilePath(const std::string& name, Date date,
+                                              const std::optional<std::string>& subDirectory) override;
     void createDirectoryDated(Date date) override;
     void createDirectory(const std::string& directory, Date date) override;
     void uploadBackupHistory(const std::string& historyText, Date date) override;
@@ -59,6 +61,9 @@ protected:
 
 private:
     static std::string storagePath();
+    // Where NAME of the session of DATE lies, in SUBDIRECTORY of its folder when given.
+    static std::string sessionFilePath(const std::string& name, Date date,
+                                       const std::optional<std::string>& subDirectory);
     void setErrorMessage(std::optional<std::string> message);
     // Copies a file of the storage folder into the temporary folder under the same
     // relative name; a copy never overwrites. False, with the error set, on failure.

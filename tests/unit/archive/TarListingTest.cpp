@@ -4,6 +4,7 @@
 #include "support/TestFolder.h"
 #include "support/TextLines.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -121,6 +122,44 @@ TEST(TarListingTest, ListsTheNamesTarListsWithTheirTypeLinkTargetAndSizeInEveryF
             EXPECT_EQ(member.linkTarget, expected->second.linkTarget);
             if (expected->second.size) EXPECT_EQ(member.size, *expected->second.size);
         }
+    }
+}
+
+// Parts cut by the real split at an odd size, so that headers and long names straddle them,
+// read as the whole archive reads; parts that end too soon or aren't files are refused.
+TEST(TarListingTest, AnArchiveCutIntoPartsListsAsTheWholeOne) {
+    for (const char* format : kFormats) {
+        SCOPED_TRACE(format);
+        const TarredTree tree(format);
+        const auto whole = TarListing::read(tree.archive());
+        ASSERT_TRUE(whole.has_value());
+        const std::string folder = std::filesystem::path(tree.archive()).parent_path().string();
+        test::runCommand("cd " + ShellQuote::path(folder) + " && split -b 700 -d -a 3 " +
+                         ShellQuote::path(tree.archive()) + " PART-");
+        std::vector<std::string> parts;
+        for (int index = 0;; ++index) {
+            const std::string part = folder + fmt::format("/PART-{:03}", index);
+            if (!std::filesystem::exists(part)) break;
+            parts.push_back(part);
+        }
+        ASSERT_GT(parts.size(), 3u);
+
+        std::string error;
+        const auto joined = TarListing::readJoined(parts, &error);
+        ASSERT_TRUE(joined.has_value()) << error;
+        ASSERT_EQ(namesOf(*joined), namesOf(*whole));
+        for (std::size_t index = 0; index < joined->size(); ++index) {
+            EXPECT_EQ((*joined)[index].size, (*whole)[index].size);
+            EXPECT_EQ((*joined)[index].dataOffset, (*whole)[index].dataOffset);
+        }
+
+        auto cutShort = parts;
+        cutShort.erase(cutShort.begin() + 2);
+        EXPECT_FALSE(TarListing::readJoined(cutShort)) << "a part left out";
+        auto withFolder = parts;
+        withFolder[1] = folder;
+        EXPECT_FALSE(TarListing::readJoined(withFolder, &error)) << "a folder among the parts";
+        EXPECT_NE(error.find("not a plain file"), std::string::npos) << error;
     }
 }
 
