@@ -56,17 +56,17 @@ std::optional<std::size_t> countedByTar(const std::vector<std::string>& parts) {
     return text ? membersInTarOutput(*text) : std::nullopt;
 }
 
-// The listing stands only when tar reads as many members as it holds.
+// The listing stands only when tar read as many members (COUNTED) as it holds.
 std::optional<std::vector<TarListing::Member>> confirmedByTar(std::vector<TarListing::Member> members,
-                                                              const std::vector<std::string>& parts) {
-    const auto counted = countedByTar(parts);
+                                                              std::optional<std::size_t> counted,
+                                                              const std::string& archive) {
     if (!counted) {
-        SH_LOG("tar couldn't list <{}> in full. Nothing is restored from it", parts.front());
+        SH_LOG("tar couldn't list <{}> in full. Nothing is restored from it", archive);
         return std::nullopt;
     }
     if (*counted != members.size()) {
         SH_LOG("tar reads {} member(s) in <{}> where its listing holds {}. Nothing is restored from it", *counted,
-               parts.front(), members.size());
+               archive, members.size());
         return std::nullopt;
     }
     return members;
@@ -87,7 +87,7 @@ std::optional<std::vector<TarListing::Member>> listArchiveMembers(const std::str
         SH_LOG("Couldn't read <{}>: {}. Nothing is restored from it", archive, error);
         return std::nullopt;
     }
-    return confirmedByTar(std::move(*members), {archive});
+    return confirmedByTar(std::move(*members), countedByTar({archive}), archive);
 }
 
 std::optional<std::vector<TarListing::Member>> listJoinedTarMembers(const std::vector<std::string>& parts) {
@@ -96,13 +96,15 @@ std::optional<std::vector<TarListing::Member>> listJoinedTarMembers(const std::v
                parts.empty() ? "" : parts.front());
         return std::nullopt;
     }
+    // tar reads every byte through its pipe first, so that the headers are then read from memory.
+    const auto counted = countedByTar(parts);
     std::string error;
     auto members = TarListing::readJoined(parts, &error);
     if (!members) {
         SH_LOG("Couldn't read the archive of <{}>...: {}. Nothing is restored from it", parts.front(), error);
         return std::nullopt;
     }
-    return confirmedByTar(std::move(*members), parts);
+    return confirmedByTar(std::move(*members), counted, parts.front());
 }
 
 }  // namespace stowhaven
