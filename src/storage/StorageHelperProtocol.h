@@ -131,7 +131,7 @@ public:
 class StoredFileReading {
 public:
     virtual ~StoredFileReading() = default;
-    // The path of a session's stored file, or nothing when no plain file is stored there.
+    // The path of a session's stored file, or nothing when no plain file (not a link) is stored there.
     virtual std::optional<std::string> storedFilePath(const std::string& name, Date date,
                                                       const std::optional<std::string>& subDirectory) = 0;
 };

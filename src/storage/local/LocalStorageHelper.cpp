@@ -310,7 +310,9 @@ std::string LocalStorageHelper::sessionFilePath(const std::string& name, Date da
 std::optional<std::string> LocalStorageHelper::storedFilePath(const std::string& name, Date date,
                                                               const std::optional<std::string>& subDirectory) {
     std::string path = sessionFilePath(name, date, subDirectory);
-    return FileManager::isRegularFile(path) ? std::optional(std::move(path)) : std::nullopt;
+    // Never a link, a pipe or a device, which a reader would follow out of the storage or wait on.
+    const auto attributes = FileManager::attributesOfItem(path);
+    return attributes && attributes->type == FileType::Regular ? std::optional(std::move(path)) : std::nullopt;
 }
 
 void LocalStorageHelper::loadFile(const std::string& name, Date date, const std::optional<std::string>& subDirectory) {

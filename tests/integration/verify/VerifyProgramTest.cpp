@@ -9,6 +9,7 @@
 #include "support/TestFolder.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <nlohmann/json.hpp>
 
@@ -177,6 +178,13 @@ TEST_P(DamagedSessionVerifyTest, NamesTheFaultAndGoesOnWithTheRest) {
 INSTANTIATE_TEST_SUITE_P(
     Damages, DamagedSessionVerifyTest,
     ::testing::Values(Damage{"PartMissing", [](const auto& folders) { fs::remove(folders[0] + "/NOTES/NOTES-000"); },
+                             "", "  Notes data  FAULT: its part <NOTES-000> is missing"},
+                      Damage{"PartIsAPipe",
+                             [](const auto& folders) {
+                                 const std::string part = folders[0] + "/NOTES/NOTES-000";
+                                 fs::remove(part);
+                                 ASSERT_EQ(mkfifo(part.c_str(), 0600), 0);
+                             },
                              "", "  Notes data  FAULT: its part <NOTES-000> is missing"},
                       Damage{"PartCutShort",
                              [](const auto& folders) { cutInHalf(folders[0] + "/CALENDAR/CALENDAR-000"); }, "",
