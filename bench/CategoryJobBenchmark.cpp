@@ -2,10 +2,10 @@
 // folders and eight of 64 MiB), to local storage: the program's backup, verify and restore,
 // each beside a plain shell script that runs the same tools on the same files, round after
 // round in one run, the two sides taking turns to go first. Before each run the disk is
-// synced and the page cache dropped, so that neither side pays for the other's writes or
-// gains from its reads. Targets: the backup and the
-// restore take at most 1.10 times the script's time with a peak memory under 64 MiB; verify
-// at most 1.2 times `cat | tar -t` of the joined parts.
+// synced and the page cache dropped (hence as root), so that neither side pays for the
+// other's writes or gains from its reads. Targets: the backup and the restore take at most
+// 1.10 times the script's time with a peak memory under 64 MiB; verify at most 1.2 times
+// `cat | tar -t` of the joined parts.
 //
 // The peak memory is the kernel's accounting of the program's process as wait4 reports it:
 // the largest of the program's own peak, that of any tool it waited for and the benchmark's
@@ -31,7 +31,6 @@
 #include <fstream>
 #include <functional>
 #include <iostream>
-#include <optional>
 #include <random>
 #include <stdexcept>
 #include <string>
