@@ -4,6 +4,7 @@
 #include "net/FtpPaths.h"
 #include "net/FtpRequest.h"
 #include "net/FtpTransfers.h"
+#include "net/ListListing.h"
 #include "net/MlsdListing.h"
 #include "net/ThreadedTransfer.h"
 #include "platform/Log.h"
@@ -28,6 +29,10 @@ std::size_t appendToListing(char* data, std::size_t size, std::size_t count, voi
     return size * count;
 }
 
+// The replies of a server that doesn't know a command: not understood, bad arguments, not
+// implemented, not implemented for that argument.
+bool isUnknownCommand(long reply) { return reply == 500 || reply == 501 || reply == 502 || reply == 504; }
+
 }  // namespace
 
 struct FtpClient::Connection {
@@ -36,6 +41,8 @@ struct FtpClient::Connection {
     std::shared_ptr<CurlHandle> curl = std::make_shared<CurlHandle>();
     bool connected = false;
     std::string lastError;
+    // Set once the server has said it doesn't know MLSD, so that it lists with LIST.
+    bool listsWithoutMlsd = false;
 
     // Whether the account and PATHS can go to the server; leaves the error when not.
     bool check(std::initializer_list<const std::string*> paths) {
@@ -71,6 +78,37 @@ struct FtpClient::Connection {
         curl->set(CURLOPT_QUOTE, static_cast<curl_slist*>(nullptr));
         curl_slist_free_all(list);
         return sent;
+    }
+
+    // The bytes COMMAND ("MLSD" or "LIST") sends for DIRECTORY, at most kLargestListing.
+    std::optional<std::string> fetchListing(const char* command, const std::string& directory) {
+        FtpRequest::prepare(*curl, account, FtpPaths::url(curl->get(), account, directory, true));
+        std::string data;
+        curl->set(CURLOPT_CUSTOMREQUEST, command);
+        curl->set(CURLOPT_WRITEFUNCTION, &appendToListing);
+        curl->set(CURLOPT_WRITEDATA, &data);
+        if (!perform(std::string(command) + " of " + directory)) return std::nullopt;
+        return data;
+    }
+
+    // The entries PARSE reads in DATA, the listing of DIRECTORY; nothing, leaving the error,
+    // when it refuses the listing.
+    std::optional<std::vector<FtpEntry>> entriesIn(
+        const std::string& data, std::optional<std::vector<FtpEntry>> (*parse)(std::string_view, std::string*),
+        const std::string& directory) {
+        std::string problem;
+        auto entries = parse(data, &problem);
+        if (!entries) {
+            SH_LOG("Listing of {} refused: {}", directory, problem);
+            fail(problem);
+        }
+        return entries;
+    }
+
+    long lastReplyCode() const {
+        long reply = 0;
+        curl_easy_getinfo(curl->get(), CURLINFO_RESPONSE_CODE, &reply);
+        return reply;
     }
 
     // A transfer running JOB on the shared handle, or one that has failed already when the
@@ -155,20 +193,18 @@ bool FtpClient::deleteMatching(const std::string& directory, const std::string& 
 std::optional<std::vector<FtpEntry>> FtpClient::list(const std::string& directory) {
     auto& connection = *connection_;
     if (!connection.check({&directory})) return std::nullopt;
-    auto& curl = *connection.curl;
-    FtpRequest::prepare(curl, connection.account, FtpPaths::url(curl.get(), connection.account, directory, true));
-    std::string data;
-    curl.set(CURLOPT_CUSTOMREQUEST, "MLSD");
-    curl.set(CURLOPT_WRITEFUNCTION, &appendToListing);
-    curl.set(CURLOPT_WRITEDATA, &data);
-    if (!connection.perform("Listing of " + directory)) return std::nullopt;
-    std::string problem;
-    auto entries = MlsdListing::parse(data, &problem);
-    if (!entries) {
-        SH_LOG("Listing of {} refused: {}", directory, problem);
-        connection.fail(problem);
+    if (!connection.listsWithoutMlsd) {
+        if (const auto data = connection.fetchListing("MLSD", directory))
+            return connection.entriesIn(*data, &MlsdListing::parse, directory);
+        const long reply = connection.lastReplyCode();
+        if (!isUnknownCommand(reply)) return std::nullopt;
+        SH_LOG("{} refused MLSD ({}): listing with LIST", connection.account.host, reply);
+        // A 501 may only mean that MLSD didn't take this folder, so MLSD is tried again next time.
+        connection.listsWithoutMlsd = reply != 501;
     }
-    return entries;
+    const auto data = connection.fetchListing("LIST", directory);
+    if (!data) return std::nullopt;
+    return connection.entriesIn(*data, &ListListing::parse, directory);
 }
 
 std::optional<std::int64_t> FtpClient::sizeOf(const std::string& path) {

@@ -54,7 +54,8 @@ public:
     // The files of DIRECTORY whose names match the shell-style PATTERN ("*.stowhvn").
     bool deleteMatching(const std::string& directory, const std::string& pattern);
     bool rename(const std::string& from, const std::string& to);
-    // The entries of a folder, without "." and "..".
+    // The entries of a folder, without "." and "..": by MLSD, or by LIST from a server that
+    // answers MLSD as a command it doesn't know (500, 501, 502, 504).
     std::optional<std::vector<FtpEntry>> list(const std::string& directory);
     std::optional<std::int64_t> sizeOf(const std::string& path);
 

@@ -1,7 +1,7 @@
 #include "net/MlsdListing.h"
 
+#include "net/ListingText.h"
 #include "platform/AsciiCase.h"
-#include "platform/FileNames.h"
 
 #include <charconv>
 
@@ -9,23 +9,10 @@ namespace stowhaven::MlsdListing {
 
 namespace {
 
+using ListingText::nameProblem;
+using ListingText::shown;
+
 enum class EntryKind { File, Directory, SymbolicLink, ThisOrParent };
-
-// NAME as a log or a message may show it: control characters as "?", and not too long.
-std::string shown(std::string_view name) {
-    std::string text(name.substr(0, 80));
-    for (char& c : text) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
-    }
-    return "\"" + text + (name.size() > 80 ? "...\"" : "\"");
-}
-
-std::optional<std::string> nameProblem(std::string_view name) {
-    if (name.empty()) return "an entry without a name";
-    if (name == "." || name == "..") return "an entry named " + shown(name);
-    if (!isOneFileName(name)) return "an entry named " + shown(name) + ", which is not one file name";
-    return std::nullopt;
-}
 
 std::optional<EntryKind> kindOf(std::string_view type) {
     if (equalsIgnoringAsciiCase(type, "file")) return EntryKind::File;
@@ -74,7 +61,7 @@ std::optional<Facts> parseFacts(std::string_view text, std::string& problem) {
 }
 
 // One line without its CRLF; nothing for "." and "..", which the listing leaves out.
-std::optional<std::optional<FtpEntry>> parseLine(std::string_view line, std::string& problem) {
+ListingText::Line parseLine(std::string_view line, std::string& problem) {
     const auto space = line.find(' ');
     if (space == std::string_view::npos || space == 0 || line[space - 1] != ';') {
         problem = "a line " + shown(line) + " that is not facts, \"; \" and a name";
@@ -99,24 +86,7 @@ std::optional<std::optional<FtpEntry>> parseLine(std::string_view line, std::str
 }  // namespace
 
 std::optional<std::vector<FtpEntry>> parse(std::string_view data, std::string* problem) {
-    std::string why;
-    std::vector<FtpEntry> entries;
-    while (!data.empty()) {
-        const auto end = data.find('\n');
-        if (end == std::string_view::npos) {
-            why = "its last line cut short";
-            break;
-        }
-        std::string_view line = data.substr(0, end);
-        if (line.ends_with('\r')) line.remove_suffix(1);
-        const auto entry = parseLine(line, why);
-        if (!entry) break;
-        if (*entry) entries.push_back(std::move(**entry));
-        data.remove_prefix(end + 1);
-    }
-    if (why.empty()) return entries;
-    if (problem != nullptr) *problem = "the server's listing has " + why;
-    return std::nullopt;
+    return ListingText::entries(data, &parseLine, problem);
 }
 
 }  // namespace stowhaven::MlsdListing

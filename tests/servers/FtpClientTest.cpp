@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 
 namespace stowhaven {
@@ -162,6 +163,64 @@ TEST(FtpClientTest, HostileListingsAreRefusedWholeAndNamesStayData) {
     server.setHostileListing("type=dir; deeper\r\n");
     EXPECT_FALSE(client.deleteTree("/"));
     EXPECT_THAT(client.lastError(), HasSubstr("deep"));
+}
+
+// A server that doesn't know MLSD is listed with LIST: its ls-like lines (names with blanks,
+// an arrow in a file's name, a link, an old file shown with its year) give what MLSD would,
+// and a deletion walks them. A DOS listing reads too; a hostile name refuses the listing.
+TEST(FtpClientTest, AServerWithoutMlsdIsListedWithList) {
+    STOWHAVEN_SKIP_WITHOUT_FTP_SERVER();
+    test::FtpServer server({.withoutMlsd = true});
+    const fs::path root = server.folder();
+    fs::create_directories(root / "sub folder" / "deeper");
+    writeFile(root / "sub folder" / "deeper" / "part", "12345");
+    writeFile(root / " two  blanks.stowhvn", "123");
+    writeFile(root / "not -> a link", "");
+    writeFile(root / "old", "1234567");
+    fs::last_write_time(root / "old", fs::file_time_type::clock::now() - std::chrono::hours(24 * 400));
+    fs::create_symlink("sub folder", root / "link");
+    FtpClient client(server.account());
+    ASSERT_TRUE(client.connect()) << client.lastError();
+
+    const auto entries = client.list("/");
+    ASSERT_TRUE(entries) << client.lastError();
+    EXPECT_EQ(entries->size(), 5u);
+    const struct {
+        const char* name;
+        bool isDirectory;
+        bool isSymbolicLink;
+        std::int64_t size;
+    } expected[] = {{"sub folder", true, false, -1},
+                    {" two  blanks.stowhvn", false, false, 3},
+                    {"not -> a link", false, false, 0},
+                    {"old", false, false, 7},
+                    {"link", false, true, 10}};
+    for (const auto& want : expected) {
+        SCOPED_TRACE(want.name);
+        const FtpEntry* entry = entryNamed(*entries, want.name);
+        ASSERT_TRUE(entry);
+        EXPECT_EQ(entry->isDirectory, want.isDirectory);
+        EXPECT_EQ(entry->isSymbolicLink, want.isSymbolicLink);
+        if (want.size >= 0) EXPECT_EQ(entry->size, want.size);
+    }
+    ASSERT_TRUE(client.deleteTree("/sub folder")) << client.lastError();
+    EXPECT_FALSE(fs::exists(root / "sub folder"));
+    ASSERT_TRUE(client.deleteMatching("/", "*.stowhvn")) << client.lastError();
+    EXPECT_FALSE(fs::exists(root / " two  blanks.stowhvn"));
+
+    test::FtpServer hostile({.hostileListing = "11-24-26  10:00AM       <DIR>          Stowhaven\r\n"
+                                               "11-24-26  10:00AM 1234 iPhone.stowhvn\r\n",
+                             .withoutMlsd = true});
+    FtpClient dosClient(hostile.account());
+    ASSERT_TRUE(dosClient.connect()) << dosClient.lastError();
+    const auto dos = dosClient.list("/");
+    ASSERT_TRUE(dos) << dosClient.lastError();
+    ASSERT_EQ(dos->size(), 2u);
+    EXPECT_TRUE(dos->at(0).isDirectory);
+    EXPECT_EQ(dos->at(1).size, 1234);
+    hostile.setHostileListing("-rw-r--r-- 1 o o 9 Nov 24 10:00 ../../x.stowhvn\r\n");
+    EXPECT_FALSE(dosClient.list("/"));
+    EXPECT_THAT(dosClient.lastError(), HasSubstr("not one file name"));
 }
 
 TEST(FtpClientTest, AListingTheServerNeverFinishesFails) {

@@ -36,6 +36,7 @@ FtpServer::FtpServer(const FtpServerOptions& options) {
         arguments.insert(arguments.end(), {"--hostile-listing", listingFile()});
     }
     if (options.cutListing) arguments.emplace_back("--cut-listing");
+    if (options.withoutMlsd) arguments.emplace_back("--no-mlsd");
 
     process_ = std::make_unique<ServerProcess>(arguments);
     const auto portLine = process_->waitForLine("port ");

@@ -16,10 +16,12 @@ namespace stowhaven::test {
 struct FtpServerOptions {
     // Bytes per second each data connection reads: an upload slow enough to act during it.
     std::int64_t readLimit = 0;
-    // When set, every MLSD sends these bytes as the listing, whatever the folder holds.
+    // When set, every MLSD and LIST sends these bytes as the listing, whatever the folder holds.
     std::optional<std::string> hostileListing = std::nullopt;
     // Every MLSD answers "150" and then closes the control connection without "226".
     bool cutListing = false;
+    // MLSD and MLST are commands the server doesn't know, as on older servers: it lists with LIST.
+    bool withoutMlsd = false;
 };
 
 // A real FTP server (pyftpdlib) on 127.0.0.1, on a port the system picks, serving a fresh
@@ -38,7 +40,7 @@ public:
     FtpAccount account() const;
     // The local folder the server serves as its "/".
     const std::filesystem::path& folder() const { return root_.path(); }
-    // Replaces the bytes every MLSD sends, on a server started with a hostile listing.
+    // Replaces the bytes every listing sends, on a server started with a hostile listing.
     void setHostileListing(const std::string& bytes) const;
     // Kills the server now, as a crash would.
     void stop();

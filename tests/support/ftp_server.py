@@ -3,7 +3,7 @@
 
 Prints "port N" once it listens and "STOR /path" when a store begins (both flushed), so
 that a test can wait for either. One user with every right on ROOT. The options make it
-a slow or a hostile server.
+a slow or a hostile server, or one that lists only with LIST.
 """
 
 import argparse
@@ -33,12 +33,23 @@ def handler_class(options):
                 self.close()
                 return None
             if options.hostile_listing is not None:
-                with open(options.hostile_listing, "rb") as listing:
-                    data = listing.read()
-                self.push_dtp_data(BufferedIteratorProducer(iter([data])), isproducer=True, cmd="MLSD")
-                return path
+                return self.send_hostile_listing(path, "MLSD")
             return super().ftp_MLSD(path)
 
+        def ftp_LIST(self, path):
+            if options.hostile_listing is not None:
+                return self.send_hostile_listing(path, "LIST")
+            return super().ftp_LIST(path)
+
+        def send_hostile_listing(self, path, cmd):
+            with open(options.hostile_listing, "rb") as listing:
+                data = listing.read()
+            self.push_dtp_data(BufferedIteratorProducer(iter([data])), isproducer=True, cmd=cmd)
+            return path
+
+    if options.no_mlsd:
+        # As an older server: "500 Command not understood", and no MLST in FEAT.
+        Handler.proto_cmds = {cmd: spec for cmd, spec in Handler.proto_cmds.items() if cmd not in ("MLSD", "MLST")}
     if options.read_limit:
         throttled = type("ThrottledReads", (ThrottledDTPHandler,), {"read_limit": options.read_limit})
         Handler.dtp_handler = throttled
@@ -56,8 +67,9 @@ def main():
     parser.add_argument("--user", required=True)
     parser.add_argument("--password", required=True)
     parser.add_argument("--read-limit", type=int, default=0, help="bytes per second a data channel reads")
-    parser.add_argument("--hostile-listing", help="a file whose bytes every MLSD sends as the listing")
+    parser.add_argument("--hostile-listing", help="a file whose bytes every MLSD and LIST sends")
     parser.add_argument("--cut-listing", action="store_true", help="MLSD closes the connection after 150")
+    parser.add_argument("--no-mlsd", action="store_true", help="MLSD and MLST are unknown commands")
     options = parser.parse_args()
 
     logging.basicConfig(level=logging.ERROR, stream=sys.stderr)
