@@ -12,6 +12,8 @@
 #include "platform/dispatch/NotificationCenter.h"
 #include "storage/StorageLayout.h"
 
+#include <algorithm>
+
 namespace stowhaven {
 
 CloudStorageHelper::CloudStorageHelper(std::unique_ptr<AbstractStorageWrapper> wrapper, StorageType type)
@@ -35,13 +37,18 @@ bool CloudStorageHelper::failWith(const std::string& message) {
 
 bool CloudStorageHelper::canStart(const std::optional<std::string>& problem, bool accountLinked,
                                   const std::string& serviceName) {
+    return canReachService(problem) && (accountLinked || failWithNoAccountLinked(serviceName));
+}
+
+bool CloudStorageHelper::canReachService(const std::optional<std::string>& problem) {
     if (problem) return failWith(*problem);
     if (!Platform::current().reachability().isConnectedToNetwork()) return failWith("No network!");
-    if (!accountLinked) {
-        SH_LOG("User may not be signed in!");
-        return failWith("No " + serviceName + " account is linked");
-    }
     return true;
+}
+
+bool CloudStorageHelper::failWithNoAccountLinked(const std::string& serviceName) {
+    SH_LOG("User may not be signed in!");
+    return failWith("No " + serviceName + " account is linked");
 }
 
 void CloudStorageHelper::fallBackToLocalStorage() {
@@ -105,6 +112,19 @@ std::optional<Date> CloudStorageHelper::dateOfSessionToDelete(const std::shared_
         return std::nullopt;
     }
     return session->sessionDate();
+}
+
+bool CloudStorageHelper::canRenameDeviceFolderTo(const std::string& to) {
+    if (isOneFileName(to)) return true;
+    failWith("<" + to + "> names no device folder");
+    performFailureSelector();
+    return false;
+}
+
+void CloudStorageHelper::listDeviceFolderRenamed(const std::string& from, const std::string& to) {
+    std::vector<std::string> devices = availableDeviceBackups();
+    std::replace(devices.begin(), devices.end(), from, to);
+    setAvailableDeviceBackups(std::move(devices));
 }
 
 void CloudStorageHelper::fetchNewestHistoryFile() {

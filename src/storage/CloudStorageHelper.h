@@ -43,6 +43,10 @@ protected:
     // The opening of every start: the service usable (no PROBLEM), a network, a linked
     // account; false with the error that tells which is missing.
     bool canStart(const std::optional<std::string>& problem, bool accountLinked, const std::string& serviceName);
+    // The first two of them, for a service whose account is proved otherwise.
+    bool canReachService(const std::optional<std::string>& problem);
+    // Leaves the error that no account of SERVICENAME is linked; false.
+    bool failWithNoAccountLinked(const std::string& serviceName);
     void fallBackToLocalStorage();
     // The notifications that tell the screens how a login ended, and the error when the
     // service refused it without a word.
@@ -67,6 +71,11 @@ protected:
     // The date of the session to delete; none, with the error and the failure hook run,
     // without one.
     std::optional<Date> dateOfSessionToDelete(const std::shared_ptr<BackupSession>& session);
+    // Whether TO, a name the user gives a device folder, is one clean name; false with the
+    // error and the failure hook run.
+    bool canRenameDeviceFolderTo(const std::string& to);
+    // The device folder FROM is listed as TO once the service renamed it.
+    void listDeviceFolderRenamed(const std::string& from, const std::string& to);
     // Fetches the newest of the history files listed into the temporary folder; nothing
     // without one.
     void fetchNewestHistoryFile();

@@ -1,7 +1,8 @@
 // The SugarSync engine on the SugarSync emulator: the storage contract, then what is
 // SugarSync's own: a token bought with the user's credentials and bought again before it
 // ends or once refused, the retry rule and its marker, an upload cut short, hostile and
-// broken replies, the device folder of an older version, a restore's walk, and the login.
+// broken replies, the device folder of an older version, a restore's walk and its files taken
+// from the session of their date, and the login.
 
 #include "servers/CloudEngineTest.h"
 
@@ -196,6 +197,27 @@ TEST_F(SugarSyncEngineTest, ARestoreFetchesTheSessionsFilesByTheReferencesOfOneW
         const auto part = request([&] { engine_->loadFile(kind + "-001", date, kind); });
         ASSERT_TRUE(part.succeeded) << error();
         EXPECT_EQ(FileManager::contentsOfFile(std::get<std::string>(part.object)), "the " + kind);
+    }
+}
+
+// Every session holds files of the same names: once one session's items were read, a file of
+// another date still comes from its own session.
+TEST_F(SugarSyncEngineTest, AFileComesFromTheSessionOfItsDateAfterAnotherSessionWasRead) {
+    ASSERT_FALSE(start()->hasError()) << error();
+    const Date dates[] = {Date(800000000), Date(810000000)};
+    for (const Date date : dates) {
+        ASSERT_TRUE(succeeds([&] { engine_->createDirectoryDated(date); })) << error();
+        const std::string index = temporaryFile("NOTES.idx", StorageLayout::stamp(date));
+        ASSERT_TRUE(succeeds([&] { engine_->uploadFile(index, date, std::nullopt); })) << error();
+        FileManager::removeItem(index);
+        ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("the history", date); })) << error();
+    }
+
+    start();
+    for (const Date date : dates) {
+        const auto index = request([&] { engine_->loadFile("NOTES.idx", date, std::nullopt); });
+        ASSERT_TRUE(index.succeeded) << error();
+        EXPECT_EQ(FileManager::contentsOfFile(std::get<std::string>(index.object)), StorageLayout::stamp(date));
     }
 }
 

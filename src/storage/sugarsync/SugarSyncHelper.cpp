@@ -1,10 +1,8 @@
 #include "storage/sugarsync/SugarSyncHelper.h"
 
 #include "core/Supervisor.h"
-#include "platform/FileNames.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
-#include "platform/TemporaryDirectory.h"
 #include "platform/dispatch/NotificationCenter.h"
 #include "storage/StorageEngines.h"
 #include "storage/StorageLayout.h"
@@ -27,42 +25,13 @@ std::shared_ptr<SugarSyncHelper> SugarSyncHelper::createSugarSyncHelper() {
 
 void SugarSyncHelper::unlink() { SugarSyncWrapper::unlink(); }
 
-SugarSyncHelper::SugarSyncHelper() : AbstractStorageHelper(std::make_unique<SugarSyncWrapper>()) {}
+SugarSyncHelper::SugarSyncHelper() : CloudStorageHelper(std::make_unique<SugarSyncWrapper>(), StorageType::SugarSync) {}
 
 SugarSyncWrapper& SugarSyncHelper::sugarSync() const { return static_cast<SugarSyncWrapper&>(*wrapper()); }
 
-void SugarSyncHelper::beginRequest() { sugarSync().setErrorMessage(std::nullopt); }
-
-void SugarSyncHelper::finish(bool succeeded, const HookObject& object) {
-    if (succeeded) {
-        performSuccessSelector(object);
-    } else {
-        performFailureSelector();
-    }
-}
-
-bool SugarSyncHelper::failWith(const std::string& message) {
-    SH_LOG("{}", message);
-    sugarSync().setErrorMessage(message);
-    return false;
-}
-
-void SugarSyncHelper::fallBackToLocalStorage() {
-    SH_LOG("errorMessage:{}", errorMessage().value_or("(null)"));
-    Supervisor& supervisor = Supervisor::shared();
-    if (supervisor.isStorageSugarSync()) supervisor.setStorageToLocal();
-}
-
 std::optional<std::string> SugarSyncHelper::logIn(const std::string& user, const std::string& password, bool storing) {
     beginRequest();
-    if (const auto problem = sugarSync().client().service().problem()) {
-        failWith(*problem);
-        return problem;
-    }
-    if (!Platform::current().reachability().isConnectedToNetwork()) {
-        failWith("No network!");
-        return errorMessage();
-    }
+    if (!canReachService(sugarSync().client().service().problem())) return errorMessage();
     if (!sugarSync().logIn(user, password, storing) || !loadListings()) {
         NotificationCenter::defaultCenter().post("SUGARSYNC_LOGIN_FAIL");
         return errorMessage().value_or("SugarSync refused the login");
@@ -70,14 +39,11 @@ std::optional<std::string> SugarSyncHelper::logIn(const std::string& user, const
     return std::nullopt;
 }
 
-void SugarSyncHelper::connect() {
+// The account is proved by the login itself, so the stored credentials are looked for first.
+bool SugarSyncHelper::start() {
     const auto credentials = SugarSyncWrapper::storedCredentials();
-    if (!credentials) {
-        failWith("No SugarSync account is linked");
-        return fallBackToLocalStorage();
-    }
-    if (logIn(credentials->first, credentials->second, true)) return fallBackToLocalStorage();
-    Supervisor::shared().setStorageToSugarSync();
+    if (!credentials) return failWithNoAccountLinked("SugarSync");
+    return !logIn(credentials->first, credentials->second, true);
 }
 
 void SugarSyncHelper::disconnect() {
@@ -99,12 +65,13 @@ void SugarSyncHelper::resetAll() { unlink(); }
 void SugarSyncHelper::flushCache() {
     setAvailableDeviceBackups({});
     clearExistingFiles();
+    forgetPreloadedEntries();
     std::lock_guard lock(mutex_);
     internalAvailableDeviceBackups_.reset();
     internalExistingFiles_.reset();
-    preloadedEntries_.clear();
-    preloadedStamp_.reset();
 }
+
+void SugarSyncHelper::retrieveRestOfBackupHistory() { AbstractStorageHelper::retrieveRestOfBackupHistory(); }
 
 double SugarSyncHelper::freeSpace() { return sugarSync().freeSpace(); }
 
@@ -199,12 +166,7 @@ void SugarSyncHelper::loadMostRecentBackupSession() {
         listed = internalAvailableDeviceBackups_ && internalExistingFiles_;
     }
     if (!listed && sugarSync().isLoggedIn() && !loadListings()) return;
-    const std::vector<std::string> files = existingFiles();
-    if (files.empty()) {
-        SH_LOG("No existing data files!");
-        return;
-    }
-    if (fetchHistoryFile(files.back())) SH_LOG("Latest backup data in <{}>", files.back());
+    fetchNewestHistoryFile();
 }
 
 bool SugarSyncHelper::fetchHistoryFile(const std::string& name) {
@@ -214,12 +176,8 @@ bool SugarSyncHelper::fetchHistoryFile(const std::string& name) {
 }
 
 std::optional<std::string> SugarSyncHelper::fetch(const std::string& fileData, const std::string& name) {
-    if (!isOneFileName(name)) {
-        failWith("<" + name + "> names no file");
-        return std::nullopt;
-    }
-    const std::string path = TemporaryDirectory::path() + "/" + name;
-    if (!sugarSync().downloadFileData(fileData, path)) return std::nullopt;
+    const auto path = temporaryPathOf(name);
+    if (!path || !sugarSync().downloadFileData(fileData, *path)) return std::nullopt;
     return path;
 }
 
@@ -250,6 +208,12 @@ void SugarSyncHelper::addEntry(SugarSyncEntry entry) {
     std::lock_guard lock(mutex_);
     if (!internalExistingFiles_) internalExistingFiles_.emplace();
     internalExistingFiles_->push_back(std::move(entry));
+}
+
+void SugarSyncHelper::forgetPreloadedEntries() {
+    forgetPrefetchedSession();
+    std::lock_guard lock(mutex_);
+    preloadedEntries_.clear();
 }
 
 }  // namespace stowhaven

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "storage/AbstractStorageHelper.h"
+#include "storage/CloudStorageHelper.h"
 #include "storage/StorageHelperProtocol.h"
 #include "storage/sugarsync/SugarSyncReplies.h"
 
@@ -21,10 +21,7 @@ class SugarSyncWrapper;
 // Names are compared decoded. When SugarSync is current it logs in at once with the stored
 // credentials; without them, or when SugarSync can't be reached, it leaves its error and
 // gives way to local storage for this run.
-class SugarSyncHelper final : public AbstractStorageHelper,
-                              public ConnectionOrientedStorageHelperProtocol,
-                              public DefaultBackupDetailsLoading,
-                              public FileRefPreloading {
+class SugarSyncHelper final : public CloudStorageHelper, public DefaultBackupDetailsLoading {
 public:
     // Makes the engine, which becomes the one of SugarSync, dropping any before it; it logs
     // in at once when a login is stored and the network is there.
@@ -34,9 +31,6 @@ public:
 
     SugarSyncHelper();
 
-    // Logs in with the stored credentials and reads the listings; SugarSync becomes current.
-    // Without success it gives way.
-    void connect() override;
     // Ends the session and forgets the stored credentials; the storage type stays.
     void disconnect() override;
     bool isLoggedIn() override;
@@ -46,7 +40,10 @@ public:
     // are kept once it all worked. Nothing on success, otherwise the service's words.
     std::optional<std::string> logIn(const std::string& user, const std::string& password, bool storing);
 
+    // Forgets the listings; unlike a start, it sends nothing.
     void flushCache() override;
+    // Every call walks the history files again; without any it posts nothing.
+    void retrieveRestOfBackupHistory() override;
     void resetAll() override;
     void loadAvailableDeviceBackups() override;
     void loadDefaultBackupDetails() override;
@@ -66,23 +63,18 @@ public:
     double freeSpace() override;
     void refreshFreeSpace() override;
     std::int32_t fileSizeUploadLimit() override { return 500; }
-    // Transfers show their own banner.
-    void showProgressOnView() override {}
-    void hideProgress() override {}
 
 protected:
     bool fetchHistoryFile(const std::string& name) override;
+    // Logs in with the stored credentials and reads the listings.
+    bool start() override;
 
 private:
     SugarSyncWrapper& sugarSync() const;
-    void fallBackToLocalStorage();
     // The product's folder and its device folders, then this device's folder.
     bool loadListings();
     bool listDeviceFolders();
     bool listDeviceFolder();
-    void beginRequest();
-    void finish(bool succeeded, const HookObject& object = {});
-    bool failWith(const std::string& message);
 
     // The newest folder of this device's entries with that name.
     std::optional<std::string> findFolderRefForName(const std::string& name);
@@ -98,15 +90,15 @@ private:
     // The content fetched into the temporary folder under NAME, which must be one clean name.
     std::optional<std::string> fetch(const std::string& fileData, const std::string& name);
     void addEntry(SugarSyncEntry entry);
+    void forgetPreloadedEntries();
 
     mutable std::mutex mutex_;
     std::optional<std::string> rootFolderRef_;
     std::optional<std::string> mainFolderRef_;
     std::optional<std::vector<SugarSyncEntry>> internalAvailableDeviceBackups_;
     std::optional<std::vector<SugarSyncEntry>> internalExistingFiles_;
-    // The items of the session folder preloaded last, and its stamp.
+    // The items of the session folder preloaded last; its stamp is the prefetched session's.
     std::vector<SugarSyncEntry> preloadedEntries_;
-    std::optional<std::string> preloadedStamp_;
 };
 
 }  // namespace stowhaven

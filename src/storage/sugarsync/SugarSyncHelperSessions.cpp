@@ -1,12 +1,7 @@
 // The SugarSync engine's work on sessions: folders and file entries made in this device's
 // folder by reference, and files found by name among the listed entries.
 
-#include "core/BackupSession.h"
-#include "platform/FileManager.h"
-#include "platform/FileModes.h"
-#include "platform/FileNames.h"
 #include "platform/Log.h"
-#include "platform/TemporaryDirectory.h"
 #include "storage/StorageLayout.h"
 #include "storage/sugarsync/SugarSyncHelper.h"
 #include "storage/sugarsync/SugarSyncWrapper.h"
@@ -34,7 +29,6 @@ std::optional<std::string> SugarSyncHelper::store(const std::string& localPath, 
 
 void SugarSyncHelper::uploadBackupHistory(const std::string& historyText, Date date) {
     beginRequest();
-    SH_LOG("Backup data size: {:.2f}Kb", static_cast<double>(historyText.size()) / 1024);
     const std::string name = StorageLayout::historyFileName(date);
     std::optional<std::string> main;
     {
@@ -50,17 +44,11 @@ void SugarSyncHelper::uploadBackupHistory(const std::string& historyText, Date d
         failWith("A session of that date is stored already: <" + name + ">");
         return performFailureSelector();
     }
-    const std::string path = TemporaryDirectory::path() + "/" + name;
-    std::string error;
-    bool succeeded = FileManager::writeFile(path, historyText, &error, FileModes::kPrivateFile);
-    if (!succeeded) failWith(error);
-    const auto fileRef = succeeded ? store(path, name, *main) : std::nullopt;
-    FileManager::removeItem(path);
-    if (fileRef) {
-        addEntry(SugarSyncEntry{false, name, name, *fileRef, ""});
-        addExistingFile(name);
-    }
-    finish(fileRef.has_value());
+    finish(storeHistoryFile(historyText, date, [&](const std::string& path) {
+        const auto fileRef = store(path, name, *main);
+        if (fileRef) addEntry(SugarSyncEntry{false, name, name, *fileRef, ""});
+        return fileRef.has_value();
+    }));
 }
 
 void SugarSyncHelper::uploadFile(const std::string& path, Date date, const std::optional<std::string>& directory) {
@@ -105,11 +93,8 @@ void SugarSyncHelper::createDirectory(const std::string& directory, Date date) {
 // and its items with those of its folders.
 void SugarSyncHelper::preloadFileRefUsingDate(Date date) {
     const std::string stamp = StorageLayout::stamp(date);
-    {
-        std::lock_guard lock(mutex_);
-        preloadedStamp_ = stamp;
-        preloadedEntries_.clear();
-    }
+    forgetPreloadedEntries();
+    notePrefetchedSession(stamp);
     auto session = findFolderRefForName(stamp);
     if (!session && listDeviceFolder()) session = findFolderRefForName(stamp);
     if (!session) {
@@ -129,37 +114,24 @@ void SugarSyncHelper::preloadFileRefUsingDate(Date date) {
     preloadedEntries_ = std::move(preloaded);
 }
 
-// Only the name counts, looked up among the items of the session of that date.
+// Only the name counts, looked up once the items of the session of that date are preloaded:
+// another session's items bear the same names.
 void SugarSyncHelper::loadFile(const std::string& name, Date date, const std::optional<std::string>&) {
-    beginRequest();
     const std::string fileName = std::filesystem::path(name).filename().string();
-    bool preloaded = false;
-    {
-        std::lock_guard lock(mutex_);
-        preloaded = preloadedStamp_ == StorageLayout::stamp(date);
-    }
-    if (!preloaded) preloadFileRefUsingDate(date);
-    const auto fileData = findFileRefForName(fileName, true);
-    if (!fileData) {
-        failWith("Couldn't find backup data FILE with name <" + fileName + ">");
-        return performFailureSelector();
-    }
-    beginRequest();
-    const auto path = fetch(*fileData, fileName);
-    if (!path) return performFailureSelector();
-    // The hooks stay for the next file of the same request.
-    callSuccessSelectorKeepingIt(*path);
+    const std::string stamp = StorageLayout::stamp(date);
+    loadSessionFile(
+        fileName, date,
+        [&] { return isPrefetchedSession(stamp) ? findFileRefForName(fileName, true) : std::nullopt; },
+        [&](const std::string& fileData) { return fetch(fileData, fileName); });
 }
 
 // The history file goes first: a session folder left behind by a failure is no session.
 void SugarSyncHelper::deleteBackupSession(const std::shared_ptr<BackupSession>& session) {
     beginRequest();
-    if (!session || !session->sessionDate()) {
-        failWith("No session to delete");
-        return performFailureSelector();
-    }
-    const std::string stamp = StorageLayout::stamp(*session->sessionDate());
-    const std::string name = StorageLayout::historyFileName(*session->sessionDate());
+    const auto date = dateOfSessionToDelete(session);
+    if (!date) return;
+    const std::string stamp = StorageLayout::stamp(*date);
+    const std::string name = StorageLayout::historyFileName(*date);
     const auto fileRef = findFileRefForName(name, false);
     if (!fileRef) {
         failWith("Couldn't find backup data FILE with name <" + name + ">");
@@ -174,11 +146,8 @@ void SugarSyncHelper::deleteBackupSession(const std::shared_ptr<BackupSession>& 
             std::erase_if(*internalExistingFiles_,
                           [&](const SugarSyncEntry& entry) { return entry.name == stamp || entry.name == name; });
         }
-        if (preloadedStamp_ == stamp) {
-            preloadedStamp_.reset();
-            preloadedEntries_.clear();
-        }
     }
+    if (isPrefetchedSession(stamp)) forgetPreloadedEntries();
     beginRequest();
     performSuccessSelector();
 }
@@ -195,10 +164,7 @@ void SugarSyncHelper::deleteBackupForDeviceId(const std::string& deviceName) {
 
 void SugarSyncHelper::moveFromPath(const std::string& from, const std::string& to) {
     beginRequest();
-    if (!isOneFileName(to)) {
-        failWith("<" + to + "> names no device folder");
-        return performFailureSelector();
-    }
+    if (!canRenameDeviceFolderTo(to)) return;
     const auto ref = deviceRef(from);
     if (!ref) {
         failWith("Couldn't find data for <" + from + ">");
@@ -213,9 +179,7 @@ void SugarSyncHelper::moveFromPath(const std::string& from, const std::string& t
             }
         }
     }
-    std::vector<std::string> devices = availableDeviceBackups();
-    std::replace(devices.begin(), devices.end(), from, to);
-    setAvailableDeviceBackups(std::move(devices));
+    listDeviceFolderRenamed(from, to);
     performSuccessSelector();
 }
 
