@@ -30,6 +30,7 @@ int main(int argc, char** argv) {
         writeGDriveSeeds(folder);
         writeOneDriveSeeds(folder);
         writeSugarSyncSeeds(folder);
+        writeFtpListSeeds(folder);
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "%s: %s\n", argv[0], failure.what());
         return 1;

@@ -47,5 +47,6 @@ void writeBoxSeeds(const std::filesystem::path& folder);
 void writeGDriveSeeds(const std::filesystem::path& folder);
 void writeOneDriveSeeds(const std::filesystem::path& folder);
 void writeSugarSyncSeeds(const std::filesystem::path& folder);
+void writeFtpListSeeds(const std::filesystem::path& folder);
 
 }  // namespace stowhaven::fuzz

@@ -2,13 +2,13 @@
 // storage on the device's folder, FTP and WebDAV on real servers here, the cloud engines on
 // their emulators from their own test files (StorageEngineContract.h).
 
+#include "servers/FtpEngineUnderTest.h"
 #include "servers/StorageEngineContract.h"
 
 #include "core/BackupSession.h"
 #include "platform/FileManager.h"
 #include "platform/TemporaryDirectory.h"
 #include "storage/StorageLayout.h"
-#include "storage/ftp/FTPHelper.h"
 #include "storage/local/LocalStorageHelper.h"
 #include "storage/owncloud/OwnCloudHelper.h"
 #include "support/FtpServer.h"
@@ -32,20 +32,6 @@ public:
         LocalStorageHelper::settleStoragePath();
         return LocalStorageHelper::createLocalStorageHelper();
     }
-};
-
-class FtpEngine final : public EngineUnderTest {
-public:
-    explicit FtpEngine(test::SupervisorScope& scope) {
-        const FtpAccount account = server_.account();
-        ServerCredentials{account.host, std::to_string(account.port), account.login, account.password, ""}
-            .storeAsCurrent(kFTPSettings);
-        scope.supervisor().setStorageToFTP();
-    }
-    std::shared_ptr<StorageHelperProtocol> start() override { return FTPHelper::createFTPHelper(); }
-
-private:
-    test::FtpServer server_;
 };
 
 class OwnCloudEngine final : public EngineUnderTest {
@@ -143,7 +129,7 @@ INSTANTIATE_TEST_SUITE_P(
     Engines, StorageEngineContractTest,
     ::testing::Values(
         EngineKind{"Local", [](test::SupervisorScope& scope) { return std::make_unique<LocalEngine>(scope); }},
-        EngineKind{"Ftp", [](test::SupervisorScope& scope) { return std::make_unique<FtpEngine>(scope); },
+        EngineKind{"Ftp", [](test::SupervisorScope& scope) { return std::make_unique<FtpEngineUnderTest>(scope); },
                    test::FtpServer::isAvailable},
         EngineKind{"OwnCloud", [](test::SupervisorScope& scope) { return std::make_unique<OwnCloudEngine>(scope); },
                    test::WebDavServer::isAvailable},
