@@ -141,12 +141,12 @@ void CloudStorageHelper::loadSessionFile(
     const std::string& fileName, Date date, const std::function<std::optional<std::string>()>& findId,
     const std::function<std::optional<std::string>(const std::string& id)>& fetchById) {
     beginRequest();
-    auto id = findId();
-    if (!id && !isPrefetchedSession(StorageLayout::stamp(date))) {
+    // Every session holds files of the same names: the lookup runs on the ids of DATE's session.
+    if (!isPrefetchedSession(StorageLayout::stamp(date))) {
         preloadFileRefUsingDate(date);
         beginRequest();
-        id = findId();
     }
+    const auto id = findId();
     if (!id) {
         failWith("Couldn't find backup data FILE with name <" + fileName + ">");
         return performFailureSelector();

@@ -81,8 +81,9 @@ protected:
     void fetchNewestHistoryFile();
     // For a service that addresses files by id: fetches the session's file FILENAME into the
     // temporary folder by FETCHBYID, with the id that FINDID gives, and hands it to the success
-    // hook, which stays for the next file of the same request. On a miss the session's ids are
-    // read first (preloadFileRefUsingDate), once for each session.
+    // hook, which stays for the next file of the same request. FINDID runs once the ids of the
+    // session of DATE are read (preloadFileRefUsingDate), which they are first when another
+    // session's were read last.
     void loadSessionFile(const std::string& fileName, Date date,
                          const std::function<std::optional<std::string>()>& findId,
                          const std::function<std::optional<std::string>(const std::string& id)>& fetchById);

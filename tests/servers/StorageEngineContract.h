@@ -69,7 +69,7 @@ protected:
     void storeSession(Date date, const std::string& history) {
         ASSERT_TRUE(succeeds([&] { engine_->createDirectoryDated(date); }));
         ASSERT_TRUE(succeeds([&] { engine_->createDirectory("NOTES", date); }));
-        const std::string part = temporaryFile("NOTES-001", "the notes, archived");
+        const std::string part = temporaryFile("NOTES-001", "the notes of " + history);
         ASSERT_TRUE(succeeds([&] { engine_->uploadFile(part, date, std::string("NOTES")); }));
         const std::string index = temporaryFile("NOTES.idx", "NOTES-001\n");
         ASSERT_TRUE(succeeds([&] { engine_->uploadFile(index, date, std::nullopt); }));

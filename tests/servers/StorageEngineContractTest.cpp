@@ -60,7 +60,20 @@ TEST_P(StorageEngineContractTest, AStoredSessionComesBackWholeAtTheNextStart) {
     const auto index = test::request(*engine_, [&] { engine_->loadFile("NOTES.idx", date, std::nullopt); });
     EXPECT_EQ(fetched(index), "NOTES-001\n");
     const auto part = test::request(*engine_, [&] { engine_->loadFile("NOTES-001", date, std::string("NOTES")); });
-    EXPECT_EQ(fetched(part), "the notes, archived");
+    EXPECT_EQ(fetched(part), "the notes of the history");
+}
+
+// Every session holds files of the same names: a request answers with its own session's,
+// whichever session was read before it.
+TEST_P(StorageEngineContractTest, EachSessionsFileComesFromThatSessionWhicheverWasReadBefore) {
+    const std::pair<Date, std::string> sessions[] = {{Date(800000000), "first"}, {Date(810000000), "second"}};
+    for (const auto& [date, history] : sessions) storeSession(date, history);
+    restart();
+    for (const auto& [date, history] : {sessions[0], sessions[1], sessions[0]}) {
+        const auto part = test::request(*engine_, [&] { engine_->loadFile("NOTES-001", date, std::string("NOTES")); });
+        EXPECT_EQ(fetched(part), "the notes of " + history);
+        if (const auto* path = std::get_if<std::string>(&part.object)) FileManager::removeItem(*path);
+    }
 }
 
 TEST_P(StorageEngineContractTest, SessionsListOldestFirstSoThatTheLastIsTheNewest) {

@@ -114,14 +114,11 @@ void SugarSyncHelper::preloadFileRefUsingDate(Date date) {
     preloadedEntries_ = std::move(preloaded);
 }
 
-// Only the name counts, looked up once the items of the session of that date are preloaded:
-// another session's items bear the same names.
+// Only the name counts, among the items of the session of that date.
 void SugarSyncHelper::loadFile(const std::string& name, Date date, const std::optional<std::string>&) {
     const std::string fileName = std::filesystem::path(name).filename().string();
-    const std::string stamp = StorageLayout::stamp(date);
     loadSessionFile(
-        fileName, date,
-        [&] { return isPrefetchedSession(stamp) ? findFileRefForName(fileName, true) : std::nullopt; },
+        fileName, date, [&] { return findFileRefForName(fileName, true); },
         [&](const std::string& fileData) { return fetch(fileData, fileName); });
 }
 
