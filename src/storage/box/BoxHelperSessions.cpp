@@ -7,7 +7,6 @@
 #include "storage/box/BoxHelper.h"
 #include "storage/box/BoxWrapper.h"
 
-#include <algorithm>
 #include <filesystem>
 
 namespace stowhaven {
@@ -115,19 +114,14 @@ void BoxHelper::deleteBackupForDeviceId(const std::string& deviceName) {
 
 void BoxHelper::moveFromPath(const std::string& from, const std::string& to) {
     beginRequest();
-    if (!isOneFileName(to)) {
-        failWith("<" + to + "> names no device folder");
-        return performFailureSelector();
-    }
+    if (!canRenameDeviceFolderTo(to)) return;
     const auto id = isOneFileName(from) ? box().folderIdForDevice(from) : std::nullopt;
     if (!id) {
         if (!hasError()) failWith("Couldn't find data for <" + from + ">");
         return performFailureSelector();
     }
     if (!box().rename(*id, to)) return performFailureSelector();
-    std::vector<std::string> devices = availableDeviceBackups();
-    std::replace(devices.begin(), devices.end(), from, to);
-    setAvailableDeviceBackups(std::move(devices));
+    listDeviceFolderRenamed(from, to);
     performSuccessSelector();
 }
 

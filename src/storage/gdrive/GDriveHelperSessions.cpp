@@ -76,10 +76,7 @@ void GDriveHelper::deleteBackupForDeviceId(const std::string& deviceName) {
 
 void GDriveHelper::moveFromPath(const std::string& from, const std::string& to) {
     beginRequest();
-    if (!isOneFileName(to)) {
-        failWith("<" + to + "> names no device folder");
-        return performFailureSelector();
-    }
+    if (!canRenameDeviceFolderTo(to)) return;
     const bool moved = drive().loadAvailableDeviceBackups() && drive().moveDeviceBackup(from, to);
     if (moved) {
         if (const auto devices = drive().loadAvailableDeviceBackups()) setAvailableDeviceBackups(*devices);

@@ -127,10 +127,7 @@ void SkyDriveHelper::deleteBackupForDeviceId(const std::string& deviceName) {
 
 void SkyDriveHelper::moveFromPath(const std::string& from, const std::string& to) {
     beginRequest();
-    if (!isOneFileName(to)) {
-        failWith("<" + to + "> names no device folder");
-        return performFailureSelector();
-    }
+    if (!canRenameDeviceFolderTo(to)) return;
     const auto folder = deviceFolderNamed(from);
     if (!folder) return performFailureSelector();
     if (internalAvailableDeviceBackups_.named(to, *folder->parentId)) {
@@ -141,9 +138,7 @@ void SkyDriveHelper::moveFromPath(const std::string& from, const std::string& to
     SkyDriveEntry renamed = *folder;
     renamed.name = to;
     internalAvailableDeviceBackups_.add(renamed);
-    std::vector<std::string> devices = availableDeviceBackups();
-    std::replace(devices.begin(), devices.end(), from, to);
-    setAvailableDeviceBackups(std::move(devices));
+    listDeviceFolderRenamed(from, to);
     performSuccessSelector();
 }
 
