@@ -1,13 +1,14 @@
 // The SugarSync engine on the SugarSync emulator: the storage contract, then what is
 // SugarSync's own: a token bought with the user's credentials and bought again before it
 // ends or once refused, the retry rule and its marker, an upload cut short, hostile and
-// broken replies, the device folder of an older version, a restore's walk and its files taken
-// from the session of their date, and the login.
+// broken replies, the device folder of an older version, a restore's walk, the history walk's
+// end, and the login.
 
 #include "servers/CloudEngineTest.h"
 
 #include "platform/FileManager.h"
 #include "platform/TemporaryDirectory.h"
+#include "platform/dispatch/NotificationCenter.h"
 #include "storage/StorageLayout.h"
 #include "storage/sugarsync/SugarSyncHelper.h"
 #include "storage/sugarsync/SugarSyncKeys.h"
@@ -202,23 +203,16 @@ TEST_F(SugarSyncEngineTest, ARestoreFetchesTheSessionsFilesByTheReferencesOfOneW
 
 // Every session holds files of the same names: once one session's items were read, a file of
 // another date still comes from its own session.
-TEST_F(SugarSyncEngineTest, AFileComesFromTheSessionOfItsDateAfterAnotherSessionWasRead) {
+// The screens wait for the walk's end, which SugarSync tells even when there was nothing to walk.
+TEST_F(SugarSyncEngineTest, TheHistoryWalkTellsItsEndEvenWithNoHistory) {
     ASSERT_FALSE(start()->hasError()) << error();
-    const Date dates[] = {Date(800000000), Date(810000000)};
-    for (const Date date : dates) {
-        ASSERT_TRUE(succeeds([&] { engine_->createDirectoryDated(date); })) << error();
-        const std::string index = temporaryFile("NOTES.idx", StorageLayout::stamp(date));
-        ASSERT_TRUE(succeeds([&] { engine_->uploadFile(index, date, std::nullopt); })) << error();
-        FileManager::removeItem(index);
-        ASSERT_TRUE(succeeds([&] { engine_->uploadBackupHistory("the history", date); })) << error();
-    }
-
-    start();
-    for (const Date date : dates) {
-        const auto index = request([&] { engine_->loadFile("NOTES.idx", date, std::nullopt); });
-        ASSERT_TRUE(index.succeeded) << error();
-        EXPECT_EQ(FileManager::contentsOfFile(std::get<std::string>(index.object)), StorageLayout::stamp(date));
-    }
+    ASSERT_TRUE(engine_->existingFiles().empty());
+    int ends = 0;
+    const auto observer = NotificationCenter::defaultCenter().addObserver("BACKUP_HISTORY_LOADED", nullptr,
+                                                                          [&](const Notification&) { ++ends; });
+    engine_->retrieveRestOfBackupHistory();
+    NotificationCenter::defaultCenter().removeObserver(observer);
+    EXPECT_EQ(ends, 1);
 }
 
 TEST_F(SugarSyncEngineTest, TheLoginStoresNothingUntilTheCredentialsAreProvedAndTheLogoutForgetsThem) {

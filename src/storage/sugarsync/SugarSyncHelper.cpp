@@ -71,7 +71,12 @@ void SugarSyncHelper::flushCache() {
     internalExistingFiles_.reset();
 }
 
-void SugarSyncHelper::retrieveRestOfBackupHistory() { AbstractStorageHelper::retrieveRestOfBackupHistory(); }
+// The walk runs at each call, and its end is told even when there was nothing to walk.
+void SugarSyncHelper::retrieveRestOfBackupHistory() {
+    if (!existingFiles().empty()) return AbstractStorageHelper::retrieveRestOfBackupHistory();
+    hideProgress();
+    NotificationCenter::defaultCenter().post("BACKUP_HISTORY_LOADED");
+}
 
 double SugarSyncHelper::freeSpace() { return sugarSync().freeSpace(); }
 
