@@ -49,7 +49,7 @@ def handler_class(options):
 
     if options.no_mlsd:
         # As an older server: "500 Command not understood", and no MLST in FEAT.
-        Handler.proto_cmds = {cmd: spec for cmd, spec in Handler.proto_cmds.items() if cmd not in ("MLSD", "MLST")}
+        Handler.proto_cmds = {name: entry for name, entry in Handler.proto_cmds.items() if name not in ("MLSD", "MLST")}
     if options.read_limit:
         throttled = type("ThrottledReads", (ThrottledDTPHandler,), {"read_limit": options.read_limit})
         Handler.dtp_handler = throttled
