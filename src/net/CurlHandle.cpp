@@ -94,11 +94,13 @@ int CurlHandle::onDebug(CURL*, curl_infotype type, char* data, std::size_t size,
     return 0;
 }
 
-int CurlHandle::onProgress(void* self, curl_off_t, curl_off_t downloaded, curl_off_t, curl_off_t uploaded) {
+int CurlHandle::onProgress(void* self, curl_off_t downloadTotal, curl_off_t downloaded, curl_off_t uploadTotal,
+                           curl_off_t uploaded) {
     auto& handle = *static_cast<CurlHandle*>(self);
     TransferProgress* progress = handle.progress_;
     if (progress == nullptr) return 0;
     progress->bytesDone = std::max(downloaded, uploaded);
+    progress->bytesExpected = std::max(downloadTotal, uploadTotal);
     curl_off_t downloadSpeed = 0;
     curl_off_t uploadSpeed = 0;
     curl_easy_getinfo(handle.handle_, CURLINFO_SPEED_DOWNLOAD_T, &downloadSpeed);

@@ -197,6 +197,7 @@ public:
     bool isFinished() const override { return transfer_.isFinished(); }
     bool succeeded() const override { return transfer_.succeeded(); }
     std::int64_t bytesDone() const override { return transfer_.bytesDone(); }
+    std::int64_t bytesExpected() const override { return transfer_.bytesExpected(); }
     double bytesPerSecond() const override { return transfer_.bytesPerSecond(); }
     void abort() override { transfer_.abort(); }
     std::string error() const override { return transfer_.error(); }

@@ -51,6 +51,7 @@ public:
         return finished_ && outcome_.succeeded;
     }
     std::int64_t bytesDone() const override { return progress_.bytesDone; }
+    std::int64_t bytesExpected() const override { return progress_.bytesExpected; }
     double bytesPerSecond() const override { return progress_.bytesPerSecond; }
     void abort() override { progress_.abortRequested = true; }
     std::string error() const override {

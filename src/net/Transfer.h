@@ -16,6 +16,8 @@ public:
     // Whole and confirmed by the server; meaningful once finished.
     virtual bool succeeded() const = 0;
     virtual std::int64_t bytesDone() const = 0;
+    // All the bytes it carries, as far as known; 0 while unknown.
+    virtual std::int64_t bytesExpected() const = 0;
     virtual double bytesPerSecond() const = 0;
     // Ends the transfer as soon as it can; it then finishes without success.
     virtual void abort() = 0;

@@ -25,10 +25,7 @@ void postBanner(std::string text) {
 
 }  // namespace
 
-TransferDisplay::TransferDisplay(Direction direction, std::int64_t totalBytes)
-    : direction_(direction), totalBytes_(totalBytes) {
-    postBanner(kUnknownBanner);
-}
+TransferDisplay::TransferDisplay(Direction direction) : direction_(direction) { postBanner(kUnknownBanner); }
 
 TransferDisplay::~TransferDisplay() { postBanner(""); }
 
@@ -42,8 +39,8 @@ std::string TransferDisplay::bannerText(Direction direction, double fraction, st
     return fmt::format("{}: {:.0f}% @ {:.0f}Kb/s", word, fraction * 100, std::floor(*bytesPerSecond / 1024));
 }
 
-void TransferDisplay::update(std::int64_t bytesDone, std::optional<double> bytesPerSecond) {
-    const double fraction = totalBytes_ > 0 ? static_cast<double>(bytesDone) / static_cast<double>(totalBytes_) : 0;
+void TransferDisplay::update(std::int64_t bytesDone, std::int64_t totalBytes, std::optional<double> bytesPerSecond) {
+    const double fraction = totalBytes > 0 ? static_cast<double>(bytesDone) / static_cast<double>(totalBytes) : 0;
     const int percent = static_cast<int>(fraction * 100);
     if (percent == shownPercent_) return;
     shownPercent_ = percent;

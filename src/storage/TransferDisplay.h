@@ -18,16 +18,16 @@ public:
     static constexpr const char* kUnknownBanner = "...";
     static constexpr const char* kIdleBanner = "---: --- @ ---";
 
-    TransferDisplay(Direction direction, std::int64_t totalBytes);
+    explicit TransferDisplay(Direction direction);
     ~TransferDisplay();
 
-    void update(std::int64_t bytesDone, std::optional<double> bytesPerSecond);
+    // BYTESDONE of TOTALBYTES, 0 while the total is unknown.
+    void update(std::int64_t bytesDone, std::int64_t totalBytes, std::optional<double> bytesPerSecond);
 
     static std::string bannerText(Direction direction, double fraction, std::optional<double> bytesPerSecond);
 
 private:
     Direction direction_;
-    std::int64_t totalBytes_;
     int shownPercent_ = -1;
 };
 

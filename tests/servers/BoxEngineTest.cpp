@@ -6,6 +6,7 @@
 
 #include "core/BackupSession.h"
 #include "platform/FileManager.h"
+#include "platform/dispatch/NotificationCenter.h"
 #include "storage/StorageLayout.h"
 #include "storage/box/BoxHelper.h"
 #include "storage/box/BoxLogin.h"
@@ -17,6 +18,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <any>
 #include <memory>
 #include <optional>
 #include <string>
@@ -132,6 +134,26 @@ TEST_F(BoxEngineTest, ARestoreFetchesTheSessionsFilesByTheIdsOfOneWalk) {
         EXPECT_EQ(FileManager::contentsOfFile(std::get<std::string>(part.object)), "the " + kind);
         EXPECT_FALSE(engine_->hasError());
     }
+}
+
+// Box's listing gives no size to fetch by, so the banner counts on the length the reply gives.
+TEST_F(BoxEngineTest, ADownloadsBannerShowsItsPercentOfTheLengthTheServerGives) {
+    ASSERT_FALSE(start()->hasError()) << error();
+    const Date date(800000000);
+    storeSession(date, "the history");
+    std::vector<std::string> banners;
+    const auto observer = NotificationCenter::defaultCenter().addObserver(
+        "UPDATE_TRANSFER_BANNER", nullptr, [&](const Notification& notification) {
+            if (const auto* text = std::any_cast<std::string>(&notification.object)) banners.push_back(*text);
+        });
+    const auto part = request([&] { engine_->loadFile("NOTES-001", date, std::string("NOTES")); });
+    scope_.serveMainQueue();
+    NotificationCenter::defaultCenter().removeObserver(observer);
+    ASSERT_TRUE(part.succeeded) << error();
+    EXPECT_NE(std::find_if(banners.begin(), banners.end(),
+                           [](const std::string& banner) { return banner.starts_with("DL: 100%"); }),
+              banners.end())
+        << testing::PrintToString(banners);
 }
 
 TEST_F(BoxEngineTest, TheTerminalLoginTradesTheCodeOfItsOwnAddressAndARefusalEndsWithTheServicesWords) {
