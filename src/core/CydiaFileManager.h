@@ -87,7 +87,7 @@ public:
     void buildCurrentRepositorySources();
     void buildOldRepositorySources();
     void buildPackageSections();
-    void buildListOfApplications(ApplicationSource applications = ApplicationSource::Device);
+    void buildListOfApplications(ApplicationSource source = ApplicationSource::Device);
     void buildPreferencesData();
     void buildSpringboardData();
     void setAppleStockAppsSize();
